@@ -1,0 +1,5 @@
+// The one header a host includes: every public header of the library.
+#pragma once
+
+#include "telvanix/platform/types.h"
+#include "telvanix/platform/string_types.h"
