@@ -3,3 +3,4 @@
 
 #include "telvanix/platform/types.h"
 #include "telvanix/platform/string_types.h"
+#include "telvanix/foundation/byte_string.h"
