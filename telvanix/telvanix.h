@@ -4,3 +4,6 @@
 #include "telvanix/platform/types.h"
 #include "telvanix/platform/string_types.h"
 #include "telvanix/foundation/byte_string.h"
+#include "telvanix/foundation/rgl_object.h"
+#include "telvanix/foundation/rgl_list.h"
+#include "telvanix/foundation/rgl_array.h"
