@@ -1,0 +1,60 @@
+#include "telvanix/command_line.h"
+
+namespace telvanix::tool {
+
+bool CommandLine::Parse(const std::vector<std::string>& args, const std::vector<OptionSpec>& specs) {
+  bool onlyOperands = false;
+  for (size_t i = 0; i < args.size(); ++i) {
+    const std::string& arg = args[i];
+    if (onlyOperands || arg.size() < 2 || arg[0] != '-' || arg == "-") {
+      m_operands.push_back(arg);
+      continue;
+    }
+    if (arg == "--") {
+      onlyOperands = true;
+      continue;
+    }
+    std::string name = arg.substr(arg[1] == '-' ? 2 : 1);
+    std::string inlineValue;
+    bool hasInline = false;
+    if (size_t eq = name.find('='); eq != std::string::npos) {
+      inlineValue = name.substr(eq + 1);
+      name.resize(eq);
+      hasInline = true;
+    }
+    if (name == "h") name = "help";
+    const OptionSpec* spec = nullptr;
+    for (const OptionSpec& s : specs)
+      if (s.name == name) spec = &s;
+    if (!spec) {
+      m_error = "unknown option '" + arg + "'";
+      return false;
+    }
+    std::vector<std::string>& values = m_options[name];
+    int wanted = spec->values;
+    if (hasInline) {
+      if (wanted == 0) {
+        m_error = "option '--" + name + "' takes no value";
+        return false;
+      }
+      values.push_back(inlineValue);
+      --wanted;
+    }
+    for (; wanted > 0; --wanted) {
+      if (i + 1 >= args.size()) {
+        m_error = "option '--" + name + "' needs " + std::to_string(spec->values) + " value(s)";
+        return false;
+      }
+      values.push_back(args[++i]);
+    }
+  }
+  return true;
+}
+
+const std::vector<std::string>& CommandLine::Values(const std::string& name) const {
+  static const std::vector<std::string> none;
+  auto it = m_options.find(name);
+  return it == m_options.end() ? none : it->second;
+}
+
+}  // namespace telvanix::tool

@@ -1,0 +1,34 @@
+// Parsing of one command's arguments: positional operands plus "--name" and
+// "--name=value" / "--name value" options from a declared set.
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace telvanix::tool {
+
+struct OptionSpec {
+  std::string name;       // without the leading "--"
+  int values = 0;         // how many values follow the option (0, 1 or 2)
+};
+
+class CommandLine {
+ public:
+  // Returns false and sets error() for an unknown option or a missing value.
+  bool Parse(const std::vector<std::string>& args, const std::vector<OptionSpec>& specs);
+
+  const std::vector<std::string>& operands() const { return m_operands; }
+  bool Has(const std::string& name) const { return m_options.count(name) != 0; }
+  // Values given to a repeatable option, in order (each use appends its values).
+  const std::vector<std::string>& Values(const std::string& name) const;
+  const std::string& error() const { return m_error; }
+
+ private:
+  std::vector<std::string> m_operands;
+  std::map<std::string, std::vector<std::string>> m_options;
+  std::string m_error;
+};
+
+}  // namespace telvanix::tool

@@ -1,0 +1,122 @@
+#include "telvanix/project_files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <set>
+#include <utility>
+
+namespace telvanix::tool {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string LowerExtension(const std::string& path) {
+  size_t slash = path.find_last_of('/');
+  size_t dot = path.find_last_of('.');
+  if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return "";
+  std::string ext = path.substr(dot);
+  for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return ext;
+}
+
+struct Walker {
+  std::string root;
+  ProjectFiles out;
+  std::set<std::pair<dev_t, ino_t>> open;  // folders on the current walk path
+
+  void Walk(const fs::path& dir, const std::string& relative) {
+    struct stat st {};
+    if (::stat(dir.c_str(), &st) != 0) {
+      out.errors.push_back(dir.string() + ": " + std::strerror(errno));
+      return;
+    }
+    auto id = std::make_pair(st.st_dev, st.st_ino);
+    if (!open.insert(id).second) {
+      out.errors.push_back(dir.string() + ": symbolic link loop, skipped");
+      return;
+    }
+    std::error_code ec;
+    fs::directory_iterator it(dir, ec);
+    if (ec) {
+      out.errors.push_back(dir.string() + ": " + ec.message());
+      open.erase(id);
+      return;
+    }
+    for (; it != fs::directory_iterator(); it.increment(ec)) {
+      if (ec) {
+        out.errors.push_back(dir.string() + ": " + ec.message());
+        break;
+      }
+      const fs::path& p = it->path();
+      std::string name = p.filename().string();
+      std::string rel = relative.empty() ? name : relative + "/" + name;
+      std::error_code sec;
+      fs::file_status status = fs::status(p, sec);  // follows links
+      if (sec) {
+        out.errors.push_back(p.string() + ": " + sec.message());
+        continue;
+      }
+      if (fs::is_directory(status))
+        Walk(p, rel);
+      else if (fs::is_regular_file(status))
+        out.files.push_back(rel);
+    }
+    open.erase(id);
+  }
+};
+
+}  // namespace
+
+FileKind ClassifyFile(const std::string& path) {
+  static const std::set<std::string> images = {".gif", ".jpg", ".jpeg", ".png", ".bmp", ".ico",
+                                               ".svg", ".webp", ".tif", ".tiff", ".jpe", ".wmf", ".emf"};
+  std::string ext = LowerExtension(path);
+  if (ext == ".htm" || ext == ".html") return FileKind::kTopic;
+  if (ext == ".hhc") return FileKind::kContents;
+  if (ext == ".hhk") return FileKind::kIndex;
+  if (ext == ".css") return FileKind::kStylesheet;
+  if (images.count(ext)) return FileKind::kImage;
+  return FileKind::kOther;
+}
+
+ProjectFiles ListProjectFiles(const std::string& root) {
+  Walker w;
+  w.root = root;
+  w.Walk(fs::path(root), "");
+  std::sort(w.out.files.begin(), w.out.files.end());
+  return std::move(w.out);
+}
+
+bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& error) {
+  bytes.clear();
+  int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) {
+    error = std::strerror(errno);
+    return false;
+  }
+  struct stat st {};
+  if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode)) bytes.reserve(static_cast<size_t>(st.st_size));
+  char buf[1 << 16];
+  for (;;) {
+    ssize_t n = ::read(fd, buf, sizeof buf);
+    if (n == 0) break;
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      error = std::strerror(errno);
+      ::close(fd);
+      return false;
+    }
+    bytes.append(buf, static_cast<size_t>(n));
+  }
+  ::close(fd);
+  return true;
+}
+
+}  // namespace telvanix::tool

@@ -1,0 +1,28 @@
+// Finding the files of a help project: a recursive walk that survives
+// unreadable folders and symlink loops, and sorts what it finds so that every
+// command reports in the same order on every run.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace telvanix::tool {
+
+enum class FileKind { kTopic, kContents, kIndex, kStylesheet, kImage, kOther };
+
+// By extension, without regard to letter case (".HTM" is a topic).
+FileKind ClassifyFile(const std::string& path);
+
+struct ProjectFiles {
+  std::vector<std::string> files;   // every regular file, relative to the root, "/"-separated, sorted
+  std::vector<std::string> errors;  // one line per folder or entry that could not be read
+};
+
+// Walks `root` (a folder). Symlinked folders are followed once; a link back
+// into a folder already being walked is reported and skipped.
+ProjectFiles ListProjectFiles(const std::string& root);
+
+// Reads a whole file; false with `error` set when it cannot be read.
+bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& error);
+
+}  // namespace telvanix::tool
