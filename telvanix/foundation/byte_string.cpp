@@ -1,0 +1,554 @@
+#include "telvanix/foundation/byte_string.h"
+
+#include <climits>
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <string>
+
+#include "telvanix/platform/file.h"
+
+namespace telvanix {
+
+namespace {
+
+// Requests this large cannot be rounded within the 32-bit capacity field.
+constexpr int kMaxUnits = INT_MAX - 64;
+
+int Rounded(int n) { return GetRecommendedStringCapacity(n); }
+
+// Size of the block an append of n units to L of C units needs, or 0 when
+// the units fit in place. The test reallocates one unit earlier than strictly
+// needed: an append that would exactly fill the block, terminator included,
+// already grows it.
+int GrownCapacity(int length, int capacity, int n, BOOL growByDouble) {
+  if (capacity - length - 1 > n)
+    return 0;
+  int size = Rounded(length + n);
+  if (growByDouble && static_cast<std::int64_t>(capacity) * 2 > size)
+    size = static_cast<std::int64_t>(capacity) * 2 > kMaxUnits ? size : capacity * 2;
+  return size;
+}
+
+int ByteLength(const unsigned char* content) {
+  std::size_t length = std::strlen(reinterpret_cast<const char*>(content));
+  return length > static_cast<std::size_t>(kMaxUnits) ? -1 : static_cast<int>(length);
+}
+
+int Fold(unsigned char ch) { return (ch >= 'A' && ch <= 'Z') ? ch + 32 : ch; }
+
+}  // namespace
+
+int GetRecommendedStringCapacity(int n) {
+  if (n < 0 || n > kMaxUnits)
+    return 0;
+  return (n + 33) / 32 * 32;
+}
+
+// ---------------------------------------------------------------------------
+// CByteString
+
+unsigned char* CByteString::AllocUnits(int units) {
+  return static_cast<unsigned char*>(::operator new(static_cast<std::size_t>(units)));
+}
+
+void CByteString::FreeUnits(unsigned char* block) { ::operator delete(static_cast<void*>(block)); }
+
+CByteString::CByteString() : m_pContent(nullptr), m_nCapacity(0), m_nLength(0), m_bGrowByDouble(0) {}
+
+CByteString::CByteString(const unsigned char* content, int n) : CByteString() { Assign(content, n); }
+
+CByteString::CByteString(const CByteString& other) : CByteString() { Assign(other.m_pContent, other.m_nLength); }
+
+CByteString::CByteString(CByteString&& other) noexcept
+    : m_pContent(other.m_pContent),
+      m_nCapacity(other.m_nCapacity),
+      m_nLength(other.m_nLength),
+      m_bGrowByDouble(other.m_bGrowByDouble) {
+  other.m_pContent = nullptr;
+  other.m_nCapacity = other.m_nLength = 0;
+}
+
+CByteString::~CByteString() { Empty(); }
+
+int CByteString::Allocate(int n) {
+  Empty();
+  int capacity = Rounded(n < 1 ? 1 : n);
+  if (capacity == 0)
+    return 0;
+  m_pContent = AllocUnits(capacity);
+  m_nCapacity = capacity;
+  m_nLength = 0;
+  return 1;
+}
+
+int CByteString::Assign(const unsigned char* content, int n) {
+  if (n == 0 || !content || n < -1)
+    return 0;
+  if (n == -1)
+    n = ByteLength(content);
+  int capacity = Rounded(n);
+  if (n < 0 || capacity == 0)
+    return 0;
+  // The new block is filled before the old one goes, so content may point
+  // into this string.
+  unsigned char* block = AllocUnits(capacity);
+  std::memcpy(block, content, static_cast<std::size_t>(n));
+  block[n] = 0;
+  Empty();
+  m_pContent = block;
+  m_nCapacity = capacity;
+  m_nLength = n;
+  return 1;
+}
+
+int CByteString::Assign(const unsigned short* content, int n) {
+  Empty();
+  if (n == -1)
+    n = CWordString::GetWordStringLen(content);
+  if (n < 0 || (n > 0 && !content))
+    return 0;
+  int capacity = Rounded(n);
+  if (capacity == 0)
+    return 0;
+  // A unit of 256 or more writes two bytes, so the block is made large
+  // enough for every byte written; the recorded capacity keeps the rule.
+  std::int64_t written = n;
+  for (int i = 0; i < n; ++i)
+    if (content[i] >= 256)
+      ++written;
+  std::int64_t physical = written + 1 > capacity ? written + 1 : capacity;
+  if (physical > INT_MAX)
+    return 0;
+  m_pContent = AllocUnits(static_cast<int>(physical));
+  m_nCapacity = capacity;
+  unsigned char* out = m_pContent;
+  for (int i = 0; i < n; ++i) {
+    unsigned short unit = content[i];
+    *out++ = static_cast<unsigned char>(unit & 0xFF);
+    if (unit >= 256)
+      *out++ = static_cast<unsigned char>(unit >> 8);
+  }
+  m_nLength = n;
+  m_pContent[n] = 0;
+  return 1;
+}
+
+int CByteString::Append(const unsigned char* content, int n) {
+  if (!content || n == 0 || n < -1)
+    return 0;
+  if (!m_pContent)
+    return Assign(content, n);
+  if (n == -1)
+    n = ByteLength(content);
+  if (n < 0 || static_cast<std::int64_t>(m_nLength) + n > kMaxUnits)
+    return 0;
+  int size = GrownCapacity(m_nLength, m_nCapacity, n, m_bGrowByDouble);
+  if (size) {
+    unsigned char* block = AllocUnits(size);
+    std::memcpy(block, m_pContent, static_cast<std::size_t>(m_nLength));
+    std::memcpy(block + m_nLength, content, static_cast<std::size_t>(n));
+    FreeUnits(m_pContent);
+    m_pContent = block;
+    m_nCapacity = size;
+  } else {
+    std::memmove(m_pContent + m_nLength, content, static_cast<std::size_t>(n));
+  }
+  m_nLength += n;
+  m_pContent[m_nLength] = 0;
+  return 1;
+}
+
+CByteString& CByteString::operator=(unsigned char ch) {
+  Assign(&ch, 1);
+  return *this;
+}
+
+CByteString& CByteString::operator=(const unsigned char* content) {
+  Assign(content, -1);
+  return *this;
+}
+
+CByteString& CByteString::operator=(const char* content) {
+  Assign(reinterpret_cast<const unsigned char*>(content), -1);
+  return *this;
+}
+
+CByteString& CByteString::operator=(const unsigned short* content) {
+  Assign(content, -1);
+  return *this;
+}
+
+CByteString& CByteString::operator=(const CByteString& other) {
+  if (&other == this)
+    return *this;
+  Empty();
+  Assign(other.m_pContent, other.m_nLength);
+  return *this;
+}
+
+CByteString& CByteString::operator=(CByteString&& other) noexcept {
+  if (&other == this)
+    return *this;
+  Empty();
+  m_pContent = other.m_pContent;
+  m_nCapacity = other.m_nCapacity;
+  m_nLength = other.m_nLength;
+  other.m_pContent = nullptr;
+  other.m_nCapacity = other.m_nLength = 0;
+  return *this;
+}
+
+CByteString& CByteString::operator+=(unsigned char ch) {
+  Append(&ch, 1);
+  return *this;
+}
+
+CByteString& CByteString::operator+=(const unsigned char* content) {
+  Append(content, -1);
+  return *this;
+}
+
+CByteString& CByteString::operator+=(const char* content) {
+  Append(reinterpret_cast<const unsigned char*>(content), -1);
+  return *this;
+}
+
+CByteString& CByteString::operator+=(const unsigned short* content) {
+  if (!content)
+    return *this;
+  int n = CWordString::GetWordStringLen(content);
+  unsigned char* narrowed = AllocUnits(n + 1);
+  for (int i = 0; i < n; ++i)
+    narrowed[i] = static_cast<unsigned char>(content[i] & 0xFF);
+  narrowed[n] = 0;
+  Append(narrowed, -1);
+  FreeUnits(narrowed);
+  return *this;
+}
+
+CByteString& CByteString::operator+=(const CByteString& other) {
+  Append(other.m_pContent, other.m_nLength);
+  return *this;
+}
+
+int CByteString::Compare(const unsigned char* other) const {
+  if (m_nLength == 0)
+    return -1;
+  static const unsigned char kNothing[1] = {0};
+  const unsigned char* a = m_pContent;
+  const unsigned char* b = other ? other : kNothing;
+  for (;; ++a, ++b) {
+    if (*a != *b)
+      return *a < *b ? -1 : 1;
+    if (*a == 0)
+      return 0;
+  }
+}
+
+int CByteString::Compare(const char* other) const {
+  return Compare(reinterpret_cast<const unsigned char*>(other));
+}
+
+int CByteString::Compare(const CByteString& other) const { return Compare(other.m_pContent); }
+
+int CByteString::CompareNoCase(const unsigned char* other) const {
+  if (m_nLength == 0)
+    return -1;
+  static const unsigned char kNothing[1] = {0};
+  const unsigned char* a = m_pContent;
+  const unsigned char* b = other ? other : kNothing;
+  for (;; ++a, ++b) {
+    int fa = Fold(*a);
+    int fb = Fold(*b);
+    if (fa != fb || fa == 0)
+      return fa - fb;
+  }
+}
+
+int CByteString::CompareNoCase(const char* other) const {
+  return CompareNoCase(reinterpret_cast<const unsigned char*>(other));
+}
+
+int CByteString::CompareNoCase(const CByteString& other) const { return CompareNoCase(other.m_pContent); }
+
+int CByteString::LoadFromFile(const char* path) {
+  Empty();
+  if (!path)
+    return 0;
+  try {
+    CkolmFile file;
+    if (!file.Open(path, CkolmFile::modeRead | CkolmFile::typeBinary))
+      return 0;
+    ULONGLONG size = file.GetLength();
+    if (size >= static_cast<ULONGLONG>(kMaxUnits))
+      return 0;
+    int wanted = static_cast<int>(size);
+    if (!Allocate(wanted + 1))
+      return 0;
+    UINT got = file.Read(m_pContent, static_cast<UINT>(wanted));
+    m_nLength = static_cast<int>(got);
+    m_pContent[m_nLength] = 0;
+    file.Close();
+    return 1;
+  } catch (...) {
+    Empty();
+    return 0;
+  }
+}
+
+int CByteString::SaveToFile(const char* path) const {
+  if (!path)
+    return 0;
+  try {
+    CkolmFile file;
+    if (!file.Open(path, CkolmFile::modeCreate | CkolmFile::modeWrite | CkolmFile::typeBinary))
+      return 0;
+    if (m_pContent)
+      file.Write(m_pContent, static_cast<UINT>(m_nLength));
+    file.Close();
+    return 1;
+  } catch (...) {
+    // The file object is destroyed unclosed: the target is left as it was.
+    return 0;
+  }
+}
+
+CString CByteString::GetString() const {
+  if (m_nLength == 0 || !m_pContent)
+    return CString();
+  return CString(reinterpret_cast<const char*>(m_pContent), m_nLength);
+}
+
+int CByteString::ClearContent() {
+  if (m_pContent) {
+    m_pContent[0] = 0;
+    m_nLength = 0;
+  }
+  return 1;
+}
+
+void CByteString::Empty() {
+  if (m_pContent)
+    FreeUnits(m_pContent);
+  m_pContent = nullptr;
+  m_nCapacity = 0;
+  m_nLength = 0;
+}
+
+// ---------------------------------------------------------------------------
+// CWordString
+
+unsigned short* CWordString::AllocUnits(int units) {
+  return static_cast<unsigned short*>(::operator new(static_cast<std::size_t>(units) * 2));
+}
+
+void CWordString::FreeUnits(unsigned short* block) { ::operator delete(static_cast<void*>(block)); }
+
+CWordString::CWordString() : m_pContent(nullptr), m_nCapacity(0), m_nLength(0), m_bGrowByDouble(0) {}
+
+CWordString::CWordString(const unsigned short* content, int n) : CWordString() { Assign(content, n); }
+
+CWordString::CWordString(const CWordString& other) : CWordString() { Assign(other.m_pContent, other.m_nLength); }
+
+CWordString::CWordString(CWordString&& other) noexcept
+    : m_pContent(other.m_pContent),
+      m_nCapacity(other.m_nCapacity),
+      m_nLength(other.m_nLength),
+      m_bGrowByDouble(other.m_bGrowByDouble) {
+  other.m_pContent = nullptr;
+  other.m_nCapacity = other.m_nLength = 0;
+}
+
+CWordString::~CWordString() { Empty(); }
+
+int CWordString::GetWordStringLen(const unsigned short* content) {
+  if (!content)
+    return 0;
+  int n = 0;
+  while (content[n] != 0 && n < kMaxUnits)
+    ++n;
+  return n;
+}
+
+int CWordString::Allocate(int n) {
+  Empty();
+  int capacity = Rounded(n < 1 ? 1 : n);
+  if (capacity == 0)
+    return 0;
+  m_pContent = AllocUnits(capacity);
+  m_nCapacity = capacity;
+  m_nLength = 0;
+  return 1;
+}
+
+int CWordString::Assign(const unsigned short* content, int n) {
+  if (n == 0 || !content || n < -1)
+    return 0;
+  if (n == -1)
+    n = GetWordStringLen(content);
+  int capacity = Rounded(n);
+  if (capacity == 0)
+    return 0;
+  unsigned short* block = AllocUnits(capacity);
+  std::memcpy(block, content, static_cast<std::size_t>(n) * 2);
+  block[n] = 0;
+  Empty();
+  m_pContent = block;
+  m_nCapacity = capacity;
+  m_nLength = n;
+  return 1;
+}
+
+int CWordString::Assign(const unsigned char* content, int n) {
+  if (n == 0 || !content || n < -1)
+    return 0;
+  if (n == -1)
+    n = ByteLength(content);
+  int capacity = Rounded(n);
+  if (n < 0 || capacity == 0)
+    return 0;
+  unsigned short* block = AllocUnits(capacity);
+  for (int i = 0; i < n; ++i)
+    block[i] = content[i];
+  block[n] = 0;
+  Empty();
+  m_pContent = block;
+  m_nCapacity = capacity;
+  m_nLength = n;
+  return 1;
+}
+
+int CWordString::Append(const unsigned short* content, int n) {
+  if (!m_pContent)
+    return Assign(content, n);
+  if (n == -1)
+    n = GetWordStringLen(content);
+  if (!content)
+    n = 0;  // nothing to read: only the terminator is rewritten
+  if (n < 0 || static_cast<std::int64_t>(m_nLength) + n > kMaxUnits)
+    return 0;
+  int size = GrownCapacity(m_nLength, m_nCapacity, n, m_bGrowByDouble);
+  if (size) {
+    unsigned short* block = AllocUnits(size);
+    std::memcpy(block, m_pContent, static_cast<std::size_t>(m_nLength) * 2);
+    if (n)
+      std::memcpy(block + m_nLength, content, static_cast<std::size_t>(n) * 2);
+    FreeUnits(m_pContent);
+    m_pContent = block;
+    m_nCapacity = size;
+  } else if (n) {
+    std::memmove(m_pContent + m_nLength, content, static_cast<std::size_t>(n) * 2);
+  }
+  m_nLength += n;
+  m_pContent[m_nLength] = 0;
+  return 1;
+}
+
+CWordString& CWordString::operator=(unsigned short ch) {
+  Assign(&ch, 1);
+  return *this;
+}
+
+CWordString& CWordString::operator=(const unsigned short* content) {
+  Assign(content, -1);
+  return *this;
+}
+
+CWordString& CWordString::operator=(const unsigned char* content) {
+  if (!content)
+    return *this;
+  int n = ByteLength(content);
+  if (n < 0)
+    return *this;
+  unsigned short* widened = AllocUnits(n + 1);
+  for (int i = 0; i <= n; ++i)
+    widened[i] = content[i];
+  Assign(widened, -1);
+  FreeUnits(widened);
+  return *this;
+}
+
+CWordString& CWordString::operator=(const char* content) {
+  return operator=(reinterpret_cast<const unsigned char*>(content));
+}
+
+CWordString& CWordString::operator=(const CWordString& other) {
+  if (&other == this)
+    return *this;
+  Empty();
+  Assign(other.m_pContent, other.m_nLength);
+  return *this;
+}
+
+CWordString& CWordString::operator=(CWordString&& other) noexcept {
+  if (&other == this)
+    return *this;
+  Empty();
+  m_pContent = other.m_pContent;
+  m_nCapacity = other.m_nCapacity;
+  m_nLength = other.m_nLength;
+  other.m_pContent = nullptr;
+  other.m_nCapacity = other.m_nLength = 0;
+  return *this;
+}
+
+CWordString& CWordString::operator+=(unsigned short ch) {
+  Append(&ch, 1);
+  return *this;
+}
+
+CWordString& CWordString::operator+=(const unsigned short* content) {
+  Append(content, -1);
+  return *this;
+}
+
+CWordString& CWordString::operator+=(const unsigned char* content) {
+  if (!content)
+    return *this;
+  int n = ByteLength(content);
+  if (n < 0)
+    return *this;
+  unsigned short* widened = AllocUnits(n + 1);
+  for (int i = 0; i <= n; ++i)
+    widened[i] = content[i];
+  Append(widened, -1);
+  FreeUnits(widened);
+  return *this;
+}
+
+CWordString& CWordString::operator+=(const char* content) {
+  return operator+=(reinterpret_cast<const unsigned char*>(content));
+}
+
+CWordString& CWordString::operator+=(const CWordString& other) {
+  Append(other.m_pContent, other.m_nLength);
+  return *this;
+}
+
+CString CWordString::GetString() const {
+  if (m_nLength == 0 || !m_pContent)
+    return CString();
+  std::string text(static_cast<std::size_t>(m_nLength), '\0');
+  for (int i = 0; i < m_nLength; ++i)
+    text[static_cast<std::size_t>(i)] = static_cast<char>(m_pContent[i] & 0xFF);
+  return CString(text);
+}
+
+int CWordString::ClearContent() {
+  if (m_pContent) {
+    m_pContent[0] = 0;
+    m_nLength = 0;
+  }
+  return 1;
+}
+
+void CWordString::Empty() {
+  if (m_pContent)
+    FreeUnits(m_pContent);
+  m_pContent = nullptr;
+  m_nCapacity = 0;
+  m_nLength = 0;
+}
+
+}  // namespace telvanix
