@@ -1,0 +1,136 @@
+// Nodes of the element tree built over a token list. A node never copies
+// token text; it names a token by its list position and caches its tag id.
+// An entity node (element) owns its children; a token node (leaf) stands for
+// one text run or one tag and may carry a format object hung on it by a view.
+#pragma once
+
+#include "telvanix/foundation/rgl_list.h"
+#include "telvanix/foundation/rgl_object.h"
+#include "telvanix/platform/export.h"
+#include "telvanix/platform/types.h"
+
+namespace telvanix {
+
+class CHtmlEntityNode;
+class CHtmlTokenList;
+class CHtmlTagItem;
+class CHtmlTextItem;
+
+class TELVANIX_API CHtmlTreeNode : public CRglObject {
+ public:
+  enum EmNodeType : int32_t { emTokenNode = 1, emEntityNode = 2 };
+
+  // Tag id given to text leaves.
+  enum : int32_t { emTextNodeId = 0x40000000, emEndTagIdBit = 0x10000000 };
+
+  // A slot for the host: one integer. The library never sets one.
+  class TELVANIX_API CExParam : public CRglObject {
+   public:
+    explicit CExParam(int nParam);
+    CExParam(const CExParam& other);
+    CExParam& operator=(const CExParam& other);
+    ~CExParam() override;
+
+    int GetParam() const { return m_nParam; }
+    void SetParam(int nParam) { m_nParam = nParam; }
+
+   private:
+    int m_nParam;
+  };
+
+  CHtmlTreeNode(const CHtmlTreeNode& other);
+  CHtmlTreeNode& operator=(const CHtmlTreeNode& other);
+  ~CHtmlTreeNode() override;
+
+  CHtmlEntityNode* GetParentNode() const { return m_pParent; }
+  EmNodeType GetNodeType() const { return m_nNodeType; }
+  POSITION GetTokenPosition() const { return m_posToken; }
+  int GetTagId() const { return m_nTagId; }
+  int IsTokenNode() const { return m_nNodeType == emTokenNode ? 1 : 0; }
+  int IsEntityNode() const { return m_nNodeType == emEntityNode ? 1 : 0; }
+
+  // The host's extra parameter; the node owns it. Setting deletes the old one.
+  CExParam* GetExParam() const { return m_pExParam; }
+  int SetExParam(CExParam* pParam);
+
+  // The node after / before this one among its parent's children; null at
+  // either end or for the root. Linear in the number of siblings before it:
+  // to walk all children use the parent's GetFirstChildPosition/GetNextChild.
+  CHtmlTreeNode* GetNextSiblingNode() const;
+  CHtmlTreeNode* GetPrevSiblingNode() const;
+
+ protected:
+  CHtmlTreeNode(CHtmlEntityNode* pParent, EmNodeType nType, POSITION pos, int nTagId);
+
+ private:
+  CHtmlEntityNode* m_pParent;
+  EmNodeType m_nNodeType;
+  POSITION m_posToken;
+  int m_nTagId;
+  CExParam* m_pExParam;
+};
+
+// A leaf: a text run, an empty element, an element's own start or end tag,
+// or a stray end tag.
+class TELVANIX_API CHtmlTokenNode : public CHtmlTreeNode {
+ public:
+  CHtmlTokenNode(CHtmlEntityNode* pParent, POSITION pos, int nTagId);
+  // Shallow: the format pointer is shared, not duplicated.
+  CHtmlTokenNode(const CHtmlTokenNode& other);
+  CHtmlTokenNode& operator=(const CHtmlTokenNode& other);
+  ~CHtmlTokenNode() override;
+
+  // Bit 30 of the tag id decides; every other leaf counts as a tag.
+  int IsTextNode() const { return (GetTagId() & emTextNodeId) != 0 ? 1 : 0; }
+  int IsTagNode() const { return IsTextNode() ? 0 : 1; }
+
+  // The token this leaf names, typed; null for a null list or position, or
+  // when the token is of the other type.
+  CHtmlTagItem* GetTagItem(CHtmlTokenList* pList) const;
+  CHtmlTextItem* GetTextItem(CHtmlTokenList* pList) const;
+
+  // The leaf owns its format: setting deletes the previous one. Returns 1.
+  int SetTagFormat(CRglObject* pFormat);
+  CRglObject* GetTagFormat() const { return m_pTagFormat; }
+  int RemoveTagFormat();
+
+ private:
+  CRglObject* m_pTagFormat;
+};
+
+// An element: its start tag's leaf first, then its content in document order,
+// then the leaf of its end tag when one closed it. The root has no parent, no
+// position and tag id 0.
+class TELVANIX_API CHtmlEntityNode : public CHtmlTreeNode {
+ public:
+  using CChildList = CRglList<CHtmlTreeNode*>;
+
+  CHtmlEntityNode(CHtmlEntityNode* pParent, POSITION pos, int nTagId);
+  // An element owns its children, so it cannot be copied.
+  CHtmlEntityNode(const CHtmlEntityNode&) = delete;
+  CHtmlEntityNode& operator=(const CHtmlEntityNode&) = delete;
+  // Deletes the whole subtree without recursing, so a page nested thousands
+  // of levels deep cannot exhaust the call stack.
+  ~CHtmlEntityNode() override;
+
+  // Appends a child (taking ownership) and returns it.
+  CHtmlTreeNode* AddChildNode(CHtmlTreeNode* pChild);
+
+  int GetChildCount() const;
+  // Walks the children in document order: GetFirstChildPosition, then
+  // GetNextChild until the position is null.
+  POSITION GetFirstChildPosition() const;
+  POSITION GetLastChildPosition() const;
+  CHtmlTreeNode* GetNextChild(POSITION& pos) const;
+  CHtmlTreeNode* GetPrevChild(POSITION& pos) const;
+  CHtmlTreeNode* GetFirstChild() const;
+  CHtmlTreeNode* GetLastChild() const;
+
+  // The leaf of the element's start tag (its first child), when it is one.
+  CHtmlTokenNode* GetStartTagNode() const;
+
+  // Reached directly by the tree builder and the walkers.
+  CChildList m_ChildList;
+};
+
+}  // namespace telvanix
