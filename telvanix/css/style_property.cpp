@@ -6,46 +6,13 @@
 #include "telvanix/css/css_pack.h"
 #include "telvanix/css/css_scanner.h"
 #include "telvanix/css/style_format.h"
+#include "telvanix/css/value_runs.h"
 #include "telvanix/foundation/text_utils.h"
 
 namespace telvanix {
 
 namespace {
-
 using Byte = unsigned char;
-
-// A run that ends in a quoted stretch has the blanks and comments after its
-// closer included by the scanner; this gives the end of the run proper, so
-// those do not find their way into a stored value.
-const Byte* RunTextEnd(const Byte* p, const Byte* runEnd) {
-  const bool dbcs = IsDBCS() != 0;
-  for (const Byte* s = p; s < runEnd; ++s) {
-    if (dbcs && IsLeadByteHere(*s)) {
-      ++s;
-      continue;
-    }
-    Byte closer = 0;
-    if (*s == '\'' || *s == '"')
-      closer = *s;
-    else if (*s == '(')
-      closer = ')';
-    else if (*s == '[')
-      closer = ']';
-    if (!closer)
-      continue;
-    for (const Byte* t = s + 1; t < runEnd; ++t) {
-      if (dbcs && IsLeadByteHere(*t)) {
-        ++t;
-        continue;
-      }
-      if (*t == closer)
-        return t + 1;
-    }
-    return runEnd;
-  }
-  return runEnd;
-}
-
 }  // namespace
 
 CCssStyleProperty::CPropertyPair::~CPropertyPair() = default;
@@ -112,7 +79,7 @@ int CCssStyleProperty::Analyse(unsigned char* text) {
     if (p >= end || *p == '\0')
       break;
     const Byte* nameEnd = CCssPack::CssSkipAny(p, end, kCssFlagsPropertyName);
-    const CString name(reinterpret_cast<const char*>(p), static_cast<int>(RunTextEnd(p, nameEnd) - p));
+    const CString name(reinterpret_cast<const char*>(p), static_cast<int>(CssRunTextEnd(p, nameEnd) - p));
     p = CCssPack::CssSkipSpaces(nameEnd, end, 1);
     // A declaration without ":" ends the list; the rest is not read.
     if (p >= end || *p != ':')
@@ -138,7 +105,7 @@ int CCssStyleProperty::Analyse(unsigned char* text) {
         if (q > p) {
           if (!value.IsEmpty())
             value += ' ';
-          value += CString(reinterpret_cast<const char*>(p), static_cast<int>(RunTextEnd(p, q) - p));
+          value += CString(reinterpret_cast<const char*>(p), static_cast<int>(CssRunTextEnd(p, q) - p));
         }
       }
       p = q > p ? q : p + 1;
