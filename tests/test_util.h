@@ -1,9 +1,13 @@
 // Helpers shared by the test suites.
 #pragma once
 
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
+#include <algorithm>
 
 #ifndef TELVANIX_TEST_DATA_DIR
 #define TELVANIX_TEST_DATA_DIR "tests/data"
@@ -18,5 +22,53 @@ inline std::string ReadDataFile(const std::string& relative) {
   out << in.rdbuf();
   return out.str();
 }
+
+// A fresh folder under the system's temporary folder, removed with all its
+// contents when the object goes.
+class TempDir {
+ public:
+  TempDir() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "telvanix-test-XXXXXX").string();
+    if (::mkdtemp(pattern.data()))
+      m_path = pattern;
+  }
+  ~TempDir() {
+    std::error_code ignored;
+    if (!m_path.empty())
+      std::filesystem::remove_all(m_path, ignored);
+  }
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+
+  const std::string& path() const { return m_path; }
+  std::string operator/(const std::string& relative) const { return m_path + "/" + relative; }
+
+  // Writes bytes to a file below the folder, making the folders it needs.
+  void Write(const std::string& relative, const std::string& bytes) const {
+    std::filesystem::path full(m_path + "/" + relative);
+    std::filesystem::create_directories(full.parent_path());
+    std::ofstream(full, std::ios::binary) << bytes;
+  }
+  std::string Read(const std::string& relative) const {
+    std::ifstream in(m_path + "/" + relative, std::ios::binary);
+    std::ostringstream out;
+    out << in.rdbuf();
+    return out.str();
+  }
+  // Names of the entries directly in a folder below this one, sorted.
+  std::string List(const std::string& relative = "") const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(m_path + "/" + relative))
+      names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    std::string joined;
+    for (const auto& name : names)
+      joined += (joined.empty() ? "" : " ") + name;
+    return joined;
+  }
+
+ private:
+  std::string m_path;
+};
 
 }  // namespace telvanix::test

@@ -1,0 +1,420 @@
+#include "telvanix/foundation/byte_string.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "test_util.h"
+
+using namespace telvanix;
+
+namespace {
+
+const unsigned char* U(const char* text) { return reinterpret_cast<const unsigned char*>(text); }
+
+std::string Bytes(const CByteString& s) {
+  return std::string(reinterpret_cast<const char*>(s.GetContent()), static_cast<size_t>(s.GetLength()));
+}
+
+// A string of exactly n bytes 'x' assigned in one go.
+CByteString Filled(int n) {
+  std::string text(static_cast<size_t>(n), 'x');
+  return CByteString(U(text.c_str()), n);
+}
+
+}  // namespace
+
+TEST(StringCapacity, RoundsTwoPastTheCountUpToThirtyTwo) {
+  EXPECT_EQ(GetRecommendedStringCapacity(0), 32);
+  EXPECT_EQ(GetRecommendedStringCapacity(30), 32);
+  EXPECT_EQ(GetRecommendedStringCapacity(31), 64);
+  EXPECT_EQ(GetRecommendedStringCapacity(62), 64);
+  EXPECT_EQ(GetRecommendedStringCapacity(63), 96);
+  EXPECT_EQ(GetRecommendedStringCapacity(-1), 0);
+  EXPECT_EQ(Filled(30).GetCapacity(), 32);
+  EXPECT_EQ(Filled(31).GetCapacity(), 64);
+  CWordString w;
+  w.Allocate(0);
+  EXPECT_EQ(w.GetCapacity(), 32);
+  CByteString b;
+  b.Allocate(-5);
+  EXPECT_EQ(b.GetCapacity(), 32);
+  EXPECT_EQ(b.GetLength(), 0);
+}
+
+TEST(ByteString, StartsWithNothing) {
+  CByteString s;
+  EXPECT_EQ(s.GetContent(), nullptr);
+  EXPECT_EQ(s.GetCapacity(), 0);
+  EXPECT_EQ(s.GetLength(), 0);
+  EXPECT_FALSE(s.IsGrowByDoubleSize());
+  EXPECT_TRUE(s.IsEmpty());
+  EXPECT_TRUE(s.GetString().IsEmpty());
+}
+
+TEST(ByteString, AssignOfZeroUnitsKeepsThePreviousContent) {
+  CByteString s;
+  s = "keep";
+  EXPECT_EQ(s.Assign(U("other"), 0), 0);
+  EXPECT_EQ(Bytes(s), "keep");
+  EXPECT_EQ(s.Assign(static_cast<const unsigned char*>(nullptr), 3), 0);
+  EXPECT_EQ(s.Append(nullptr, 3), 0);
+  EXPECT_EQ(s.Append(U("x"), 0), 0);
+  EXPECT_EQ(Bytes(s), "keep");
+
+  // Counting an empty text is not "zero units": it makes an empty block.
+  EXPECT_EQ(s.Assign(U(""), -1), 1);
+  EXPECT_EQ(s.GetLength(), 0);
+  EXPECT_EQ(s.GetCapacity(), 32);
+  ASSERT_NE(s.GetContent(), nullptr);
+  EXPECT_EQ(s.GetContent()[0], 0);
+}
+
+TEST(ByteString, AssignCopiesExplicitLengthsWithZeroBytes) {
+  const unsigned char raw[] = {'a', 0, 'b', 0xFF};
+  CByteString s(raw, 4);
+  EXPECT_EQ(s.GetLength(), 4);
+  EXPECT_EQ(Bytes(s), std::string("a\0b\xFF", 4));
+  EXPECT_EQ(s.GetContent()[4], 0);
+  EXPECT_EQ(s.GetString().GetLength(), 4);
+
+  CByteString copy(s);
+  EXPECT_NE(copy.GetContent(), s.GetContent());
+  EXPECT_EQ(Bytes(copy), Bytes(s));
+  CByteString empty, copyOfEmpty(empty);
+  EXPECT_EQ(copyOfEmpty.GetContent(), nullptr);
+
+  CByteString assigned;
+  assigned = "old";
+  assigned = s;
+  EXPECT_EQ(Bytes(assigned), Bytes(s));
+  assigned = empty;
+  EXPECT_EQ(assigned.GetContent(), nullptr);
+  assigned = static_cast<unsigned char>('Q');
+  EXPECT_EQ(Bytes(assigned), "Q");
+
+  // Assigning from inside itself must not read freed bytes.
+  s = "prefix-suffix";
+  s.Assign(s.GetContent() + 7, -1);
+  EXPECT_EQ(Bytes(s), "suffix");
+}
+
+TEST(ByteString, NarrowingKeepsHighBytesButCountsUnits) {
+  const unsigned short han[] = {0x4E2D, 0};
+  CByteString s;
+  s = "previous";
+  s = han;
+  EXPECT_EQ(s.GetLength(), 1);
+  EXPECT_EQ(s.GetContent()[0], 0x2D);
+  EXPECT_EQ(s.GetContent()[1], 0);  // the terminator lands on the high byte
+
+  const unsigned short mixed[] = {0x4E2D, 'A', 'B'};
+  EXPECT_EQ(s.Assign(mixed, 3), 1);
+  EXPECT_EQ(s.GetLength(), 3);
+  EXPECT_EQ(s.GetCapacity(), 32);
+  EXPECT_EQ(Bytes(s), std::string("\x2D\x4E\x41", 3));
+  EXPECT_EQ(s.GetContent()[3], 0);
+
+  // Many wide units write more bytes than the rounded capacity records;
+  // the sanitizer build checks that they still land inside the block.
+  unsigned short wide[100];
+  for (auto& unit : wide)
+    unit = 0x3042;
+  EXPECT_EQ(s.Assign(wide, 100), 1);
+  EXPECT_EQ(s.GetLength(), 100);
+  EXPECT_EQ(s.GetCapacity(), 128);
+  EXPECT_EQ(s.GetContent()[100], 0);
+
+  // Zero units from 16-bit text empties the string and still succeeds.
+  EXPECT_EQ(s.Assign(mixed, 0), 1);
+  EXPECT_EQ(s.GetLength(), 0);
+  s = "x";
+  EXPECT_EQ(s.Assign(static_cast<const unsigned short*>(nullptr), -1), 1);
+  EXPECT_EQ(s.GetLength(), 0);
+}
+
+TEST(ByteString, AppendingWideTextKeepsOnlyLowBytes) {
+  CByteString s;
+  s = "AB";
+  const unsigned short wide[] = {0x141, 0x42, 0x4E2D, 0};
+  s += wide;
+  EXPECT_EQ(Bytes(s), "ABAB\x2D");
+  s += static_cast<const unsigned short*>(nullptr);
+  EXPECT_EQ(Bytes(s), "ABAB\x2D");
+}
+
+TEST(ByteString, GrowsOneUnitEarly) {
+  CByteString s = Filled(29);
+  ASSERT_EQ(s.GetCapacity(), 32);
+  const unsigned char* block = s.GetContent();
+  s += static_cast<unsigned char>('y');  // 30 + terminator still leaves a spare unit
+  EXPECT_EQ(s.GetContent(), block);
+  EXPECT_EQ(s.GetCapacity(), 32);
+  s += static_cast<unsigned char>('z');  // would fill the block exactly: grows
+  EXPECT_EQ(s.GetCapacity(), 64);
+  EXPECT_EQ(s.GetLength(), 31);
+  EXPECT_EQ(Bytes(s), std::string(29, 'x') + "yz");
+  EXPECT_EQ(s.GetContent()[31], 0);
+}
+
+TEST(ByteString, GrowthPolicies) {
+  // A 32-unit block overflowing by one unit becomes 64 either way.
+  CByteString a = Filled(30), b = Filled(30);
+  b.SetGrowByDoubleSize();
+  a += "xx";
+  b += "xx";
+  EXPECT_EQ(a.GetCapacity(), 64);
+  EXPECT_EQ(b.GetCapacity(), 64);
+
+  // Past that, doubling and the recommended size part ways.
+  CByteString rec = Filled(62), dbl = Filled(62);
+  dbl.SetGrowByDoubleSize();
+  ASSERT_EQ(rec.GetCapacity(), 64);
+  rec += "x";
+  dbl += "x";
+  EXPECT_EQ(rec.GetCapacity(), 96);
+  EXPECT_EQ(dbl.GetCapacity(), 128);
+
+  // Doubling is only a floor: a big append still gets its rounded size.
+  CByteString big = Filled(10);
+  big.SetGrowByDoubleSize();
+  std::string chunk(200, 'c');
+  big += chunk.c_str();
+  EXPECT_EQ(big.GetCapacity(), GetRecommendedStringCapacity(210));
+
+  // The first block comes from Assign, whatever the policy.
+  CByteString fresh;
+  fresh.SetGrowByDoubleSize();
+  std::string forty(40, 'f');
+  EXPECT_EQ(fresh.Append(U(forty.c_str()), 40), 1);
+  EXPECT_EQ(fresh.GetCapacity(), 64);
+
+  // Empty keeps the policy.
+  dbl.Empty();
+  EXPECT_TRUE(dbl.IsGrowByDoubleSize());
+  EXPECT_EQ(dbl.GetContent(), nullptr);
+}
+
+TEST(ByteString, AppendToItself) {
+  CByteString s;
+  s = "abc";
+  s += s;
+  EXPECT_EQ(Bytes(s), "abcabc");
+  CByteString t = Filled(30);
+  t += t;  // forces a new block while reading the old one
+  EXPECT_EQ(Bytes(t), std::string(60, 'x'));
+}
+
+TEST(ByteString, CompareTreatsEmptyAsLessThanEverything) {
+  CByteString empty, other;
+  other = "";
+  EXPECT_EQ(empty.Compare(""), -1);
+  EXPECT_EQ(empty.Compare(empty), -1);
+  EXPECT_EQ(other.Compare(""), -1);  // a zero length counts as empty
+  EXPECT_EQ(empty.CompareNoCase("anything"), -1);
+
+  CByteString s;
+  s = "b";
+  EXPECT_EQ(s.Compare("a"), 1);  // exactly 1, not a difference of bytes
+  EXPECT_EQ(s.Compare("z"), -1);
+  EXPECT_EQ(s.Compare("b"), 0);
+  EXPECT_EQ(s.Compare("bb"), -1);
+  EXPECT_EQ(s.Compare(static_cast<const char*>(nullptr)), 1);
+  s = "\x80";
+  EXPECT_EQ(s.Compare("a"), 1);  // unsigned bytes
+  CByteString t;
+  t = "\x80";
+  EXPECT_EQ(s.Compare(t), 0);
+}
+
+TEST(ByteString, CompareNoCaseFoldsLetters) {
+  CByteString s;
+  s = "Topic.HTM";
+  EXPECT_EQ(s.CompareNoCase("topic.htm"), 0);
+  EXPECT_LT(s.CompareNoCase("topic.htmx"), 0);
+  EXPECT_GT(s.CompareNoCase("TOPIC.HT"), 0);
+  EXPECT_LT(s.CompareNoCase("U"), 0);
+  EXPECT_NE(s.CompareNoCase(static_cast<const char*>(nullptr)), 0);
+  CByteString other;
+  other = "TOPIC.htm";
+  EXPECT_EQ(s.CompareNoCase(other), 0);
+}
+
+TEST(ByteString, ClearContentKeepsTheBlock) {
+  CByteString s = Filled(40);
+  const unsigned char* block = s.GetContent();
+  EXPECT_EQ(s.ClearContent(), 1);
+  EXPECT_EQ(s.GetContent(), block);
+  EXPECT_EQ(s.GetCapacity(), 64);
+  EXPECT_EQ(s.GetLength(), 0);
+  EXPECT_EQ(s.GetContent()[0], 0);
+  CByteString none;
+  EXPECT_EQ(none.ClearContent(), 1);
+  EXPECT_EQ(none.GetContent(), nullptr);
+}
+
+TEST(ByteStringFile, LoadAndSaveRoundTrip) {
+  test::TempDir dir;
+  std::string page("<html>\0\xFF\r\n</html>", 17);
+  dir.Write("page.htm", page);
+
+  CByteString s;
+  ASSERT_EQ(s.LoadFromFile((dir / "page.htm").c_str()), 1);
+  EXPECT_EQ(Bytes(s), page);
+  EXPECT_EQ(s.GetContent()[s.GetLength()], 0);
+  EXPECT_EQ(s.GetCapacity(), GetRecommendedStringCapacity(18));
+
+  s += "<!-- more -->";
+  ASSERT_EQ(s.SaveToFile((dir / "page.htm").c_str()), 1);
+  EXPECT_EQ(dir.Read("page.htm"), page + "<!-- more -->");
+  EXPECT_EQ(dir.List(), "page.htm");  // no temporary file left behind
+}
+
+TEST(ByteStringFile, EmptyFileLoadsAsEmptyTerminatedBlock) {
+  test::TempDir dir;
+  dir.Write("empty.htm", "");
+  CByteString s;
+  s = "old";
+  ASSERT_EQ(s.LoadFromFile((dir / "empty.htm").c_str()), 1);
+  EXPECT_EQ(s.GetLength(), 0);
+  EXPECT_EQ(s.GetCapacity(), 32);
+  ASSERT_NE(s.GetContent(), nullptr);
+  EXPECT_EQ(s.GetContent()[0], 0);
+
+  CByteString never;
+  ASSERT_EQ(never.SaveToFile((dir / "made.htm").c_str()), 1);
+  EXPECT_EQ(dir.Read("made.htm"), "");
+}
+
+TEST(ByteStringFile, BadPathsGiveZero) {
+  test::TempDir dir;
+  dir.Write("sub/file.txt", "x");
+  CByteString s;
+  s = "content";
+  EXPECT_EQ(s.LoadFromFile(nullptr), 0);
+  EXPECT_EQ(s.GetContent(), nullptr);  // emptied first
+  s = "content";
+  EXPECT_EQ(s.LoadFromFile((dir / "missing.htm").c_str()), 0);
+  EXPECT_EQ(s.GetLength(), 0);
+  EXPECT_EQ(s.LoadFromFile(dir.path().c_str()), 0);  // a folder
+  EXPECT_EQ(s.LoadFromFile(""), 0);
+  std::string longPath = dir.path() + "/" + std::string(5000, 'a');
+  EXPECT_EQ(s.LoadFromFile(longPath.c_str()), 0);
+
+  s = "content";
+  EXPECT_EQ(s.SaveToFile(nullptr), 0);
+  EXPECT_EQ(s.SaveToFile((dir / "no/such/folder/x.htm").c_str()), 0);
+  EXPECT_EQ(s.SaveToFile(dir.path().c_str()), 0);
+  EXPECT_EQ(s.SaveToFile(longPath.c_str()), 0);
+  EXPECT_EQ(dir.List(), "sub");
+}
+
+TEST(ByteStringFile, PathsWrittenOnWindowsResolve) {
+  test::TempDir dir;
+  dir.Write("Help/Topics/Intro.HTM", "hello");
+  CByteString s;
+  std::string windowsPath = dir.path() + "\\help\\topics\\intro.htm";
+  ASSERT_EQ(s.LoadFromFile(windowsPath.c_str()), 1);
+  EXPECT_EQ(Bytes(s), "hello");
+  s = "changed";
+  ASSERT_EQ(s.SaveToFile(windowsPath.c_str()), 1);
+  EXPECT_EQ(dir.Read("Help/Topics/Intro.HTM"), "changed");
+  EXPECT_EQ(dir.List("Help/Topics"), "Intro.HTM");
+}
+
+TEST(WordString, WideningIsZeroExtension) {
+  CWordString w;
+  w = "\xE9" "A";
+  ASSERT_EQ(w.GetLength(), 2);
+  EXPECT_EQ(w.GetContent()[0], 0xE9);  // not sign-extended to 0xFFE9
+  EXPECT_EQ(w.GetContent()[1], 'A');
+  EXPECT_EQ(w.GetContent()[2], 0);
+  w += "bc";
+  EXPECT_EQ(w.GetLength(), 4);
+  EXPECT_EQ(w.GetString(), "\xE9" "Abc");
+
+  w = static_cast<const char*>(nullptr);  // changes nothing
+  EXPECT_EQ(w.GetLength(), 4);
+  w += static_cast<const char*>(nullptr);
+  EXPECT_EQ(w.GetLength(), 4);
+
+  CWordString bytes;
+  EXPECT_EQ(bytes.Assign(U("\x80xyz"), 2), 1);
+  EXPECT_EQ(bytes.GetLength(), 2);
+  EXPECT_EQ(bytes.GetContent()[0], 0x80);
+  EXPECT_EQ(bytes.Assign(U("xyz"), 0), 0);
+  EXPECT_EQ(bytes.GetLength(), 2);
+}
+
+TEST(WordString, GetStringKeepsLowBytes) {
+  const unsigned short units[] = {0x4E2D, 0x41, 0x1FF, 0};
+  CWordString w(units, -1);
+  EXPECT_EQ(w.GetLength(), 3);
+  CString text = w.GetString();
+  ASSERT_EQ(text.GetLength(), 3);
+  EXPECT_EQ(static_cast<unsigned char>(text[0]), 0x2D);
+  EXPECT_EQ(text[1], 'A');
+  EXPECT_EQ(static_cast<unsigned char>(text[2]), 0xFF);
+  EXPECT_TRUE(CWordString().GetString().IsEmpty());
+}
+
+TEST(WordString, AppendHasNoEarlyReturn) {
+  CWordString w;
+  const unsigned short ab[] = {'a', 'b', 0};
+  EXPECT_EQ(w.Append(ab, 0), 0);  // no block yet: behaves as Assign
+  EXPECT_EQ(w.GetContent(), nullptr);
+  EXPECT_EQ(w.Append(ab, -1), 1);
+  EXPECT_EQ(w.GetLength(), 2);
+  w.GetContent()[2] = 0x7777;  // spoil the terminator
+  EXPECT_EQ(w.Append(ab, 0), 1);
+  EXPECT_EQ(w.GetContent()[2], 0);  // rewritten
+  EXPECT_EQ(w.Append(nullptr, -1), 1);
+  EXPECT_EQ(w.GetLength(), 2);
+
+  w += static_cast<unsigned short>(0x263A);
+  EXPECT_EQ(w.GetLength(), 3);
+  EXPECT_EQ(w.GetContent()[2], 0x263A);
+  w += w;
+  EXPECT_EQ(w.GetLength(), 6);
+  EXPECT_EQ(w.GetContent()[5], 0x263A);
+}
+
+TEST(WordString, GrowthMatchesTheByteRules) {
+  std::vector<unsigned short> units(30, 'w');
+  CWordString w(units.data(), 29);
+  ASSERT_EQ(w.GetCapacity(), 32);
+  w += static_cast<unsigned short>('y');
+  EXPECT_EQ(w.GetCapacity(), 32);
+  w += static_cast<unsigned short>('z');
+  EXPECT_EQ(w.GetCapacity(), 64);
+
+  std::vector<unsigned short> many(62, 'm');
+  CWordString rec(many.data(), 62), dbl(many.data(), 62);
+  dbl.SetGrowByDoubleSize();
+  rec += static_cast<unsigned short>('x');
+  dbl += static_cast<unsigned short>('x');
+  EXPECT_EQ(rec.GetCapacity(), 96);
+  EXPECT_EQ(dbl.GetCapacity(), 128);
+  EXPECT_EQ(dbl.GetContent()[62], 'x');
+  EXPECT_EQ(dbl.GetContent()[63], 0);
+}
+
+TEST(WordString, CopiesDoNotShare) {
+  const unsigned short units[] = {1, 2, 3, 0};
+  CWordString a(units, -1);
+  CWordString b(a);
+  EXPECT_NE(a.GetContent(), b.GetContent());
+  b = a;
+  EXPECT_EQ(b.GetLength(), 3);
+  b = static_cast<unsigned short>(9);
+  EXPECT_EQ(b.GetLength(), 1);
+  EXPECT_EQ(a.GetContent()[0], 1);
+  EXPECT_EQ(CWordString::GetWordStringLen(nullptr), 0);
+  EXPECT_EQ(CWordString::GetWordStringLen(units), 3);
+  a.ClearContent();
+  EXPECT_EQ(a.GetLength(), 0);
+  EXPECT_EQ(a.GetCapacity(), 32);
+}
