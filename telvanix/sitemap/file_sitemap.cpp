@@ -1,0 +1,92 @@
+#include "telvanix/sitemap/file_sitemap.h"
+
+#include "telvanix/sitemap/owned_array.h"
+
+namespace telvanix {
+
+CHtmlFileSitemap::CHtmlFileSitemap() = default;
+
+CHtmlFileSitemap::CHtmlFileSitemap(const CHtmlFileSitemap& other) : CRglObject() { CopyFrom(other); }
+
+CHtmlFileSitemap& CHtmlFileSitemap::operator=(const CHtmlFileSitemap& other) {
+  if (this != &other) {
+    DeleteOwned();
+    CopyFrom(other);
+  }
+  return *this;
+}
+
+CHtmlFileSitemap::~CHtmlFileSitemap() { DeleteOwned(); }
+
+void CHtmlFileSitemap::DeleteOwned() { sitemap_detail::DeleteOwned(m_arrSitemaps); }
+
+void CHtmlFileSitemap::CopyFrom(const CHtmlFileSitemap& other) {
+  m_strBase = other.m_strBase;
+  m_strTitle = other.m_strTitle;
+  sitemap_detail::CopyOwned(m_arrSitemaps, other.m_arrSitemaps);
+  m_SiteProperties = other.m_SiteProperties;
+  m_arrNeedFrameNames.Copy(other.m_arrNeedFrameNames);
+  m_arrNeedWindowNames.Copy(other.m_arrNeedWindowNames);
+}
+
+void CHtmlFileSitemap::Default() {
+  DeleteOwned();
+  m_strBase.Empty();
+  m_strTitle.Empty();
+  m_SiteProperties.Default();
+  m_arrNeedFrameNames.RemoveAll();
+  m_arrNeedWindowNames.RemoveAll();
+}
+
+const char* CHtmlFileSitemap::GetTitle() const { return m_strTitle.IsEmpty() ? nullptr : static_cast<const char*>(m_strTitle); }
+int CHtmlFileSitemap::SetTitle(const char* title) {
+  if (!title)
+    return 0;
+  m_strTitle = title;
+  return 1;
+}
+const char* CHtmlFileSitemap::GetBase() const { return m_strBase.IsEmpty() ? nullptr : static_cast<const char*>(m_strBase); }
+int CHtmlFileSitemap::SetBase(const char* base) {
+  if (!base)
+    return 0;
+  m_strBase = base;
+  return 1;
+}
+
+int CHtmlFileSitemap::AddSitemap(CHtmlSitemap* sitemap) { return sitemap_detail::AddOwned(m_arrSitemaps, sitemap); }
+CHtmlSitemap* CHtmlFileSitemap::GetSitemap(int index) const { return sitemap_detail::OwnedAt(m_arrSitemaps, index); }
+
+int CHtmlFileSitemap::AddNeedName(CStringArray& names, const char* name) {
+  if (!name || !*name)
+    return 0;
+  for (int i = 0; i < names.GetSize(); ++i) {
+    if (names.GetAt(i).CompareNoCase(name) == 0)
+      return 0;
+  }
+  names.Add(CString(name));
+  return 1;
+}
+
+int CHtmlFileSitemap::AddNeedFrameName(const char* name) { return AddNeedName(m_arrNeedFrameNames, name); }
+int CHtmlFileSitemap::AddNeedWindowName(const char* name) { return AddNeedName(m_arrNeedWindowNames, name); }
+
+const char* CHtmlFileSitemap::GetFirstFrameName(int& cursor) const {
+  cursor = 0;
+  return GetNextFrameName(cursor);
+}
+const char* CHtmlFileSitemap::GetNextFrameName(int& cursor) const {
+  if (cursor < 0 || cursor >= m_arrNeedFrameNames.GetSize())
+    return nullptr;
+  return m_arrNeedFrameNames.GetAt(cursor++);
+}
+const char* CHtmlFileSitemap::GetFirstWindowName(int& cursor) const {
+  cursor = 0;
+  return GetNextWindowName(cursor);
+}
+const char* CHtmlFileSitemap::GetNextWindowName(int& cursor) const {
+  if (cursor < 0 || cursor >= m_arrNeedWindowNames.GetSize())
+    return nullptr;
+  return m_arrNeedWindowNames.GetAt(cursor++);
+}
+
+}  // namespace telvanix

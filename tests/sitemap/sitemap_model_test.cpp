@@ -1,0 +1,295 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "telvanix/sitemap/file_sitemap.h"
+
+using namespace telvanix;
+
+namespace {
+
+TEST(SitemapEntry, NewEntryHasNoValues) {
+  CHtmlSitemap entry;
+  EXPECT_EQ(entry.GetLevel(), -1);
+  EXPECT_EQ(entry.GetImageNumber(), -1);
+  EXPECT_EQ(entry.GetSitemapFlags(), 0);
+  EXPECT_EQ(entry.GetName(), nullptr);
+  EXPECT_EQ(entry.GetFrameName(), nullptr);
+  EXPECT_EQ(entry.GetWindowName(), nullptr);
+  EXPECT_EQ(entry.GetComment(), nullptr);
+  EXPECT_EQ(entry.GetNew(), nullptr);
+  EXPECT_EQ(entry.GetMerge(), nullptr);
+  EXPECT_EQ(entry.GetMerge2(), nullptr);
+  EXPECT_EQ(entry.GetSendEvent(), nullptr);
+  EXPECT_EQ(entry.GetSeeAlso(), nullptr);
+  EXPECT_EQ(entry.GetSync(), nullptr);
+  EXPECT_EQ(entry.GetPrimary(), nullptr);
+  EXPECT_EQ(entry.GetSecondary(), nullptr);
+  EXPECT_EQ(entry.GetThirdReference(), nullptr);
+  EXPECT_EQ(entry.GetTargetAttribute(), nullptr);
+  EXPECT_EQ(entry.GetUnknownParamArraySize(), 0);
+  EXPECT_EQ(entry.GetSectionArraySize(), 0);
+  EXPECT_EQ(entry.GetTypeInfoArraySize(), 0);
+  EXPECT_EQ(entry.GetSection(0), nullptr);
+  EXPECT_EQ(entry.GetTypeInfo(-1), nullptr);
+  EXPECT_EQ(entry.GetUnknownParam(0), nullptr);
+}
+
+TEST(SitemapEntry, ReferencesFallBack) {
+  CHtmlSitemap entry;
+  EXPECT_EQ(entry.SetPrimary(""), 1);
+  EXPECT_EQ(entry.SetSecondary("a.htm"), 1);
+  EXPECT_STREQ(entry.GetPrimary(), "a.htm");
+  EXPECT_STREQ(entry.GetSecondary(), "a.htm");
+
+  CHtmlSitemap third;
+  third.SetThirdReference("c.htm");
+  EXPECT_STREQ(third.GetPrimary(), "c.htm");
+  EXPECT_STREQ(third.GetSecondary(), "c.htm");
+  third.SetPrimary("p.htm");
+  EXPECT_STREQ(third.GetPrimary(), "p.htm");
+  EXPECT_STREQ(third.GetSecondary(), "c.htm");
+  third.SetSecondary("s.htm");
+  EXPECT_STREQ(third.GetSecondary(), "s.htm");
+  EXPECT_STREQ(third.GetThirdReference(), "c.htm");
+}
+
+TEST(SitemapEntry, NullSetterKeepsTextEmptySetterClearsIt) {
+  CHtmlSitemap entry;
+  struct Field {
+    int (CHtmlSitemap::*set)(const char*);
+    const char* (CHtmlSitemap::*get)() const;
+  };
+  const Field fields[] = {
+      {&CHtmlSitemap::SetName, &CHtmlSitemap::GetName},
+      {&CHtmlSitemap::SetFrameName, &CHtmlSitemap::GetFrameName},
+      {&CHtmlSitemap::SetWindowName, &CHtmlSitemap::GetWindowName},
+      {&CHtmlSitemap::SetComment, &CHtmlSitemap::GetComment},
+      {&CHtmlSitemap::SetNew, &CHtmlSitemap::GetNew},
+      {&CHtmlSitemap::SetMerge, &CHtmlSitemap::GetMerge},
+      {&CHtmlSitemap::SetMerge2, &CHtmlSitemap::GetMerge2},
+      {&CHtmlSitemap::SetSendEvent, &CHtmlSitemap::GetSendEvent},
+      {&CHtmlSitemap::SetSeeAlso, &CHtmlSitemap::GetSeeAlso},
+      {&CHtmlSitemap::SetSync, &CHtmlSitemap::GetSync},
+      {&CHtmlSitemap::SetPrimary, &CHtmlSitemap::GetPrimary},
+      {&CHtmlSitemap::SetSecondary, &CHtmlSitemap::GetSecondary},
+      {&CHtmlSitemap::SetThirdReference, &CHtmlSitemap::GetThirdReference},
+      {&CHtmlSitemap::SetTargetAttribute, &CHtmlSitemap::GetTargetAttribute},
+  };
+  for (const Field& f : fields) {
+    EXPECT_EQ((entry.*f.set)("kept"), 1);
+    EXPECT_EQ((entry.*f.set)(nullptr), 0);
+    EXPECT_STREQ((entry.*f.get)(), "kept");
+    EXPECT_EQ((entry.*f.set)(""), 1);
+    EXPECT_EQ((entry.*f.get)(), nullptr);
+  }
+  EXPECT_EQ(entry.SetLevel(3), 1);
+  EXPECT_EQ(entry.SetImageNumber(7), 1);
+  EXPECT_EQ(entry.SetSitemapFlags(0x1000), 1);
+  EXPECT_EQ(entry.GetLevel(), 3);
+  EXPECT_EQ(entry.GetImageNumber(), 7);
+  EXPECT_EQ(entry.GetSitemapFlags(), 0x1000);
+}
+
+TEST(SitemapEntry, SectionsAndTypeInfo) {
+  CHtmlSitemapSection section("n", nullptr, "b.htm");
+  EXPECT_STREQ(section.GetPrimary(), "b.htm");
+  EXPECT_STREQ(section.GetSecondary(), "b.htm");
+  section.SetPrimary("a.htm");
+  EXPECT_STREQ(section.GetPrimary(), "a.htm");
+  EXPECT_EQ(section.SetName(nullptr), 0);
+  EXPECT_STREQ(section.GetName(), "n");
+
+  CHtmlSitemapTypeInfo info;
+  EXPECT_EQ(info.AddTypeInfo(nullptr), 0);
+  info.AddTypeInfo("beginner");
+  info.AddTypeInfo("");
+  EXPECT_EQ(info.GetTypeInfoArraySize(), 2);
+  EXPECT_STREQ(info.GetTypeInfoString(0), "beginner");
+  EXPECT_STREQ(info.GetTypeInfoString(1), "");
+  EXPECT_STREQ(info.GetTypeInfoString(2), "");
+  EXPECT_STREQ(info.GetTypeInfoString(-1), "");
+  info.SetSecondary("s.htm");
+  EXPECT_STREQ(info.GetPrimary(), "s.htm");
+
+  CHtmlSiteParamCouple pair("X", nullptr);
+  EXPECT_STREQ(pair.GetName(), "X");
+  EXPECT_EQ(pair.GetValue(), nullptr);
+}
+
+TEST(SitemapEntry, CopiesAreDeep) {
+  CHtmlSitemap entry;
+  entry.SetName("kw");
+  entry.SetLevel(2);
+  entry.AddSection("s", "a.htm");
+  auto* info = new CHtmlSitemapTypeInfo;
+  info->AddTypeInfo("t");
+  entry.AddTypeInfo(info);
+  entry.AddUnknownParam("X", "1");
+  EXPECT_EQ(entry.AddUnknownParam(nullptr, "1"), 0);
+  EXPECT_EQ(entry.AddSection(nullptr), -1);
+
+  CHtmlSitemap copy(entry);
+  entry.GetSection(0)->SetPrimary("changed.htm");
+  entry.GetTypeInfo(0)->AddTypeInfo("u");
+  entry.GetUnknownParam(0)->SetValue("2");
+  entry.SetName("other");
+  EXPECT_STREQ(copy.GetName(), "kw");
+  EXPECT_EQ(copy.GetLevel(), 2);
+  ASSERT_EQ(copy.GetSectionArraySize(), 1);
+  EXPECT_STREQ(copy.GetSection(0)->GetPrimary(), "a.htm");
+  EXPECT_EQ(copy.GetTypeInfo(0)->GetTypeInfoArraySize(), 1);
+  EXPECT_STREQ(copy.GetUnknownParam(0)->GetValue(), "1");
+
+  CHtmlSitemap assigned;
+  assigned.AddSection("old", "old.htm");
+  assigned = copy;
+  copy.GetSection(0)->SetName("gone");
+  ASSERT_EQ(assigned.GetSectionArraySize(), 1);
+  EXPECT_STREQ(assigned.GetSection(0)->GetName(), "s");
+  assigned = assigned;
+  EXPECT_EQ(assigned.GetSectionArraySize(), 1);
+
+  assigned.Default();
+  EXPECT_EQ(assigned.GetLevel(), -1);
+  EXPECT_EQ(assigned.GetSectionArraySize(), 0);
+  EXPECT_EQ(assigned.GetName(), nullptr);
+}
+
+TEST(SiteProperties, Defaults) {
+  CHtmlSiteProperties site;
+  EXPECT_EQ(site.GetSiteType(), CHtmlSiteProperties::emSiteTypeUnknown);
+  EXPECT_EQ(site.GetBackground(), 0xFFFFFFFFu);
+  EXPECT_EQ(site.GetForeground(), 0xFFFFFFFFu);
+  EXPECT_EQ(site.GetImageWidth(), -1);
+  EXPECT_EQ(site.GetNumberImages(), -1);
+  EXPECT_EQ(site.GetWindowStyles(), 0xFFFFFFFFu);
+  EXPECT_EQ(site.GetExWindowStyles(), 0xFFFFFFFFu);
+  EXPECT_EQ(site.GetFrameName(), nullptr);
+  EXPECT_EQ(site.GetImageList(), nullptr);
+  EXPECT_EQ(site.GetAutoGenerated(), nullptr);
+  EXPECT_EQ(site.GetSiteCategoryArraySize(), 0);
+  EXPECT_EQ(site.GetInstructionArraySize(), 0);
+  EXPECT_EQ(site.GetUnknownParamArraySize(), 0);
+
+  CHtmlSiteCategoryTypeInfo info;
+  EXPECT_EQ(info.GetTypeInfoType(), CHtmlSiteCategoryTypeInfo::emTypeInfoInclusive);
+  EXPECT_EQ(info.GetType(), nullptr);
+}
+
+TEST(SiteProperties, CopiesAreDeepAndDefaultResets) {
+  CHtmlSiteProperties site;
+  site.SetSiteType(CHtmlSiteProperties::emSiteTypeIndex);
+  site.SetBackground(0x123456);
+  site.SetImageList("a.bmp");
+  auto* category = new CHtmlSiteCategory("Level", "How hard");
+  category->AddCategoryTypeInfo(new CHtmlSiteCategoryTypeInfo(CHtmlSiteCategoryTypeInfo::emTypeInfoHidden, "x", "d"));
+  site.AddSiteCategory(category);
+  site.AddInstruction("Instruction", "i1");
+  site.AddUnknownParam("U", "v");
+
+  CHtmlSiteProperties copy(site);
+  category->SetName("changed");
+  category->GetCategoryTypeInfo(0)->SetType("changed");
+  site.GetInstruction(0)->SetValue("changed");
+  EXPECT_EQ(copy.GetSiteType(), CHtmlSiteProperties::emSiteTypeIndex);
+  EXPECT_EQ(copy.GetBackground(), 0x123456u);
+  ASSERT_EQ(copy.GetSiteCategoryArraySize(), 1);
+  EXPECT_STREQ(copy.GetSiteCategory(0)->GetName(), "Level");
+  EXPECT_STREQ(copy.GetSiteCategory(0)->GetCategoryTypeInfo(0)->GetType(), "x");
+  EXPECT_EQ(copy.GetSiteCategory(0)->GetCategoryTypeInfo(0)->GetTypeInfoType(),
+            CHtmlSiteCategoryTypeInfo::emTypeInfoHidden);
+  EXPECT_STREQ(copy.GetInstruction(0)->GetValue(), "i1");
+  EXPECT_EQ(copy.GetSiteCategory(1), nullptr);
+
+  CHtmlSiteCategory categoryCopy;
+  categoryCopy = *copy.GetSiteCategory(0);
+  copy.GetSiteCategory(0)->GetCategoryTypeInfo(0)->SetTypeDesc("changed");
+  EXPECT_STREQ(categoryCopy.GetCategoryTypeInfo(0)->GetTypeDesc(), "d");
+
+  site.Default();
+  EXPECT_EQ(site.GetBackground(), 0xFFFFFFFFu);
+  EXPECT_EQ(site.GetImageList(), nullptr);
+  EXPECT_EQ(site.GetSiteCategoryArraySize(), 0);
+  EXPECT_EQ(site.GetInstructionArraySize(), 0);
+}
+
+TEST(SiteParamTable, EveryNameHasItsCode) {
+  struct Row {
+    const char* name;
+    int code;
+  };
+  const Row rows[] = {
+      {"FrameName", 3},        {"WindowName", 4},        {"NumberTypes", 5},       {"Category", 6},
+      {"CategoryDesc", 7},     {"Type", 8},              {"TypeDesc", 9},          {"TypeExclusive", 10},
+      {"TypeExclusiveDesc", 11}, {"TypeHidden", 12},     {"Font Types", 13},       {"Font Instructions", 14},
+      {"Background", 15},      {"Background Image", 16}, {"Foreground", 17},       {"Font", 18},
+      {"ImageList", 19},       {"ImageType", 20},        {"NumberImages", 21},     {"ExWindow Styles", 22},
+      {"WindowStyles", 23},    {"Window Styles", 23},    {"Instruction", 24},      {"Auto Generated", 25},
+      {"Name", 50},            {"URL", 51},              {"Secondary", 52},        {"Keyword", 54},
+      {"Frame", 55},           {"New", 57},              {"Comment", 58},          {"See Also", 59},
+      {"SendEvent", 60},       {"Merge", 61},            {"Image Width", 62},      {"Local", 100},
+      {"SiteType", 101},       {"ImageNumber", 102},     {"Sync", 103},
+  };
+  EXPECT_EQ(CHtmlFileSitemap::ms_nSiteParamTableSize, 39);
+  EXPECT_EQ(sizeof(rows) / sizeof(rows[0]), 39u);
+  for (const Row& row : rows) {
+    EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode(row.name), row.code) << row.name;
+    CString lower(row.name);
+    lower.MakeLower();
+    EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode(lower), row.code) << lower;
+  }
+  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode("Url"), 51);
+  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode("ImageWidth"), -1);
+  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode("X-Unknown"), -1);
+  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode(""), -1);
+  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode(nullptr), -1);
+}
+
+TEST(FileSitemap, NeededNamesAreKeptOnce) {
+  CHtmlFileSitemap file;
+  int cursor = 5;
+  EXPECT_EQ(file.GetFirstFrameName(cursor), nullptr);
+  EXPECT_EQ(file.AddNeedFrameName("main"), 1);
+  EXPECT_EQ(file.AddNeedFrameName("MAIN"), 0);
+  EXPECT_EQ(file.AddNeedFrameName(""), 0);
+  EXPECT_EQ(file.AddNeedFrameName(nullptr), 0);
+  EXPECT_EQ(file.AddNeedFrameName("side"), 1);
+  EXPECT_STREQ(file.GetFirstFrameName(cursor), "main");
+  EXPECT_STREQ(file.GetNextFrameName(cursor), "side");
+  EXPECT_EQ(file.GetNextFrameName(cursor), nullptr);
+
+  EXPECT_EQ(file.AddNeedWindowName("$global_w"), 1);
+  EXPECT_STREQ(file.GetFirstWindowName(cursor), "$global_w");
+  EXPECT_EQ(file.GetNextWindowName(cursor), nullptr);
+}
+
+TEST(FileSitemap, OwnsEntriesAndCopiesThem) {
+  CHtmlFileSitemap file;
+  EXPECT_EQ(file.AddSitemap(nullptr), -1);
+  auto* entry = new CHtmlSitemap;
+  entry->SetName("a");
+  EXPECT_EQ(file.AddSitemap(entry), 0);
+  file.SetTitle("T");
+  file.GetSiteProperties()->SetFont("Arial,8,0");
+  file.AddNeedWindowName("w");
+
+  CHtmlFileSitemap copy(file);
+  entry->SetName("changed");
+  EXPECT_EQ(copy.GetSitemapArraySize(), 1);
+  EXPECT_STREQ(copy.GetSitemap(0)->GetName(), "a");
+  EXPECT_NE(copy.GetSitemap(0), entry);
+  EXPECT_STREQ(copy.GetTitle(), "T");
+  EXPECT_STREQ(copy.GetSiteProperties()->GetFont(), "Arial,8,0");
+  int cursor;
+  EXPECT_STREQ(copy.GetFirstWindowName(cursor), "w");
+  EXPECT_EQ(copy.GetSitemap(1), nullptr);
+
+  file.Default();
+  EXPECT_EQ(file.GetSitemapArraySize(), 0);
+  EXPECT_EQ(file.GetTitle(), nullptr);
+  EXPECT_EQ(file.GetSiteProperties()->GetFont(), nullptr);
+  EXPECT_EQ(file.GetFirstWindowName(cursor), nullptr);
+}
+
+}  // namespace
