@@ -1,0 +1,325 @@
+#include "telvanix/system/sys_font.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "telvanix/platform/code_page.h"
+
+#if __has_include(<fontconfig/fontconfig.h>)
+#include <fontconfig/fontconfig.h>
+#define TVX_TEST_FONTCONFIG 1
+#endif
+
+// fontconfig 2.14 loses a buffer while parsing its configuration files, even
+// after FcFini; leak checking of the test run must not blame the library.
+extern "C" __attribute__((visibility("default"), used)) const char* __lsan_default_suppressions() {
+  return "leak:libfontconfig.so\n";
+}
+
+namespace telvanix {
+namespace {
+
+bool IsAllZero(const void* data, std::size_t size) {
+  const auto* bytes = static_cast<const unsigned char*>(data);
+  for (std::size_t i = 0; i < size; ++i) {
+    if (bytes[i] != 0) return false;
+  }
+  return true;
+}
+
+std::string Lower(std::string text) {
+  for (char& ch : text) {
+    if (ch >= 'A' && ch <= 'Z') ch = static_cast<char>(ch - 'A' + 'a');
+  }
+  return text;
+}
+
+// Whether fontconfig itself, asked directly, knows a family of this name.
+bool FontconfigHasFamily(const char* family) {
+#ifdef TVX_TEST_FONTCONFIG
+  FcPattern* pattern = FcPatternCreate();
+  FcPatternAddString(pattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(family));
+  FcObjectSet* objects = FcObjectSetBuild(FC_FAMILY, static_cast<char*>(nullptr));
+  FcFontSet* set = FcFontList(nullptr, pattern, objects);
+  bool found = set && set->nfont > 0;
+  if (set) FcFontSetDestroy(set);
+  FcObjectSetDestroy(objects);
+  FcPatternDestroy(pattern);
+  return found;
+#else
+  (void)family;
+  return false;
+#endif
+}
+
+// Sets the active code page for one test and restores it after.
+class CodePageScope {
+ public:
+  explicit CodePageScope(UINT codePage) : m_previous(SetActiveCodePage(codePage)) {}
+  ~CodePageScope() { SetActiveCodePage(m_previous); }
+
+ private:
+  UINT m_previous;
+};
+
+// ---------------------------------------------------------------- CSysFont
+
+TEST(CSysFontTest, NewFontIsZeroAndCopyIgnoresNull) {
+  CSysFont font;
+  EXPECT_TRUE(IsAllZero(&font.GetLogFont(), sizeof(LOGFONTA)));
+  EXPECT_STREQ(font.GetFontName(), "");
+
+  ASSERT_EQ(font.SetAsFontPoints("Courier New", 120), 1);
+  CSysFont copy;
+  EXPECT_EQ(copy.Copy(&font), 1);
+  EXPECT_EQ(std::memcmp(&copy.GetLogFont(), &font.GetLogFont(), sizeof(LOGFONTA)), 0);
+  EXPECT_EQ(copy.Copy(nullptr), 0);
+  EXPECT_STREQ(copy.GetFontName(), "Courier New");
+  copy.Default();
+  EXPECT_TRUE(IsAllZero(&copy.GetLogFont(), sizeof(LOGFONTA)));
+}
+
+TEST(CSysFontTest, PointsArePassedAsTenthsOfAPoint) {
+  CSysFont font;
+  // 120 tenths = 12 points = 16 pixels at 96 dpi; a plain 12 is 1.2 points.
+  ASSERT_EQ(font.SetAsFontPoints("Arial", 120), 1);
+  EXPECT_EQ(font.GetLogFont().lfHeight, -16);
+  EXPECT_EQ(font.GetLogFont().lfCharSet, DEFAULT_CHARSET);
+  EXPECT_STREQ(font.GetFontName(), "Arial");
+  ASSERT_EQ(font.SetAsFontPoints("Arial", 12), 1);
+  EXPECT_EQ(font.GetLogFont().lfHeight, -2);
+  ASSERT_EQ(font.SetAsFontPoints("Arial", 10), 1);
+  EXPECT_EQ(font.GetLogFont().lfHeight, -1);
+  ASSERT_EQ(font.SetAsFontPoints("Arial", -120), 1);
+  EXPECT_EQ(font.GetLogFont().lfHeight, -16);
+}
+
+TEST(CSysFontTest, BadPointFontInputLeavesRecord) {
+  CSysFont font;
+  ASSERT_EQ(font.SetAsFontPoints("Arial", 120), 1);
+  EXPECT_EQ(font.SetAsFontPoints(nullptr, 120), 0);
+  EXPECT_STREQ(font.GetFontName(), "Arial");
+  EXPECT_EQ(font.GetLogFont().lfHeight, -16);
+
+  std::string longName(80, 'x');
+  ASSERT_EQ(font.SetAsFontPoints(longName.c_str(), 100), 1);
+  EXPECT_EQ(std::strlen(font.GetFontName()), 31u);
+}
+
+TEST(CSysFontTest, FullLengthHostNameStaysTerminated) {
+  LOGFONTA record;
+  std::memset(&record, 'A', sizeof(record));
+  CSysFont font;
+  font.SetLogFont(record);
+  EXPECT_EQ(std::strlen(font.GetFontName()), 31u);
+  EXPECT_EQ(font.GetLogFont().lfWeight, record.lfWeight);
+}
+
+struct DefaultFontCase {
+  UINT codePage;
+  const char* face;
+  LONG height;  // 10 -> -1, 12 -> -2 at 96 dpi, the sizes taken as tenths
+};
+
+class CSysFontDefaultTest : public ::testing::TestWithParam<DefaultFontCase> {};
+
+TEST_P(CSysFontDefaultTest, FaceAndSizeFollowTheCodePage) {
+  const DefaultFontCase& c = GetParam();
+  CodePageScope scope(c.codePage);
+  CSysFont font;
+  ASSERT_EQ(font.SetAsDefault(), 1);
+  EXPECT_STREQ(font.GetFontName(), c.face);
+  EXPECT_EQ(font.GetLogFont().lfHeight, c.height);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    CodePages, CSysFontDefaultTest,
+    ::testing::Values(DefaultFontCase{932, "\x82\x6C\x82\x72\x20\x82\x6F\x83\x53\x83\x56\x83\x62\x83\x4E", -1},
+                      DefaultFontCase{936, "\xCB\xCE\xCC\xE5", -1}, DefaultFontCase{949, "\xB1\xBC\xB8\xB2", -1},
+                      DefaultFontCase{950, "\xB7\x73\xB2\xD3\xA9\xFA\xC5\xE9", -1},
+                      DefaultFontCase{1252, "Arial", -2},
+                      // Byte-pair code pages outside 932..950 keep the resource face.
+                      DefaultFontCase{874, "Arial", -2}, DefaultFontCase{1255, "Arial", -2},
+                      DefaultFontCase{1250, "Arial", -2}),
+    [](const ::testing::TestParamInfo<DefaultFontCase>& info) { return "cp" + std::to_string(info.param.codePage); });
+
+TEST(CSysFontTest, PortableNameTakesBothFamilyBitsAsMonospaced) {
+  struct Case {
+    BYTE family;
+    const char* expected;
+  };
+  const Case cases[] = {
+      {0x22, "Monospaced"}, {0x12, "Monospaced"}, {0x31, "Monospaced"}, {0x52, "Monospaced"},
+      {0x40, nullptr},      {0x00, nullptr},      {0x02, nullptr},      {0x01, nullptr},
+  };
+  for (const Case& c : cases) {
+    LOGFONTA record{};
+    record.lfPitchAndFamily = c.family;
+    CSysFont font;
+    font.SetLogFont(record);
+    const char* name = font.GetPortableHtmlFontName();
+    if (c.expected) {
+      ASSERT_NE(name, nullptr) << "family byte " << int(c.family);
+      EXPECT_STREQ(name, c.expected) << "family byte " << int(c.family);
+    } else {
+      EXPECT_EQ(name, nullptr) << "family byte " << int(c.family);
+    }
+  }
+}
+
+// -------------------------------------------------------- CHtmlMiscDataMgr
+
+TEST(CHtmlMiscDataMgrTest, WalkStaysInBounds) {
+  int index = 0;
+  CSysFont* first = CHtmlMiscDataMgr::GetFirstSysFont(index);
+  int count = CHtmlMiscDataMgr::GetSysFontCount();
+  if (count == 0) {
+    EXPECT_EQ(first, nullptr);
+    EXPECT_EQ(index, 0);
+  } else {
+    EXPECT_NE(first, nullptr);
+    EXPECT_EQ(index, 1);
+  }
+
+  int walked = 0;
+  for (CSysFont* font = CHtmlMiscDataMgr::GetFirstSysFont(index); font;
+       font = CHtmlMiscDataMgr::GetNextSysFont(index)) {
+    EXPECT_NE(font->GetFontName()[0], '\0');
+    ++walked;
+  }
+  EXPECT_EQ(walked, count);
+  EXPECT_EQ(index, count);
+
+  int past = count;
+  EXPECT_EQ(CHtmlMiscDataMgr::GetNextSysFont(past), nullptr);
+  EXPECT_EQ(past, count);
+  int before = -1;
+  EXPECT_EQ(CHtmlMiscDataMgr::GetNextSysFont(before), nullptr);
+  EXPECT_EQ(before, -1);
+  int far = -2147483647;
+  EXPECT_EQ(CHtmlMiscDataMgr::GetNextSysFont(far), nullptr);
+}
+
+TEST(CHtmlMiscDataMgrTest, ListsInstalledFamiliesOnce) {
+  int index = 0;
+  CHtmlMiscDataMgr::GetFirstSysFont(index);
+  if (CHtmlMiscDataMgr::GetSysFontCount() == 0) {
+    GTEST_SKIP() << "fontconfig reports no installed fonts (or the library was built without it)";
+  }
+  std::set<std::string> seen;
+  for (CSysFont* font = CHtmlMiscDataMgr::GetFirstSysFont(index); font;
+       font = CHtmlMiscDataMgr::GetNextSysFont(index)) {
+    EXPECT_TRUE(seen.insert(Lower(font->GetFontName())).second) << "listed twice: " << font->GetFontName();
+    EXPECT_TRUE(FontconfigHasFamily(font->GetFontName())) << "not a fontconfig family: " << font->GetFontName();
+  }
+}
+
+TEST(CHtmlMiscDataMgrTest, FindsDejaVuCaseBlindWithItsTraits) {
+  if (!FontconfigHasFamily("DejaVu Sans")) {
+    GTEST_SKIP() << "DejaVu Sans is not installed (package fonts-dejavu-core)";
+  }
+  CSysFont* sans = CHtmlMiscDataMgr::GetSysFont("dejavu sans");
+  ASSERT_NE(sans, nullptr);
+  EXPECT_STREQ(sans->GetFontName(), "DejaVu Sans");
+  EXPECT_EQ(CHtmlMiscDataMgr::GetSysFont("DEJAVU SANS"), sans);
+  const LOGFONTA& lf = sans->GetLogFont();
+  EXPECT_EQ(lf.lfWeight, FW_NORMAL);
+  EXPECT_EQ(lf.lfItalic, 0);
+  EXPECT_EQ(lf.lfPitchAndFamily, VARIABLE_PITCH | FF_SWISS);
+  EXPECT_EQ(lf.lfCharSet, ANSI_CHARSET);
+  EXPECT_STREQ(sans->GetPortableHtmlFontName(), "Monospaced");
+
+  if (FontconfigHasFamily("DejaVu Sans Mono")) {
+    CSysFont* mono = CHtmlMiscDataMgr::GetSysFont("DejaVu Sans Mono");
+    ASSERT_NE(mono, nullptr);
+    EXPECT_NE(mono, sans);
+    EXPECT_EQ(mono->GetLogFont().lfPitchAndFamily, FIXED_PITCH | FF_MODERN);
+  }
+  if (FontconfigHasFamily("DejaVu Serif")) {
+    CSysFont* serif = CHtmlMiscDataMgr::GetSysFont("DejaVu Serif");
+    ASSERT_NE(serif, nullptr);
+    EXPECT_EQ(serif->GetLogFont().lfPitchAndFamily, VARIABLE_PITCH | FF_ROMAN);
+  }
+}
+
+TEST(CHtmlMiscDataMgrTest, UnknownAndBadNames) {
+  EXPECT_EQ(CHtmlMiscDataMgr::GetSysFont(nullptr), nullptr);
+  EXPECT_EQ(CHtmlMiscDataMgr::GetSysFont(""), nullptr);
+  EXPECT_EQ(CHtmlMiscDataMgr::GetSysFont("No Such Family Qx7"), nullptr);
+  // The existence check is deliberately not made.
+  EXPECT_EQ(CHtmlMiscDataMgr::IsExistingFontName("No Such Family Qx7"), 1);
+  EXPECT_EQ(CHtmlMiscDataMgr::IsExistingFontName(nullptr), 1);
+}
+
+TEST(CHtmlMiscDataMgrTest, AddedFontsAppendWithoutDuplicateCheckAndOutliveRelisting) {
+  int index = 0;
+  CHtmlMiscDataMgr::GetFirstSysFont(index);
+  int count = CHtmlMiscDataMgr::GetSysFontCount();
+
+  EXPECT_EQ(CHtmlMiscDataMgr::AddNewSysFont(nullptr, TRUETYPE_FONTTYPE), nullptr);
+  LOGFONTA record{};
+  EXPECT_EQ(CHtmlMiscDataMgr::AddNewSysFont(&record, TRUETYPE_FONTTYPE), nullptr);
+  EXPECT_EQ(CHtmlMiscDataMgr::GetSysFontCount(), count);
+
+  std::strcpy(record.lfFaceName, "Zz Added Face");
+  record.lfWeight = FW_BOLD;
+  CSysFont* a = CHtmlMiscDataMgr::AddNewSysFont(&record, 0);
+  CSysFont* b = CHtmlMiscDataMgr::AddNewSysFont(&record, 0);
+  ASSERT_NE(a, nullptr);
+  ASSERT_NE(b, nullptr);
+  EXPECT_NE(a, b);
+  EXPECT_EQ(CHtmlMiscDataMgr::GetSysFontCount(), count + 2);
+  EXPECT_EQ(a->GetLogFont().lfWeight, FW_BOLD);
+  EXPECT_EQ(CHtmlMiscDataMgr::GetSysFont("zz added face"), a);
+  int last = count + 1;
+  EXPECT_EQ(CHtmlMiscDataMgr::GetNextSysFont(last), b);
+
+  // Listing again starts a fresh array; fonts handed out before stay usable.
+  EXPECT_EQ(CHtmlMiscDataMgr::QuerySysFonts(), 1);
+  EXPECT_EQ(CHtmlMiscDataMgr::GetSysFontCount(), count);
+  EXPECT_EQ(CHtmlMiscDataMgr::GetSysFont("Zz Added Face"), nullptr);
+  EXPECT_STREQ(a->GetFontName(), "Zz Added Face");
+}
+
+TEST(CHtmlMiscDataMgrTest, SecondInstanceLeavesTheRegistryAlone) {
+  int index = 0;
+  CSysFont* first = CHtmlMiscDataMgr::GetFirstSysFont(index);
+  int count = CHtmlMiscDataMgr::GetSysFontCount();
+  {
+    CHtmlMiscDataMgr another;
+  }
+  EXPECT_EQ(CHtmlMiscDataMgr::GetSysFontCount(), count);
+  index = 0;
+  EXPECT_EQ(CHtmlMiscDataMgr::GetFirstSysFont(index), first);
+}
+
+TEST(CHtmlMiscDataMgrTest, ConcurrentListingAndReading) {
+  std::vector<std::thread> threads;
+  std::atomic<int> badNames{0};
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([t, &badNames] {
+      for (int round = 0; round < 3; ++round) {
+        if (t == 0) {
+          CHtmlMiscDataMgr::QuerySysFonts();
+        }
+        int index = 0;
+        for (CSysFont* font = CHtmlMiscDataMgr::GetFirstSysFont(index); font;
+             font = CHtmlMiscDataMgr::GetNextSysFont(index)) {
+          if (font->GetFontName()[0] == '\0') ++badNames;
+        }
+        CHtmlMiscDataMgr::GetSysFont("DejaVu Sans");
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(badNames.load(), 0);
+}
+
+}  // namespace
+}  // namespace telvanix

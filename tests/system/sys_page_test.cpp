@@ -1,0 +1,240 @@
+#include "telvanix/system/sys_page.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdint>
+#include <cstring>
+
+namespace telvanix {
+namespace {
+
+void ExpectRect(const RECT& r, LONG left, LONG top, LONG right, LONG bottom) {
+  EXPECT_EQ(r.left, left);
+  EXPECT_EQ(r.top, top);
+  EXPECT_EQ(r.right, right);
+  EXPECT_EQ(r.bottom, bottom);
+}
+
+PAGESETUPDLGA MakeRecord(DWORD flags, LONG width, LONG height) {
+  PAGESETUPDLGA record;
+  std::memset(&record, 0, sizeof(record));
+  record.lStructSize = sizeof(record);
+  record.Flags = flags;
+  record.ptPaperSize = POINT{width, height};
+  return record;
+}
+
+// A printer-mode block as a driver hands it over.
+HGLOBAL MakeDevMode(SHORT orientation, const char* formName) {
+  HGLOBAL block = GlobalAlloc(GHND, sizeof(DEVMODEA));
+  auto* mode = static_cast<DEVMODEA*>(GlobalLock(block));
+  mode->dmSize = sizeof(DEVMODEA);
+  mode->dmOrientation = orientation;
+  std::strncpy(reinterpret_cast<char*>(mode->dmFormName), formName, CCHFORMNAME);
+  std::memset(mode->dmDeviceName, 'D', sizeof(mode->dmDeviceName));
+  mode->dmPanningWidth = 0xABCDEF;  // beyond the 148 kept bytes
+  GlobalUnlock(block);
+  return block;
+}
+
+TEST(CSysPageTest, NewPageIsEmpty) {
+  CSysPage page;
+  EXPECT_EQ(page.GetPageSource(), CSysPage::PAGE_SOURCE_UNSET);
+  EXPECT_STREQ(page.GetPageName(), "");
+  EXPECT_EQ(page.GetPageWidth(), 0);
+  EXPECT_EQ(page.GetPageHeight(), 0);
+  ExpectRect(page.GetPageMargin(), 0, 0, 0, 0);
+  ExpectRect(page.GetPageMinMargin(), 0, 0, 0, 0);
+  EXPECT_EQ(page.IsLandScape(), 0);
+}
+
+TEST(CSysPageTest, DefaultLetterInTwips) {
+  CSysPage page;
+  ASSERT_EQ(page.SetAsDefaultLetter(), 1);
+  EXPECT_EQ(page.GetPageSource(), CSysPage::PAGE_SOURCE_DEFAULT_LETTER);
+  EXPECT_EQ(page.GetPageWidth(), 12240);
+  EXPECT_EQ(page.GetPageHeight(), 15840);
+  ExpectRect(page.GetPageMargin(), 1800, 1440, 1800, 1440);
+  ExpectRect(page.GetPageMinMargin(), 0, 0, 0, 0);
+  EXPECT_STREQ(page.GetPageName(), "Letter");
+  EXPECT_EQ(page.IsLandScape(), 0);
+  // Asking again gives the same page.
+  ASSERT_EQ(page.SetAsDefaultLetter(), 1);
+  EXPECT_EQ(page.GetPageWidth(), 12240);
+}
+
+TEST(CSysPageTest, DefaultLetterClearsAnEarlierPrinterSetup) {
+  PAGESETUPDLGA record = MakeRecord(PSD_INTHOUSANDTHSOFINCHES, 11000, 8500);
+  record.rtMinMargin = RECT{250, 250, 250, 250};
+  record.hDevMode = MakeDevMode(DMORIENT_LANDSCAPE, "Tabloid");
+  CSysPage page;
+  page.SetAsPageSetupDlg(&record);
+  ASSERT_EQ(page.IsLandScape(), 1);
+  page.SetAsDefaultLetter();
+  EXPECT_EQ(page.IsLandScape(), 0);
+  EXPECT_STREQ(page.GetPageName(), "Letter");
+  ExpectRect(page.GetPageMinMargin(), 0, 0, 0, 0);
+  for (int i = 0; i < CSysPage::ms_nPrinterModeSize; ++i) {
+    ASSERT_EQ(page.GetPrinterMode()[i], 0) << "byte " << i;
+  }
+  GlobalFree(record.hDevMode);
+}
+
+TEST(CSysPageTest, RecordUnitsConvertToTwips) {
+  // Hundredths of a millimetre, through the single-precision factors; a
+  // double-precision product would give 12003 for 21172.
+  PAGESETUPDLGA metric = MakeRecord(PSD_INHUNDREDTHSOFMILLIMETERS, 21590, 21172);
+  metric.rtMargin = RECT{2540, 2540, 2540, 2540};
+  CSysPage page;
+  ASSERT_EQ(page.SetAsPageSetupDlg(&metric), 1);
+  EXPECT_EQ(page.GetPageSource(), CSysPage::PAGE_SOURCE_PAGE_SETUP);
+  EXPECT_EQ(page.GetPageWidth(), 12239);
+  EXPECT_EQ(page.GetPageHeight(), 12002);
+  ExpectRect(page.GetPageMargin(), 1439, 1439, 1439, 1439);
+
+  PAGESETUPDLGA inches = MakeRecord(PSD_INTHOUSANDTHSOFINCHES, 8500, 11000);
+  inches.rtMargin = RECT{1000, 500, 1250, 0};
+  inches.rtMinMargin = RECT{-1000, 1, 2, 3};
+  ASSERT_EQ(page.SetAsPageSetupDlg(&inches), 1);
+  EXPECT_EQ(page.GetPageWidth(), 12240);
+  EXPECT_EQ(page.GetPageHeight(), 15840);
+  ExpectRect(page.GetPageMargin(), 1440, 720, 1800, 0);
+  ExpectRect(page.GetPageMinMargin(), -1440, 1, 2, 4);
+
+  // Both unit flags: thousandths of an inch win.
+  PAGESETUPDLGA both = MakeRecord(PSD_INTHOUSANDTHSOFINCHES | PSD_INHUNDREDTHSOFMILLIMETERS, 8500, 11000);
+  page.SetAsPageSetupDlg(&both);
+  EXPECT_EQ(page.GetPageWidth(), 12240);
+
+  // No unit flag: only scaled by a thousandth, deliberately.
+  PAGESETUPDLGA bare = MakeRecord(0, 21590, 999);
+  page.SetAsPageSetupDlg(&bare);
+  EXPECT_EQ(page.GetPageWidth(), 21);
+  EXPECT_EQ(page.GetPageHeight(), 0);
+}
+
+TEST(CSysPageTest, TwipsConvertBackByTheRecordUnit) {
+  EXPECT_EQ(CSysPage::TwipsToPageSetupUnit(1440, PSD_INTHOUSANDTHSOFINCHES), 1000);
+  EXPECT_EQ(CSysPage::TwipsToPageSetupUnit(1800, PSD_INTHOUSANDTHSOFINCHES), 1250);
+  EXPECT_EQ(CSysPage::TwipsToPageSetupUnit(12239, PSD_INTHOUSANDTHSOFINCHES), 8499);
+  // A double-precision factor would give 7015.
+  EXPECT_EQ(CSysPage::TwipsToPageSetupUnit(3977, PSD_INHUNDREDTHSOFMILLIMETERS), 7014);
+  EXPECT_EQ(CSysPage::TwipsToPageSetupUnit(12239, PSD_INHUNDREDTHSOFMILLIMETERS), 21588);
+  EXPECT_EQ(CSysPage::TwipsToPageSetupUnit(-1440, PSD_INTHOUSANDTHSOFINCHES), -1000);
+  EXPECT_EQ(CSysPage::TwipsToPageSetupUnit(7, 0), 7000);
+}
+
+TEST(CSysPageTest, FillingARecordAddsInchesOnlyWithoutAUnit) {
+  CSysPage page;
+  PAGESETUPDLGA metric = MakeRecord(PSD_INHUNDREDTHSOFMILLIMETERS, 21590, 27940);
+  page.SetAsPageSetupDlg(&metric);
+  ASSERT_EQ(page.GetPageWidth(), 12239);
+
+  PAGESETUPDLGA none = MakeRecord(PSD_MARGINS, 0, 0);
+  ASSERT_EQ(page.FillPageSetupDlgSizeAndMargin(none), 1);
+  EXPECT_EQ(none.Flags, PSD_MARGINS | PSD_INTHOUSANDTHSOFINCHES);
+  EXPECT_EQ(none.ptPaperSize.x, 8499);
+
+  PAGESETUPDLGA mm = MakeRecord(PSD_INHUNDREDTHSOFMILLIMETERS, 0, 0);
+  page.FillPageSetupDlgSizeAndMargin(mm);
+  EXPECT_EQ(mm.Flags, PSD_INHUNDREDTHSOFMILLIMETERS);
+  EXPECT_EQ(mm.ptPaperSize.x, 21588);
+
+  PAGESETUPDLGA both = MakeRecord(PSD_INHUNDREDTHSOFMILLIMETERS | PSD_INTHOUSANDTHSOFINCHES, 0, 0);
+  page.FillPageSetupDlgSizeAndMargin(both);
+  EXPECT_EQ(both.Flags, PSD_INHUNDREDTHSOFMILLIMETERS | PSD_INTHOUSANDTHSOFINCHES);
+  EXPECT_EQ(both.ptPaperSize.x, 8499);
+
+  CSysPage letter;
+  letter.SetAsDefaultLetter();
+  PAGESETUPDLGA out = MakeRecord(0, 0, 0);
+  out.rtMinMargin = RECT{9, 9, 9, 9};
+  letter.FillPageSetupDlgSizeAndMargin(out);
+  EXPECT_EQ(out.ptPaperSize.x, 8500);
+  EXPECT_EQ(out.ptPaperSize.y, 11000);
+  ExpectRect(out.rtMargin, 1250, 1000, 1250, 1000);
+  ExpectRect(out.rtMinMargin, 0, 0, 0, 0);
+}
+
+TEST(CSysPageTest, PrinterModeGivesNameOrientationAndFirstBytes) {
+  PAGESETUPDLGA record = MakeRecord(PSD_INHUNDREDTHSOFMILLIMETERS, 42000, 29700);
+  record.hDevMode = MakeDevMode(DMORIENT_LANDSCAPE, "A3");
+  record.hDevNames = GlobalAlloc(GHND, sizeof(DEVNAMES) + 20);
+  auto* names = static_cast<DEVNAMES*>(GlobalLock(record.hDevNames));
+  *names = DEVNAMES{8, 12, 16, DN_DEFAULTPRN};
+  GlobalUnlock(record.hDevNames);
+
+  CSysPage page;
+  ASSERT_EQ(page.SetAsPageSetupDlg(&record), 1);
+  EXPECT_EQ(page.IsLandScape(), 1);
+  EXPECT_STREQ(page.GetPageName(), "A3");
+  const auto* mode = static_cast<const BYTE*>(GlobalLock(record.hDevMode));
+  EXPECT_EQ(std::memcmp(page.GetPrinterMode(), mode, CSysPage::ms_nPrinterModeSize), 0);
+  GlobalUnlock(record.hDevMode);
+  DEVNAMES header;
+  std::memcpy(&header, page.GetPrinterNamesHeader(), sizeof(header));
+  EXPECT_EQ(header.wDriverOffset, 8);
+  EXPECT_EQ(header.wOutputOffset, 16);
+  EXPECT_EQ(header.wDefault, DN_DEFAULTPRN);
+
+  CSysPage copy;
+  ASSERT_EQ(copy.Copy(&page), 1);
+  EXPECT_EQ(copy.IsLandScape(), 1);
+  EXPECT_STREQ(copy.GetPageName(), "A3");
+  EXPECT_EQ(copy.GetPageWidth(), page.GetPageWidth());
+  EXPECT_EQ(std::memcmp(copy.GetPrinterNamesHeader(), page.GetPrinterNamesHeader(), 8), 0);
+  EXPECT_EQ(copy.Copy(nullptr), 0);
+  EXPECT_STREQ(copy.GetPageName(), "A3");
+
+  // Portrait from the same kind of record is not landscape.
+  PAGESETUPDLGA portrait = MakeRecord(PSD_INHUNDREDTHSOFMILLIMETERS, 29700, 42000);
+  portrait.hDevMode = MakeDevMode(DMORIENT_PORTRAIT, "A3");
+  page.SetAsPageSetupDlg(&portrait);
+  EXPECT_EQ(page.IsLandScape(), 0);
+
+  GlobalFree(record.hDevMode);
+  GlobalFree(record.hDevNames);
+  GlobalFree(portrait.hDevMode);
+}
+
+TEST(CSysPageTest, ShortForeignOrFreedBlocksAreSafe) {
+  CSysPage page;
+  EXPECT_EQ(page.SetAsPageSetupDlg(nullptr), 0);
+  EXPECT_EQ(page.GetPageSource(), CSysPage::PAGE_SOURCE_UNSET);
+
+  // A 50-byte printer mode: its orientation is there, its form name is not.
+  PAGESETUPDLGA shortMode = MakeRecord(PSD_INTHOUSANDTHSOFINCHES, 8500, 11000);
+  shortMode.hDevMode = GlobalAlloc(GHND, 50);
+  auto* bytes = static_cast<BYTE*>(GlobalLock(shortMode.hDevMode));
+  SHORT landscape = DMORIENT_LANDSCAPE;
+  std::memcpy(bytes + offsetof(DEVMODEA, dmOrientation), &landscape, sizeof(landscape));
+  GlobalUnlock(shortMode.hDevMode);
+  shortMode.hDevNames = GlobalAlloc(GHND, 3);
+  ASSERT_EQ(page.SetAsPageSetupDlg(&shortMode), 1);
+  EXPECT_EQ(page.IsLandScape(), 1);
+  EXPECT_EQ(page.GetPrinterMode()[60], 0);
+  GlobalFree(shortMode.hDevMode);
+  GlobalFree(shortMode.hDevNames);
+
+  // A handle that never came from GlobalAlloc, and one already freed.
+  DEVMODEA local{};
+  PAGESETUPDLGA foreign = MakeRecord(PSD_INTHOUSANDTHSOFINCHES, 8500, 11000);
+  foreign.hDevMode = reinterpret_cast<HGLOBAL>(&local);
+  foreign.hDevNames = shortMode.hDevNames;
+  EXPECT_EQ(page.SetAsPageSetupDlg(&foreign), 1);
+  EXPECT_EQ(page.GetPageWidth(), 12240);
+
+  // Extreme lengths saturate instead of overflowing.
+  PAGESETUPDLGA huge = MakeRecord(PSD_INTHOUSANDTHSOFINCHES, INT_MAX, INT_MIN);
+  page.SetAsPageSetupDlg(&huge);
+  EXPECT_EQ(page.GetPageWidth(), INT_MAX);
+  EXPECT_EQ(page.GetPageHeight(), INT_MIN);
+  PAGESETUPDLGA back = MakeRecord(0, 0, 0);
+  page.FillPageSetupDlgSizeAndMargin(back);
+  EXPECT_EQ(back.ptPaperSize.x, 1491308124);
+  EXPECT_EQ(CSysPage::TwipsToPageSetupUnit(INT_MAX, 0), static_cast<LONG>(static_cast<std::uint32_t>(INT_MAX) * 1000u));
+}
+
+}  // namespace
+}  // namespace telvanix
