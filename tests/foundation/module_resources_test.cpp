@@ -1,0 +1,177 @@
+#include "telvanix/foundation/module_resources.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+using namespace telvanix;
+
+namespace {
+
+std::string DefaultStyleSheet() {
+  CByteString bytes;
+  if (!LoadBinaryResource(&bytes, MAKEINTRESOURCE(4001), nullptr)) return std::string();
+  return std::string(static_cast<const char*>(bytes), static_cast<size_t>(bytes.GetLength()));
+}
+
+}  // namespace
+
+TEST(LoadBinaryResource, DefaultStyleSheetSizeAndLineEnds) {
+  const std::string css = DefaultStyleSheet();
+  ASSERT_EQ(css.size(), 2089u);
+  size_t lines = 0;
+  for (size_t i = 0; i < css.size(); ++i) {
+    if (css[i] == '\n') {
+      ASSERT_GT(i, 0u);
+      EXPECT_EQ(css[i - 1], '\r') << "bare LF at " << i;
+      ++lines;
+    } else if (css[i] == '\r') {
+      ASSERT_LT(i + 1, css.size());
+      EXPECT_EQ(css[i + 1], '\n') << "bare CR at " << i;
+    }
+  }
+  EXPECT_GT(lines, 55u);
+  EXPECT_EQ(css.substr(css.size() - 2), "\r\n");
+  EXPECT_EQ(css.find('\0'), std::string::npos);
+}
+
+TEST(LoadBinaryResource, DefaultStyleSheetRulesInOrder) {
+  const std::string css = DefaultStyleSheet();
+  // (group comment, selector, declarations as stored)
+  const std::vector<std::pair<std::string, std::string>> expected = {
+      {"BODY", "font-family:\"Times New Roman\"; font-size:12pt; margin-top : 2; margin-bottom : 2;"},
+      {"TT", "font-family :\"system\";"}, {"I", "font-style: italic;"}, {"B", "font-weight: bold;"},
+      {"U", "text-decoration: underline;"}, {"S", "text-decoration: line-through;"},
+      {"STRIKE", "text-decoration: line-through;"}, {"BIG", "font-size: 14pt;"}, {"SMALL", "font-size: 10pt;"},
+      {"STRONG", "font-weight: bold;"}, {"CODE", "font-family:\"Courier New\";"},
+      {"SAMPLE", "font-family:\"Courier New\";"}, {"KDB", "font-family:\"Courier New\";"},
+      {"VAR", "font-family:\"Courier New\"; font-style : italic;"}, {"ACRONYM", "font-family:\"Courier New\";"},
+      {"EM", "font-style : italic;"}, {"CITE", "font-style : italic;"}, {"DFN", "font-style : italic;"},
+      {"A", "color : blue ;"}, {"A:link", "color: blue;"}, {"A:visted", "color: red;"},
+      {"A:actived", "color: lime;"}, {"SUB", "vertical-align: sub;"}, {"SUP", "vertical-align: super;"},
+      {"P", ""}, {"DL", "margin-left : 20;"}, {"BLOCKQUOTE", "margin-left : 20;"},
+      {"CENTER", "text-align : center;"}, {"ADDRESS", "font-style : italic;"},
+      {"H1", "font-size : 14.0pt; font-weight : bold;  margin-top : 12;  margin-bottom : 12;"},
+      {"H2", "font-size : 12.0pt; font-weight : bold;  margin-top : 10;  margin-bottom : 10;"},
+      {"H3", "font-size : 10.0pt; font-weight : bold;  margin-top : 8;   margin-bottom : 8;"},
+      {"H4", "font-size : 10.0pt; font-weight : bold;  margin-top : 6;   margin-bottom : 6;"},
+      {"H5", "font-size : 10.0pt; font-weight : bold;  margin-top : 5;   margin-bottom : 5;"},
+      {"H6", "font-size : 10.0pt; font-weight : bold;  margin-top : 4;   margin-bottom : 4;"},
+      {"UL", "list-style-type : disc;"}, {"OL", "list-style-type : decimal;"}, {"DIR", "list-style-type : none;"},
+      {"MENU", "list-style-type : upper-alpha;"}, {"PRE", "font-family :\"Courier New\"; font-size :10.0pt;"},
+      {"XMP", "font-family :\"Courier New\";"}, {"LISTING", "font-family :\"Courier New\"; font-size : 8.0pt;"},
+      {"PLAINTEXT", "font-family :\"Courier New\";"}, {"DT", "margin-left :-20;"}, {"DD", "margin-left : 20;"},
+  };
+  const std::vector<std::string> comments = {
+      "/* Document */", "/* inine font */", "/* inline pharse */", "/* Tarnwick reserved pharse for DHTML */",
+      "/*inine special */", "/* Block: Paragraph */", "/* Block Heading */", "/* Block list */",
+      "/* Block preformat */", "/*Block embedded*/"};
+
+  std::vector<std::pair<std::string, std::string>> rules;
+  std::vector<std::string> seenComments;
+  size_t blankLines = 0;
+  for (size_t pos = 0; pos < css.size();) {
+    const size_t eol = css.find("\r\n", pos);
+    ASSERT_NE(eol, std::string::npos);
+    std::string line = css.substr(pos, eol - pos);
+    pos = eol + 2;
+    while (!line.empty() && line.back() == ' ') line.pop_back();
+    if (line.empty()) {
+      ++blankLines;
+    } else if (line.rfind("/*", 0) == 0) {
+      seenComments.push_back(line);
+    } else {
+      const size_t open = line.find('{');
+      const size_t close = line.rfind('}');
+      ASSERT_NE(open, std::string::npos) << line;
+      ASSERT_NE(close, std::string::npos) << line;
+      std::string selector = line.substr(0, open);
+      while (!selector.empty() && selector.back() == ' ') selector.pop_back();
+      std::string body = line.substr(open + 1, close - open - 1);
+      while (!body.empty() && body.front() == ' ') body.erase(0, 1);
+      while (!body.empty() && body.back() == ' ') body.pop_back();
+      rules.emplace_back(selector, body);
+    }
+  }
+  EXPECT_EQ(rules, expected);
+  EXPECT_EQ(seenComments, comments);
+  EXPECT_GE(blankLines, 9u);  // the groups are set apart
+}
+
+TEST(LoadBinaryResource, NamesAndFailures) {
+  CByteString bytes;
+  EXPECT_EQ(LoadBinaryResource(&bytes, "#4001", nullptr), 1);
+  EXPECT_EQ(bytes.GetLength(), 2089);
+  EXPECT_EQ(LoadBinaryResource(&bytes, MAKEINTRESOURCE(4001), "Telvanix.DLL"), 1);
+
+  CByteString kept;
+  kept = "untouched";
+  EXPECT_EQ(LoadBinaryResource(&kept, MAKEINTRESOURCE(4002), nullptr), 0);
+  EXPECT_EQ(LoadBinaryResource(&kept, "#40011", nullptr), 0);
+  EXPECT_EQ(LoadBinaryResource(&kept, "DEFAULT", nullptr), 0);
+  EXPECT_EQ(LoadBinaryResource(&kept, "#", nullptr), 0);
+  EXPECT_EQ(LoadBinaryResource(&kept, nullptr, nullptr), 0);
+  EXPECT_EQ(LoadBinaryResource(&kept, MAKEINTRESOURCE(4001), "kernel32.dll"), 0);
+  EXPECT_EQ(LoadBinaryResource(&kept, MAKEINTRESOURCE(4001), ""), 0);
+  EXPECT_EQ(kept.Compare("untouched"), 0);
+  EXPECT_EQ(LoadBinaryResource(nullptr, MAKEINTRESOURCE(4001), nullptr), 0);
+}
+
+TEST(LoadStringResource, Texts) {
+  CString s;
+  EXPECT_EQ(LoadStringResource(&s, 3000, nullptr), 1);
+  EXPECT_EQ(s, "Letter");
+  EXPECT_EQ(LoadStringResource(&s, 3001, "telvanix.dll"), 1);
+  EXPECT_EQ(s, "Arial");
+  EXPECT_EQ(LoadStringResource(&s, 3003, nullptr), 1);
+  EXPECT_EQ(s, " CITE.expandspot { font-style : normal;\n\t\tcolor : green;\n\t\tcursor: hand;}\n");
+  EXPECT_EQ(LoadStringResource(&s, 3014, nullptr), 1);
+  EXPECT_EQ(s, " .mvd-DFN-glosscollapsed { font-style : italic;\n\t\tfont-weight : normal;\n\t\tdisplay : 'none';"
+               "\n\t\tcolor : blue;}\n");
+  EXPECT_EQ(LoadStringResource(&s, 3017, nullptr), 1);
+  EXPECT_EQ(s, "QZTXDHTM.css");
+  EXPECT_EQ(LoadStringResource(&s, 3018, nullptr), 1);
+  EXPECT_EQ(s, "The following file needs to be writable:\n\n\"\"%s\"\"\n\nWould you like to make this file writable?");
+  EXPECT_EQ(LoadStringResource(&s, 3019, nullptr), 1);
+  EXPECT_EQ(s, "Unable to make the file\n\n\"\"%s\"\"\n\nwritable.");
+  EXPECT_EQ(LoadStringResource(&s, 3020, nullptr), 1);
+  EXPECT_EQ(s, "The \"Special Effects\" component is not\nproperly installed.  Please reinstall and try again.");
+}
+
+TEST(LoadStringResource, EveryIdBelowThe255Limit) {
+  for (UINT id = 3000; id <= 3020; ++id) {
+    CString s;
+    EXPECT_EQ(LoadStringResource(&s, id, nullptr), 1) << id;
+    EXPECT_LE(s.GetLength(), 255) << id;
+    EXPECT_EQ(s.IsEmpty(), id == 3002) << id;
+  }
+}
+
+TEST(LoadStringResource, MissingIdsAndModules) {
+  CString s("before");
+  EXPECT_EQ(LoadStringResource(&s, 3002, nullptr), 1);  // no such string: loads nothing
+  EXPECT_TRUE(s.IsEmpty());
+  s = "before";
+  EXPECT_EQ(LoadStringResource(&s, 4001, nullptr), 1);
+  EXPECT_TRUE(s.IsEmpty());
+  s = "before";
+  EXPECT_EQ(LoadStringResource(&s, 3000, "other.dll"), 0);
+  EXPECT_EQ(s, "before");
+  EXPECT_EQ(LoadStringResource(&s, 3000, "telvanix"), 0);
+  EXPECT_EQ(s, "before");
+  EXPECT_EQ(LoadStringResource(nullptr, 3000, nullptr), 0);
+}
+
+TEST(ModuleNames, TheObjectsOwnFileNameAnswers) {
+  const CString path = GetModuleFileNameOfLibrary();
+  ASSERT_FALSE(path.IsEmpty());
+  const CString fileName = path.Mid(path.ReverseFind('/') + 1);
+  CString s;
+  EXPECT_EQ(LoadStringResource(&s, 3001, fileName), 1);
+  EXPECT_EQ(s, "Arial");
+  EXPECT_EQ(LoadStringResource(&s, 3000, path), 1);
+  EXPECT_EQ(s, "Letter");
+  EXPECT_EQ(LoadStringResource(&s, 3000, fileName + ".bak"), 0);
+}

@@ -1,0 +1,260 @@
+#include "telvanix/foundation/path_utils.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "telvanix/platform/code_page.h"
+
+using namespace telvanix;
+
+namespace {
+
+struct Parts {
+  char drive[kMaxDrive], dir[kMaxDir], fname[kMaxFname], ext[kMaxExt];
+};
+
+Parts SplitAll(const char* path) {
+  Parts p;
+  SplitPath(path, p.drive, p.dir, p.fname, p.ext);
+  return p;
+}
+
+// Runs a test body under another active code page.
+class CodePageScope {
+ public:
+  explicit CodePageScope(UINT cp) : m_previous(SetActiveCodePage(cp)) {}
+  ~CodePageScope() { SetActiveCodePage(m_previous); }
+
+ private:
+  UINT m_previous;
+};
+
+}  // namespace
+
+TEST(SplitPath, Parts) {
+  Parts p = SplitAll("C:\\a\\b\\x.tar.gz");
+  EXPECT_STREQ(p.drive, "C:");
+  EXPECT_STREQ(p.dir, "\\a\\b\\");
+  EXPECT_STREQ(p.fname, "x.tar");
+  EXPECT_STREQ(p.ext, ".gz");
+  p = SplitAll("dir.d/page");
+  EXPECT_STREQ(p.drive, "");
+  EXPECT_STREQ(p.dir, "dir.d/");
+  EXPECT_STREQ(p.fname, "page");
+  EXPECT_STREQ(p.ext, "");
+  p = SplitAll(".hidden");
+  EXPECT_STREQ(p.fname, "");
+  EXPECT_STREQ(p.ext, ".hidden");
+  p = SplitAll("");
+  EXPECT_STREQ(p.dir, "");
+  SplitPath("a\\b.c", nullptr, nullptr, nullptr, p.ext);
+  EXPECT_STREQ(p.ext, ".c");
+  p = SplitAll(nullptr);
+  EXPECT_STREQ(p.fname, "");
+}
+
+TEST(SplitPath, LongPartsAreCut) {
+  const std::string longName(600, 'n');
+  const std::string path = "C:\\" + longName + "\\" + longName + "." + longName;
+  Parts p = SplitAll(path.c_str());
+  EXPECT_EQ(std::string(p.dir).size(), static_cast<size_t>(kMaxDir - 1));
+  EXPECT_EQ(std::string(p.fname), std::string(kMaxFname - 1, 'n'));
+  EXPECT_EQ(std::string(p.ext).size(), static_cast<size_t>(kMaxExt - 1));
+}
+
+TEST(SplitPath, TrailByteIsNotASeparator) {
+  // 0x95 0x5C is one character in code page 932; its second byte is "\".
+  const char* path = "ab\x95\x5C";
+  {
+    CodePageScope cp(932);
+    Parts p = SplitAll(path);
+    EXPECT_STREQ(p.dir, "");
+    EXPECT_STREQ(p.fname, path);
+  }
+  Parts p = SplitAll(path);
+  EXPECT_STREQ(p.dir, path);
+  EXPECT_STREQ(p.fname, "");
+}
+
+TEST(ChangeSlashInPath, BothWays) {
+  char text[] = "a/b\\c/d";
+  EXPECT_EQ(ChangeSlashInPath(text, TRUE), 1);
+  EXPECT_STREQ(text, "a\\b\\c\\d");
+  EXPECT_EQ(ChangeSlashInPath(text, FALSE), 1);
+  EXPECT_STREQ(text, "a/b/c/d");
+  EXPECT_EQ(ChangeSlashInPath(static_cast<char*>(nullptr), TRUE), 1);
+  CString s("x\\y");
+  EXPECT_EQ(ChangeSlashInPath(s, FALSE), 1);
+  EXPECT_EQ(s, "x/y");
+  CString empty;
+  EXPECT_EQ(ChangeSlashInPath(empty, FALSE), 1);
+  CodePageScope cp(932);
+  char dbcs[] = "\x95\x5C\\z";
+  ChangeSlashInPath(dbcs, FALSE);
+  EXPECT_STREQ(dbcs, "\x95\x5C/z");
+}
+
+TEST(SplitUrlAndBookMark, Cases) {
+  char address[kMaxBookmark], bookmark[kMaxBookmark];
+  EXPECT_EQ(SplitUrlAndBookMark("page.htm#top#x", address, bookmark), 1);
+  EXPECT_STREQ(address, "page.htm");
+  EXPECT_STREQ(bookmark, "#top#x");
+  EXPECT_EQ(SplitUrlAndBookMark("page.htm", address, bookmark), 1);
+  EXPECT_STREQ(address, "page.htm");
+  EXPECT_STREQ(bookmark, "");
+  EXPECT_EQ(SplitUrlAndBookMark("#only", address, nullptr), 1);
+  EXPECT_STREQ(address, "");
+  EXPECT_EQ(SplitUrlAndBookMark(nullptr, address, bookmark), 0);
+  const std::string longUrl = std::string(400, 'u') + "#" + std::string(400, 'b');
+  EXPECT_EQ(SplitUrlAndBookMark(longUrl.c_str(), address, bookmark), 1);
+  EXPECT_EQ(std::string(address), std::string(kMaxBookmark - 1, 'u'));
+  EXPECT_EQ(std::string(bookmark).size(), static_cast<size_t>(kMaxBookmark - 1));
+  EXPECT_EQ(bookmark[0], '#');
+}
+
+TEST(SplitPathAndBookMark, OnlyTopicsHaveBookmarks) {
+  char drive[kMaxDrive], folder[kMaxDir], name[kMaxFname], ext[kMaxExt], bookmark[kMaxBookmark];
+  EXPECT_EQ(SplitPathAndBookMark("dir\\page.htm#top", drive, folder, name, ext, bookmark), 1);
+  EXPECT_STREQ(folder, "dir\\");
+  EXPECT_STREQ(name, "page");
+  EXPECT_STREQ(ext, ".htm");
+  EXPECT_STREQ(bookmark, "#top");
+  EXPECT_EQ(SplitPathAndBookMark("C:/d/Page.HTML#b", drive, folder, name, ext, bookmark), 1);
+  EXPECT_STREQ(drive, "C:");
+  EXPECT_STREQ(ext, ".HTML");
+  EXPECT_STREQ(bookmark, "#b");
+  EXPECT_EQ(SplitPathAndBookMark("pic.gif#x", drive, folder, name, ext, bookmark), 1);
+  EXPECT_STREQ(name, "pic");
+  EXPECT_STREQ(ext, ".gif#x");
+  EXPECT_STREQ(bookmark, "");
+  EXPECT_EQ(SplitPathAndBookMark("a.b#c.d", nullptr, nullptr, name, ext, nullptr), 1);
+  EXPECT_STREQ(name, "a.b#c");
+  EXPECT_STREQ(ext, ".d");
+  EXPECT_EQ(SplitPathAndBookMark(nullptr, drive, folder, name, ext, bookmark), 0);
+}
+
+TEST(GetNormalizedFullPathName, AgainstABase) {
+  EXPECT_EQ(GetNormalizedFullPathName("x.gif", "C:\\a\\b\\t.htm"), "C:\\a\\b\\x.gif");
+  EXPECT_EQ(GetNormalizedFullPathName("..\\img\\x.gif", "C:\\a\\b\\t.htm"), "C:\\a\\img\\x.gif");
+  EXPECT_EQ(GetNormalizedFullPathName("../img/./x.gif", "C:\\a\\b\\t.htm"), "C:\\a\\img\\x.gif");
+  EXPECT_EQ(GetNormalizedFullPathName("../img/./x.gif", "/home/u/p/t.htm"), "/home/u/img/x.gif");
+  EXPECT_EQ(GetNormalizedFullPathName("..\\..\\..\\..\\x", "C:\\a\\t.htm"), "C:\\x");
+  EXPECT_EQ(GetNormalizedFullPathName("sub//y.htm", "/p/t.htm"), "/p/sub/y.htm");
+  // Rooted names ignore the base.
+  EXPECT_EQ(GetNormalizedFullPathName("/abs/x.htm", "C:\\a\\t.htm"), "/abs/x.htm");
+  EXPECT_EQ(GetNormalizedFullPathName("D:\\q\\..\\r.htm", "C:\\a\\t.htm"), "D:\\r.htm");
+  EXPECT_EQ(GetNormalizedFullPathName("C:/a/b/../c/", nullptr), "C:\\a\\c\\");
+  EXPECT_EQ(GetNormalizedFullPathName("\\\\srv\\share\\..\\..\\x", nullptr), "\\\\srv\\share\\x");
+}
+
+TEST(GetNormalizedFullPathName, WithoutBaseUsesTheCurrentFolder) {
+  char cwd[4096];
+  ASSERT_NE(getcwd(cwd, sizeof(cwd)), nullptr);
+  const std::string here(cwd);
+  if (here.size() + 12 < static_cast<size_t>(kMaxPath)) {
+    EXPECT_EQ(GetNormalizedFullPathName("x\\..\\y.htm", nullptr), (here == "/" ? "" : here) + "/y.htm");
+    EXPECT_EQ(GetNormalizedFullPathName("y.htm", ""), (here == "/" ? "" : here) + "/y.htm");
+  }
+}
+
+TEST(GetNormalizedFullPathName, NullAndOverLong) {
+  EXPECT_TRUE(GetNormalizedFullPathName(nullptr, "C:\\a\\t.htm").IsEmpty());
+  const std::string fits = "C:\\" + std::string(kMaxPath - 4, 'a');  // 259 characters
+  EXPECT_EQ(GetNormalizedFullPathName(fits.c_str(), nullptr), fits.c_str());
+  const std::string tooLong = fits + "b";
+  EXPECT_TRUE(GetNormalizedFullPathName(tooLong.c_str(), nullptr).IsEmpty());
+  const std::string shrinking = "C:\\" + std::string(300, 'a') + "\\..\\b";
+  EXPECT_EQ(GetNormalizedFullPathName(shrinking.c_str(), nullptr), "C:\\b");
+}
+
+TEST(GetRelativePathNameByFilePathNames, Cases) {
+  EXPECT_EQ(GetRelativePathNameByFilePathNames("C:\\a\\b\\img\\x.gif", "C:\\a\\b\\topics\\t.htm"), "..\\img\\x.gif");
+  EXPECT_EQ(GetRelativePathNameByFilePathNames("D:\\a\\b\\img\\x.gif", "C:\\a\\b\\topics\\t.htm"),
+            "D:\\a\\b\\img\\x.gif");
+  EXPECT_EQ(GetRelativePathNameByFilePathNames("c:\\A\\B\\img\\x.gif", "C:\\a\\b\\topics\\t.htm"), "..\\img\\x.gif");
+  EXPECT_EQ(GetRelativePathNameByFilePathNames("C:\\a\\x.gif", "C:\\a\\t.htm"), "x.gif");
+  EXPECT_EQ(GetRelativePathNameByFilePathNames("C:\\a\\sub\\x.gif", "C:\\a\\t.htm"), "sub\\x.gif");
+  EXPECT_EQ(GetRelativePathNameByFilePathNames("/a/b/img/x.gif", "/a/b/topics/sub/t.htm"), "../../img/x.gif");
+  // The ".." takes the separator the base folder uses at that place.
+  EXPECT_EQ(GetRelativePathNameByFilePathNames("C:\\a\\x.gif", "C:\\a\\t1/t2\\t.htm"), "../..\\x.gif");
+  EXPECT_EQ(GetRelativePathNameByFilePathNames("x.gif", "C:\\a\\t.htm"), "x.gif");
+  EXPECT_TRUE(GetRelativePathNameByFilePathNames(nullptr, "C:\\a\\t.htm").IsEmpty());
+  EXPECT_EQ(GetRelativePathNameByFilePathNames("C:\\x.gif", nullptr), "C:\\x.gif");
+}
+
+class FileSystemTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/tvx_paths_XXXXXX";
+    ASSERT_NE(mkdtemp(pattern), nullptr);
+    m_root = pattern;
+    Write("a.htm", "hello");
+    Write("b.HTM", "");
+    Write("c.txt", "x");
+    Write("noext", "x");
+    mkdir((m_root + "/Sub").c_str(), 0755);
+    Write("Sub/d.htm", "12");
+    mkdir((m_root + "/.hidden").c_str(), 0755);
+    Write(".hidden/e.htm", "1");
+  }
+  void TearDown() override {
+    const std::string cmd = "rm -rf '" + m_root + "'";
+    ASSERT_EQ(std::system(cmd.c_str()), 0);
+  }
+  void Write(const std::string& rel, const std::string& body) {
+    std::ofstream(m_root + "/" + rel, std::ios::binary) << body;
+  }
+  static std::vector<std::string> Names(const CStringList& list) {
+    std::vector<std::string> out;
+    for (POSITION pos = list.GetHeadPosition(); pos;) out.push_back(list.GetNext(pos).str());
+    return out;
+  }
+  std::string m_root;
+};
+
+TEST_F(FileSystemTest, ExistenceAndLength) {
+  EXPECT_TRUE(IsExistingFile((m_root + "/a.htm").c_str()));
+  EXPECT_TRUE(IsExistingFile((m_root + "/Sub").c_str()));
+  EXPECT_TRUE(IsExistingFile((m_root + "\\SUB\\D.HTM").c_str()));  // case-blind, backslashes
+  EXPECT_FALSE(IsExistingFile((m_root + "/missing.htm").c_str()));
+  EXPECT_FALSE(IsExistingFile(""));
+  EXPECT_FALSE(IsExistingFile(nullptr));
+  EXPECT_EQ(GetFileLength((m_root + "/a.htm").c_str()), 5);
+  EXPECT_EQ(GetFileLength((m_root + "/b.htm").c_str()), 0);
+  EXPECT_EQ(GetFileLength((m_root + "/sub\\d.htm").c_str()), 2);
+  EXPECT_EQ(GetFileLength((m_root + "/missing").c_str()), -1);
+  EXPECT_EQ(GetFileLength((m_root + "/Sub").c_str()), -1);
+  EXPECT_EQ(GetFileLength(nullptr), -1);
+}
+
+TEST_F(FileSystemTest, FindByExtension) {
+  CStringList found;
+  EXPECT_EQ(LocalFindAllFiles(m_root.c_str(), ".htm", found, FALSE), 1);
+  EXPECT_EQ(Names(found), (std::vector<std::string>{m_root + "/a.htm", m_root + "/b.HTM"}));
+  found.RemoveAll();
+  EXPECT_EQ(LocalFindAllFiles((m_root + "/").c_str(), "HTM", found, TRUE), 1);
+  EXPECT_EQ(Names(found), (std::vector<std::string>{m_root + "/Sub/d.htm", m_root + "/a.htm", m_root + "/b.HTM"}));
+  found.RemoveAll();
+  EXPECT_EQ(LocalFindAllFiles(m_root.c_str(), "*", found, FALSE), 1);
+  EXPECT_EQ(found.GetCount(), 4);  // files only, "noext" included
+  found.RemoveAll();
+  EXPECT_EQ(LocalFindAllFiles((m_root + "\\sub").c_str(), "htm", found, FALSE), 1);
+  EXPECT_EQ(Names(found), (std::vector<std::string>{m_root + "\\sub\\d.htm"}));
+}
+
+TEST_F(FileSystemTest, FindBadArguments) {
+  CStringList found;
+  EXPECT_EQ(LocalFindAllFiles("", "htm", found, FALSE), 0);
+  EXPECT_EQ(LocalFindAllFiles(nullptr, "htm", found, FALSE), 0);
+  EXPECT_EQ(LocalFindAllFiles(m_root.c_str(), "", found, FALSE), 0);
+  EXPECT_EQ(LocalFindAllFiles(m_root.c_str(), ".", found, FALSE), 0);
+  EXPECT_EQ(LocalFindAllFiles((m_root + "/nowhere").c_str(), "htm", found, TRUE), 1);
+  EXPECT_EQ(LocalFindAllFiles(m_root.c_str(), "gif", found, TRUE), 1);
+  EXPECT_TRUE(found.IsEmpty());
+}

@@ -1,0 +1,81 @@
+#include <gtest/gtest.h>
+
+#include "telvanix/foundation/text_utils.h"
+#include "telvanix/foundation/url_tables.h"
+#include "telvanix/foundation/url_utils.h"
+#include "telvanix/platform/code_page.h"
+
+using namespace telvanix;
+
+TEST(TrimLeftAndRight, Blanks) {
+  CString s("\a\t x  y \r\n");
+  EXPECT_EQ(TrimLeftAndRight(s), 1);
+  EXPECT_EQ(s, "x  y");
+  CString inner("x\ty");
+  TrimLeftAndRight(inner);
+  EXPECT_EQ(inner, "x\ty");
+  CString blanks(" \t\r\n\a");
+  TrimLeftAndRight(blanks);
+  EXPECT_TRUE(blanks.IsEmpty());
+  CString empty;
+  EXPECT_EQ(TrimLeftAndRight(empty), 1);
+  CString formFeed("\fx\v");  // not blanks here
+  TrimLeftAndRight(formFeed);
+  EXPECT_EQ(formFeed, "\fx\v");
+}
+
+TEST(IsDBCS, FollowsTheActiveCodePage) {
+  const UINT previous = SetActiveCodePage(1252);
+  EXPECT_EQ(IsDBCS(), 0u);
+  const struct { UINT cp; UINT expected; } cases[] = {
+      {1250, 0}, {437, 0},     {65001, 0},  {874, 874},   {932, 932},   {936, 936},
+      {949, 949}, {950, 950}, {1254, 1254}, {1255, 1255}, {1256, 1256}, {1257, 1257}, {1200, 1200},
+  };
+  for (const auto& c : cases) {
+    SetActiveCodePage(c.cp);
+    EXPECT_EQ(IsDBCS(), c.expected) << c.cp;
+  }
+  SetActiveCodePage(previous);
+}
+
+TEST(IsRemoteUrlEx, SchemesAndWww) {
+  for (const char* url : {"http://x", "HTTP://x", "https://x/y", "ftp://f", "mailto:a@b", "file:///c/d.htm",
+                          "javascript:void(0)", "News:x", "prospero:x", "www.example.com", "WwW.x", "wais:"}) {
+    EXPECT_TRUE(IsRemoteUrlEx(url)) << url;
+  }
+  for (const char* url : {"C:\\topics\\a.htm", "c:/a.htm", "foo:bar", ":x", "wwwx.com", "ww.x", "topic.htm#www.x",
+                          "", "http//x", "mk:@MSITStore:x.chm::/a.htm"}) {
+    EXPECT_FALSE(IsRemoteUrlEx(url)) << url;
+  }
+  EXPECT_FALSE(IsRemoteUrlEx(nullptr));
+}
+
+TEST(Multimedia, Extensions) {
+  for (const char* ext : {".au", ".AVI", ".mid", ".mpeg", ".mp3", ".rmi", ".wav", ".qt", ".Ra", ".swf", ".wax",
+                          ".wmv", ".wvx", ".mp4"}) {
+    EXPECT_TRUE(IsSupportedMultimediaFileExtName(ext)) << ext;
+  }
+  for (const char* ext : {"wav", ".txt", ".htm", ".wav ", "", ".mp"}) {
+    EXPECT_FALSE(IsSupportedMultimediaFileExtName(ext)) << ext;
+  }
+  EXPECT_FALSE(IsSupportedMultimediaFileExtName(nullptr));
+  EXPECT_TRUE(IsSupportedMultimediaFileName("C:\\media\\Song.WMA"));
+  EXPECT_TRUE(IsSupportedMultimediaFileName("clip.tar.mov"));
+  EXPECT_FALSE(IsSupportedMultimediaFileName("clip.wav#x"));
+  EXPECT_FALSE(IsSupportedMultimediaFileName("wav"));
+  EXPECT_FALSE(IsSupportedMultimediaFileName(nullptr));
+}
+
+TEST(UrlTables, RowsAsListed) {
+  int schemes = 0;
+  for (const auto& row : g_tUrlSchemeTable) schemes += row.nValue;
+  EXPECT_EQ(schemes, 78);  // values 1 to 12, each once
+  EXPECT_EQ(QuickMapStringToValue(g_tUrlSchemeTable, sizeof(g_tUrlSchemeTable), "gopher", TRUE), 5);
+  EXPECT_EQ(QuickMapStringToValue(g_tUrlSchemeTable, sizeof(g_tUrlSchemeTable), "prospero", TRUE), 12);
+  int rmi = 0;
+  for (const auto& row : g_tMultimediaExtTable) {
+    EXPECT_EQ(row.nValue, 1);
+    rmi += std::string(row.pszKey) == ".rmi";
+  }
+  EXPECT_EQ(rmi, 2);
+}
