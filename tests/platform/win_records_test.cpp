@@ -1,0 +1,240 @@
+#include "telvanix/platform/win_records.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "telvanix/platform/gdi_font.h"
+#include "telvanix/platform/page_setup_dialog.h"
+
+namespace telvanix {
+namespace {
+
+TEST(GlobalMemoryTest, BlocksAreZeroedSizedAndLockCounted) {
+  HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, 40);
+  ASSERT_NE(block, nullptr);
+  EXPECT_EQ(GlobalSize(block), 40u);
+  auto* bytes = static_cast<unsigned char*>(GlobalLock(block));
+  ASSERT_NE(bytes, nullptr);
+  for (int i = 0; i < 40; ++i) {
+    ASSERT_EQ(bytes[i], 0) << i;
+  }
+  std::memset(bytes, 0x5A, 40);
+  EXPECT_EQ(GlobalLock(block), bytes);
+  EXPECT_EQ(GlobalUnlock(block), TRUE);   // still locked once
+  EXPECT_EQ(GlobalUnlock(block), FALSE);  // now unlocked
+  EXPECT_EQ(GlobalUnlock(block), FALSE);  // not locked at all
+  EXPECT_EQ(static_cast<unsigned char*>(GlobalLock(block))[39], 0x5A);
+  GlobalUnlock(block);
+  EXPECT_EQ(GlobalFree(block), nullptr);
+}
+
+TEST(GlobalMemoryTest, ForeignAndFreedHandlesAreRefused) {
+  EXPECT_EQ(GlobalLock(nullptr), nullptr);
+  EXPECT_EQ(GlobalSize(nullptr), 0u);
+  EXPECT_EQ(GlobalFree(nullptr), nullptr);
+
+  int local = 0;
+  auto foreign = reinterpret_cast<HGLOBAL>(&local);
+  EXPECT_EQ(GlobalLock(foreign), nullptr);
+  EXPECT_EQ(GlobalUnlock(foreign), FALSE);
+  EXPECT_EQ(GlobalSize(foreign), 0u);
+  EXPECT_EQ(GlobalFree(foreign), foreign);
+
+  HGLOBAL block = GlobalAlloc(GHND, 8);
+  ASSERT_EQ(GlobalFree(block), nullptr);
+  EXPECT_EQ(GlobalLock(block), nullptr);
+  EXPECT_EQ(GlobalFree(block), block);
+
+  HGLOBAL empty = GlobalAlloc(GHND, 0);
+  EXPECT_EQ(GlobalSize(empty), 0u);
+  GlobalFree(empty);
+  EXPECT_EQ(GlobalAlloc(GHND, static_cast<std::size_t>(-1)), nullptr);
+}
+
+TEST(PointFontTest, SizesAreTenthsOfAPointAtScreenResolution) {
+  struct Case {
+    int tenths;
+    LONG height;
+  };
+  // MulDiv(96, tenths, 720), rounded, as a negative character height.
+  const Case cases[] = {{120, -16}, {100, -13}, {12, -2}, {10, -1}, {3, 0}, {4, -1}, {-90, -12}};
+  for (const Case& c : cases) {
+    CFont font;
+    ASSERT_EQ(font.CreatePointFont(c.tenths, "Arial"), TRUE);
+    LOGFONTA lf;
+    ASSERT_EQ(font.GetObject(sizeof(lf), &lf), static_cast<int>(sizeof(LOGFONTA)));
+    EXPECT_EQ(lf.lfHeight, c.height) << c.tenths;
+    EXPECT_EQ(lf.lfCharSet, DEFAULT_CHARSET);
+    EXPECT_STREQ(lf.lfFaceName, "Arial");
+  }
+}
+
+TEST(PointFontTest, ObjectLifetime) {
+  CFont font;
+  EXPECT_EQ(font.GetObject(60, nullptr), 0);
+  EXPECT_EQ(font.CreatePointFont(120, nullptr), FALSE);
+  ASSERT_EQ(font.CreatePointFont(120, "Courier New"), TRUE);
+  EXPECT_EQ(font.CreatePointFont(120, "Arial"), FALSE);
+  EXPECT_EQ(font.GetObject(0, nullptr), 60);
+  char part[8];
+  std::memset(part, 0x7F, sizeof(part));
+  EXPECT_EQ(font.GetObject(4, part), 4);
+  EXPECT_EQ(part[4], 0x7F);
+  EXPECT_EQ(font.DeleteObject(), TRUE);
+  EXPECT_EQ(font.DeleteObject(), FALSE);
+  EXPECT_EQ(font.GetObject(60, part), 0);
+}
+
+// Points PAPERSIZE at a paper for one test; libpaper honours it too.
+class PaperSizeScope {
+ public:
+  explicit PaperSizeScope(const char* paper) {
+    const char* old = std::getenv("PAPERSIZE");
+    m_had = old != nullptr;
+    if (m_had) m_old = old;
+    setenv("PAPERSIZE", paper, 1);
+  }
+  ~PaperSizeScope() {
+    if (m_had) setenv("PAPERSIZE", m_old.c_str(), 1);
+    else unsetenv("PAPERSIZE");
+  }
+
+ private:
+  bool m_had = false;
+  std::string m_old;
+};
+
+PAGESETUPDLGA ReturnDefaultRecord(DWORD extraFlags) {
+  PAGESETUPDLGA record;
+  std::memset(&record, 0, sizeof(record));
+  record.lStructSize = sizeof(record);
+  record.Flags = PSD_RETURNDEFAULT | PSD_NOWARNING | extraFlags;
+  return record;
+}
+
+void FreeHandles(PAGESETUPDLGA& record) {
+  EXPECT_EQ(GlobalFree(record.hDevMode), nullptr);
+  EXPECT_EQ(GlobalFree(record.hDevNames), nullptr);
+}
+
+TEST(PageSetupDialogTest, RefusesWhatItCannotDo) {
+  EXPECT_EQ(PageSetupDlgA(nullptr), FALSE);
+
+  PAGESETUPDLGA wrongSize = ReturnDefaultRecord(0);
+  wrongSize.lStructSize = 84;
+  EXPECT_EQ(PageSetupDlgA(&wrongSize), FALSE);
+  EXPECT_EQ(wrongSize.hDevMode, nullptr);
+
+  PAGESETUPDLGA dialog = ReturnDefaultRecord(0);
+  dialog.Flags = PSD_MARGINS;
+  EXPECT_EQ(PageSetupDlgA(&dialog), FALSE);
+  EXPECT_EQ(dialog.ptPaperSize.x, 0);
+
+  PAGESETUPDLGA withHandle = ReturnDefaultRecord(0);
+  HGLOBAL mine = GlobalAlloc(GHND, sizeof(DEVMODEA));
+  withHandle.hDevMode = mine;
+  EXPECT_EQ(PageSetupDlgA(&withHandle), FALSE);
+  EXPECT_EQ(withHandle.hDevMode, mine);
+  EXPECT_EQ(withHandle.hDevNames, nullptr);
+  GlobalFree(mine);
+}
+
+TEST(PageSetupDialogTest, MetricDefaultPaperInItsOwnUnit) {
+  PaperSizeScope paper("a4");
+  PAGESETUPDLGA record = ReturnDefaultRecord(0);
+  ASSERT_EQ(PageSetupDlgA(&record), TRUE);
+  EXPECT_EQ(record.Flags & (PSD_INTHOUSANDTHSOFINCHES | PSD_INHUNDREDTHSOFMILLIMETERS), PSD_INHUNDREDTHSOFMILLIMETERS);
+  EXPECT_EQ(record.ptPaperSize.x, 21000);
+  EXPECT_EQ(record.ptPaperSize.y, 29700);
+  EXPECT_EQ(record.rtMargin.left, 2540);
+  EXPECT_EQ(record.rtMinMargin.right, 0);
+
+  const auto* mode = static_cast<const DEVMODEA*>(GlobalLock(record.hDevMode));
+  ASSERT_NE(mode, nullptr);
+  EXPECT_STREQ(reinterpret_cast<const char*>(mode->dmFormName), "A4");
+  EXPECT_EQ(mode->dmPaperSize, DMPAPER_A4);
+  EXPECT_EQ(mode->dmPaperWidth, 2100);
+  EXPECT_EQ(mode->dmPaperLength, 2970);
+  EXPECT_EQ(mode->dmOrientation, DMORIENT_PORTRAIT);
+  EXPECT_EQ(mode->dmSize, sizeof(DEVMODEA));
+  GlobalUnlock(record.hDevMode);
+
+  const auto* names = static_cast<const DEVNAMES*>(GlobalLock(record.hDevNames));
+  ASSERT_NE(names, nullptr);
+  ASSERT_GT(GlobalSize(record.hDevNames), static_cast<std::size_t>(names->wOutputOffset));
+  EXPECT_EQ(names->wDefault, DN_DEFAULTPRN);
+  GlobalUnlock(record.hDevNames);
+  FreeHandles(record);
+}
+
+TEST(PageSetupDialogTest, RequestedUnitIsKeptAndConvertedInto) {
+  {
+    PaperSizeScope paper("Letter");
+    PAGESETUPDLGA inches = ReturnDefaultRecord(0);
+    ASSERT_EQ(PageSetupDlgA(&inches), TRUE);
+    EXPECT_EQ(inches.Flags & PSD_INTHOUSANDTHSOFINCHES, PSD_INTHOUSANDTHSOFINCHES);
+    EXPECT_EQ(inches.ptPaperSize.x, 8500);
+    EXPECT_EQ(inches.ptPaperSize.y, 11000);
+    EXPECT_EQ(inches.rtMargin.top, 1000);
+    FreeHandles(inches);
+
+    PAGESETUPDLGA mm = ReturnDefaultRecord(PSD_INHUNDREDTHSOFMILLIMETERS);
+    ASSERT_EQ(PageSetupDlgA(&mm), TRUE);
+    EXPECT_EQ(mm.Flags & PSD_INTHOUSANDTHSOFINCHES, 0u);
+    EXPECT_EQ(mm.ptPaperSize.x, 21590);
+    EXPECT_EQ(mm.ptPaperSize.y, 27940);
+    FreeHandles(mm);
+  }
+  {
+    PaperSizeScope paper("A4");
+    PAGESETUPDLGA inches = ReturnDefaultRecord(PSD_INTHOUSANDTHSOFINCHES);
+    ASSERT_EQ(PageSetupDlgA(&inches), TRUE);
+    EXPECT_EQ(inches.ptPaperSize.x, 8268);
+    EXPECT_EQ(inches.ptPaperSize.y, 11693);
+    FreeHandles(inches);
+  }
+}
+
+TEST(PageSetupDialogTest, UnknownPaperFallsBackToLetter) {
+  PaperSizeScope paper("no-such-paper");
+  SystemPaper found;
+  GetSystemDefaultPaper(found);
+  EXPECT_STREQ(found.name, "Letter");
+  EXPECT_EQ(found.paperCode, DMPAPER_LETTER);
+  EXPECT_EQ(found.width, 8500);
+  EXPECT_FALSE(found.metric);
+}
+
+TEST(PageSetupDialogTest, PaperConfigurationFileNamesThePaper) {
+  const char* oldSize = std::getenv("PAPERSIZE");
+  std::string keptSize = oldSize ? oldSize : "";
+  const char* oldConf = std::getenv("PAPERCONF");
+  std::string keptConf = oldConf ? oldConf : "";
+  std::string path = ::testing::TempDir() + "telvanix_papersize";
+  {
+    std::FILE* file = std::fopen(path.c_str(), "w");
+    ASSERT_NE(file, nullptr);
+    std::fputs("# paper for the tests\n\n  a5  \n", file);
+    std::fclose(file);
+  }
+  unsetenv("PAPERSIZE");
+  setenv("PAPERCONF", path.c_str(), 1);
+  SystemPaper found;
+  GetSystemDefaultPaper(found);
+  if (oldSize) setenv("PAPERSIZE", keptSize.c_str(), 1);
+  if (oldConf) setenv("PAPERCONF", keptConf.c_str(), 1);
+  else unsetenv("PAPERCONF");
+  std::remove(path.c_str());
+  EXPECT_STREQ(found.name, "A5");
+  EXPECT_EQ(found.paperCode, DMPAPER_A5);
+  EXPECT_EQ(found.width, 14800);
+  EXPECT_EQ(found.height, 21000);
+  EXPECT_TRUE(found.metric);
+}
+
+}  // namespace
+}  // namespace telvanix
