@@ -166,13 +166,20 @@ BOOL CkolmFile::Open(const char* path, UINT openFlags, CkolmFileException* pErro
       Fail(pError, resolved.GetLength() >= PATH_MAX ? ENAMETOOLONG : ENOENT, path);
       return FALSE;
     }
-    int fd = ::open(resolved, O_RDONLY | O_CLOEXEC);
+    // Non-blocking, so that a pipe or device under a page's name cannot
+    // stall the open; only regular files are read.
+    int fd = ::open(resolved, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0) {
       Fail(pError, errno, path);
       return FALSE;
     }
     struct stat st;
-    int error = ::fstat(fd, &st) != 0 ? errno : (S_ISDIR(st.st_mode) ? EISDIR : 0);
+    int error = ::fstat(fd, &st) != 0 ? errno : S_ISDIR(st.st_mode) ? EISDIR : !S_ISREG(st.st_mode) ? EINVAL : 0;
+    if (!error) {
+      int flags = ::fcntl(fd, F_GETFL);
+      if (flags == -1 || ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) == -1)
+        error = errno;
+    }
     if (error) {
       ::close(fd);
       Fail(pError, error, path);
@@ -195,8 +202,9 @@ BOOL CkolmFile::Open(const char* path, UINT openFlags, CkolmFileException* pErro
   struct stat st;
   bool exists = ::stat(target.c_str(), &st) == 0;
   if (exists) {
-    if (S_ISDIR(st.st_mode)) {
-      Fail(pError, EISDIR, path);
+    if (!S_ISREG(st.st_mode)) {
+      // Renaming over a folder, pipe or device would replace it, not write it.
+      Fail(pError, S_ISDIR(st.st_mode) ? EISDIR : EINVAL, path);
       return FALSE;
     }
     // Replace what a link points to, not the link.

@@ -193,6 +193,15 @@ TEST(KolmFile, OpenFailuresAreReportedNotThrown) {
   EXPECT_FALSE(file.IsOpen());
   EXPECT_EQ(dir.List(), "folder");
 
+  // A pipe under a page's name is refused rather than waited on or replaced.
+  ASSERT_EQ(::mkfifo((dir / "pipe.htm").c_str(), 0644), 0);
+  EXPECT_FALSE(file.Open((dir / "pipe.htm").c_str(), CkolmFile::modeRead));
+  EXPECT_FALSE(file.Open((dir / "pipe.htm").c_str(), kWriteNew));
+  struct stat st;
+  ASSERT_EQ(::stat((dir / "pipe.htm").c_str(), &st), 0);
+  EXPECT_TRUE(S_ISFIFO(st.st_mode));
+  EXPECT_EQ(dir.List(), "folder pipe.htm");
+
   EXPECT_THROW(CkolmFile((dir / "missing.htm").c_str(), CkolmFile::modeRead), CkolmFileException);
   EXPECT_THROW(CkolmStdioFile((dir / "missing.htm").c_str(), CkolmFile::modeRead), CkolmFileException);
 }
