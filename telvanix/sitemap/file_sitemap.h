@@ -126,8 +126,10 @@ class TELVANIX_API CHtmlFileSitemap : public CRglObject {
   static CString DumpObjectParamHexValue(int indent, const char* name, DWORD number);
   static CString DumpObjectParamDecValue(int indent, const char* name, int number);
 
- private:
+  // The reading machinery (sitemap_reader.h); not meant for hosts.
   class CReader;
+
+ private:
   friend class CReader;
 
   void DeleteOwned();
