@@ -348,8 +348,10 @@ int CCssStyleFormat::ParseFontSize(const char* text, CSttNumber& size) {
   const int code = QuickMapStringToValue(ms_tFontSizeTable, ms_nFontSizeTableSize, token, 0);
   // Keyword sizes go through the float Assign, which keeps no unit: "large"
   // is the plain number 14 (points to GetPoints), "larger" the plain 1.5.
+  // The keywords sit one step below the HTML sizes, so that "medium" is the
+  // 12 points of HTML size 3 and "xx-small" and "x-small" share 9.
   if (code >= emFontSizeXXSmall && code <= emFontSizeXXLarge)
-    size.Assign(static_cast<float>(GetFontSizeInPtByIndex(code)), CSttNumber::emUnitPt, CSttNumber::emSignNone);
+    size.Assign(static_cast<float>(GetFontSizeInPtByIndex(code - 1)), CSttNumber::emUnitPt, CSttNumber::emSignNone);
   else if (code == emFontSizeLarger)
     size.Assign(1.5f, CSttNumber::emUnitNone, CSttNumber::emSignNone);
   else if (code == emFontSizeSmaller)
