@@ -20,3 +20,8 @@
 #include "telvanix/foundation/url_tables.h"
 #include "telvanix/foundation/module_resources.h"
 #include "telvanix/html/html_pack.h"
+#include "telvanix/platform/win_records.h"
+#include "telvanix/platform/gdi_font.h"
+#include "telvanix/platform/page_setup_dialog.h"
+#include "telvanix/system/sys_font.h"
+#include "telvanix/system/sys_page.h"

@@ -11,7 +11,7 @@
 
 #include "telvanix/platform/code_page.h"
 
-#if __has_include(<fontconfig/fontconfig.h>)
+#ifdef TELVANIX_HAVE_FONTCONFIG
 #include <fontconfig/fontconfig.h>
 #define TVX_TEST_FONTCONFIG 1
 #endif
