@@ -1,10 +1,20 @@
 // CHtmlPack: the document pack that loads, parses and saves one page, and
 // the character-entity conversion between raw HTML text (bytes with
 // references such as "&eacute;") and decoded 16-bit text.
+//
+// A pack knows where its page's bytes come from (a file, a caller's buffer,
+// or nothing yet), owns the page's token list and through it the element
+// tree, parses to the depth asked for, and writes the list back either with
+// the source's own layout or with line breaks and indentation regenerated
+// from the tags' print types.
 #pragma once
 
+#include <cstddef>
+
 #include "telvanix/foundation/byte_string.h"
+#include "telvanix/html/token_list.h"
 #include "telvanix/platform/export.h"
+#include "telvanix/platform/file.h"
 #include "telvanix/platform/string_types.h"
 #include "telvanix/platform/types.h"
 
@@ -18,8 +28,73 @@ struct TagHtmlCharEntity {
   WORD code;
 };
 
+class CHtmlEntityTree;
+
 class TELVANIX_API CHtmlPack {
  public:
+  // Parse depth; each adds analysis flags that accumulate over calls.
+  enum EmParseFlag : int32_t {
+    emParseTokens = 1,      // tokenise and identify tags (0x1)
+    emParseAttributes = 2,  // also attributes and decoded text (0x3)
+    emParseTree = 3,        // also the element tree (0x7)
+    emParseHtmlTree = 4,    // tree with HTML repairs (0x10007)
+    emParseXmlTree = 5      // tree, XML flavour (0x20007)
+  };
+  // The analysis flags a parse stores.
+  enum EmAnalyseFlag : int32_t {
+    emAnalyseIdentify = 0x1,
+    emAnalyseAttributes = 0x2,
+    emAnalyseTree = 0x4,
+    emAnalyseOriginalMark = 0x100,
+    emAnalyseHtmlTree = 0x10000,
+    emAnalyseXmlTree = 0x20000
+  };
+  enum EmSaveFlag : int32_t {
+    emSaveNoOverwrite = 1,  // refuse to replace an existing target
+    emSave = 2,
+    emSaveLayout = 3,       // regenerated layout, always written
+    emSaveLayoutObject = 4  // as 3, comments and OBJECT tags on lines of their own
+  };
+  enum EmSourceMode : int32_t { emSourceEmpty = 1, emSourceFile = 2, emSourceBuffer = 3 };
+
+  // An empty pack (counts as parsed).
+  CHtmlPack();
+  // A file pack over path.
+  explicit CHtmlPack(const char* path);
+  // A pack over source, which is remembered (not copied) and must outlive
+  // the parse; a file pack when path is given, else a buffer pack.
+  CHtmlPack(CByteString& source, const char* path);
+  CHtmlPack(const CHtmlPack&) = delete;
+  CHtmlPack& operator=(const CHtmlPack&) = delete;
+  virtual ~CHtmlPack();
+
+  // 1 on success; 0 on failure or for a flag outside 1..5. Never throws.
+  int Parse(EmParseFlag nFlag);
+  // The tree over the present token list, with the parse flags when they
+  // ask for a tree, else with the HTML repairs.
+  int RebuildEntityTree();
+  // Writes the token list to path (the pack's own file when null). Saving
+  // an unchanged list over its own file writes nothing (except with 3).
+  int Save(const char* path, EmSaveFlag nFlag);
+  int Save(CByteString* pTarget, EmSaveFlag nFlag);
+  // 1 as soon as a token was discarded, inserted, changed or not read from
+  // the source; 0 for an unchanged or empty list.
+  int IsTokenListModified();
+  int OpenMappingView(const char* path);
+  int CloseMappingView();
+  CHtmlTokenList* GetTokenList() { return &m_TokenList; }
+  CHtmlEntityTree* GetEntityTree() { return m_TokenList.GetEntityTree(); }
+  // For a file pack: name resolved against the pack's path (the path itself
+  // for null); empty for other packs.
+  CString GetFilePathName(const char* name);
+  // New save target; see the class notes. 0 for null/empty or a buffer pack.
+  int ChangeFilename(const char* path);
+
+  int GetSourceMode() const { return m_nSourceMode; }
+  int IsParsed() const { return m_bParsed; }
+  int GetAnalyseFlags() const { return m_nAnalyseFlags; }
+  const CString& GetPathName() const { return m_strPathName; }
+
   // The 128 named references, sorted by hash once prepared.
   static TagHtmlCharEntity ms_tTagHtmlCharTable[128];
   // 0 until InitializeHtmlCharTable has run, then 128.
@@ -47,7 +122,24 @@ class TELVANIX_API CHtmlPack {
   static int TextToHtml(CByteString& out, const unsigned char* text, int length);
   static CString TextToHtml(const char* text);
 
-  // (document loading, parsing and saving members are declared below)
+ protected:
+  // The save format shared by both Save forms.
+  virtual int SaveTokenListToByteString(CByteString& out, EmSaveFlag nFlag);
+  // The print types of a tag for the layout printer: bytes of its print code
+  // (start before/after, end before/after), overridden by the token's
+  // manual indent flags. 0 (and 0, 0) for a null tag.
+  virtual int GetTagPrintType(CHtmlTagItem* pTag, int& nBefore, int& nAfter);
+
+  int m_nSourceMode;
+  int m_bParsed;
+  CString m_strPathName;
+  HANDLE m_hFile;
+  void* m_hMapping;
+  const unsigned char* m_pMappedView;
+  std::size_t m_nMappedSize;
+  CByteString* m_pSource;
+  int m_nAnalyseFlags;
+  CHtmlTokenList m_TokenList;
 };
 
 }  // namespace telvanix

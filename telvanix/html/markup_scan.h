@@ -1,0 +1,69 @@
+// Byte scans shared by the tokenizer and the tag item: comment and CDATA
+// closings and case-blind prefixes. Internal to the HTML document classes.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+
+namespace telvanix::markup {
+
+inline bool IsBlank(unsigned char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+// "]]" (more "]" allowed) directly followed by ">", searched in [p, end).
+// Returns the first "]" of that run, or null; *pClose gets the ">".
+inline const unsigned char* FindCdataClose(const unsigned char* p, const unsigned char* end,
+                                           const unsigned char** pClose = nullptr) {
+  while (p < end) {
+    const unsigned char* q = static_cast<const unsigned char*>(std::memchr(p, ']', static_cast<std::size_t>(end - p)));
+    if (!q)
+      return nullptr;
+    const unsigned char* r = q;
+    while (r < end && *r == ']')
+      ++r;
+    if (r - q >= 2 && r < end && *r == '>') {
+      if (pClose)
+        *pClose = r;
+      return q;
+    }
+    p = r;
+  }
+  return nullptr;
+}
+
+// "--" followed by any blanks or "-" and then ">", searched in [p, end).
+// Returns the first "-" of the closing run, or null; *pClose gets the ">".
+inline const unsigned char* FindCommentClose(const unsigned char* p, const unsigned char* end,
+                                             const unsigned char** pClose = nullptr) {
+  while (p + 1 < end) {
+    const unsigned char* q =
+        static_cast<const unsigned char*>(std::memchr(p, '-', static_cast<std::size_t>(end - 1 - p)));
+    if (!q)
+      return nullptr;
+    if (q[1] == '-') {
+      const unsigned char* r = q + 2;
+      while (r < end && (*r == '-' || IsBlank(*r)))
+        ++r;
+      if (r < end && *r == '>') {
+        if (pClose)
+          *pClose = r;
+        return q;
+      }
+    }
+    p = q + 1;
+  }
+  return nullptr;
+}
+
+inline unsigned char UpperAscii(unsigned char c) { return c >= 'a' && c <= 'z' ? static_cast<unsigned char>(c - 32) : c; }
+
+// Whether [p, end) begins with prefix, ASCII letters compared without case.
+inline bool StartsNoCase(const unsigned char* p, const unsigned char* end, const char* prefix, std::size_t n) {
+  if (static_cast<std::size_t>(end - p) < n)
+    return false;
+  for (std::size_t i = 0; i < n; ++i)
+    if (UpperAscii(p[i]) != UpperAscii(static_cast<unsigned char>(prefix[i])))
+      return false;
+  return true;
+}
+
+}  // namespace telvanix::markup

@@ -1,0 +1,873 @@
+#include "telvanix/html/tag_item.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <new>
+#include <strings.h>
+
+#include "telvanix/html/markup_scan.h"
+#include "telvanix/html/token_arena.h"
+
+namespace telvanix {
+
+using markup::FindCdataClose;
+using markup::FindCommentClose;
+
+namespace {
+
+// Name hash codes: digits 1..10, letters of either case 11..36 and a few
+// punctuation marks; every other character has code 0 and is skipped.
+constexpr std::array<unsigned char, 128> kNameCodes = [] {
+  std::array<unsigned char, 128> t{};
+  for (int c = '0'; c <= '9'; ++c)
+    t[c] = static_cast<unsigned char>(c - '0' + 1);
+  for (int c = 'a'; c <= 'z'; ++c)
+    t[c] = t[c - 'a' + 'A'] = static_cast<unsigned char>(c - 'a' + 11);
+  t['!'] = 38;
+  t['-'] = 39;
+  t['_'] = 40;
+  t['#'] = 41;
+  t[':'] = 42;
+  t['?'] = 43;
+  t['/'] = 44;
+  t[']'] = 45;
+  return t;
+}();
+
+constexpr DWORD kCommentHash = (38u * 44u + 39u) * 44u + 39u;  // "!--"
+
+// Character classes of the name scans.
+enum : unsigned char { kTagFirst = 1, kTagNext = 2, kAttrFirst = 4, kAttrNext = 8, kBlank = 16 };
+constexpr std::array<unsigned char, 256> kClass = [] {
+  std::array<unsigned char, 256> t{};
+  for (int c = 0; c < 128; ++c) {
+    bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+    bool digit = c >= '0' && c <= '9';
+    unsigned char k = 0;
+    if (letter || c == '!' || c == '/' || c == '?' || c == '_' || c == ':' || c == '[')
+      k |= kTagFirst;
+    if (letter || digit || c == '-' || c == '.' || c == ':' || c == '[' || c == '_')
+      k |= kTagNext;
+    if (letter || c == '_' || c == ':')
+      k |= kAttrFirst;
+    if (letter || digit || c == '-' || c == '.' || c == '_' || c == ':')
+      k |= kAttrNext;
+    if (c == ' ' || c == '\t' || c == '\n' || c == '\r')
+      k |= kBlank;
+    t[static_cast<std::size_t>(c)] = k;
+  }
+  return t;
+}();
+
+inline bool Is(unsigned char c, unsigned char k) { return (kClass[c] & k) != 0; }
+
+inline DWORD HashName(const unsigned char* p, const unsigned char* end) {
+  if (end - p >= 3 && p[0] == '!' && p[1] == '-' && p[2] == '-')
+    return kCommentHash;
+  DWORD h = 0;
+  for (; p < end; ++p) {
+    unsigned char code = kNameCodes[*p & 127];
+    if (code)
+      h = h * 44u + code;
+  }
+  return h;
+}
+
+// Open-addressed index over the sorted table's hashes, so identification is
+// one or two probes instead of a binary search per tag.
+constexpr int kLookupSlots = 512;
+struct LookupSlot {
+  DWORD hash;
+  int index;  // row index + 1; 0 = empty
+};
+LookupSlot g_lookup[kLookupSlots];
+std::atomic<bool> g_tableReady{false};
+std::once_flag g_tableOnce;
+
+inline unsigned SlotOf(DWORD h) { return (h * 0x9E3779B1u) >> 23; }
+
+inline int LookupHash(DWORD h) {
+  for (unsigned s = SlotOf(h);; s = (s + 1) & (kLookupSlots - 1)) {
+    const LookupSlot& slot = g_lookup[s];
+    if (!slot.index)
+      return -1;
+    if (slot.hash == h)
+      return slot.index - 1;
+  }
+}
+
+inline void EnsureTable() {
+  if (!g_tableReady.load(std::memory_order_acquire))
+    CHtmlTagItem::InitializeSyntaxTable();
+}
+
+// The table is ready before any page is read (the library's load path).
+struct SyntaxTableInit {
+  SyntaxTableInit() { CHtmlTagItem::InitializeSyntaxTable(); }
+} g_syntaxTableInit;
+
+char* HeapText(const char* p, int n) {
+  char* block = static_cast<char*>(std::malloc(static_cast<std::size_t>(n) + 1));
+  if (!block)
+    throw std::bad_alloc();
+  if (n > 0)
+    std::memcpy(block, p, static_cast<std::size_t>(n));
+  block[n] = 0;
+  return block;
+}
+
+// An attribute value at p: quoted up to the same quote, or a bare word up to
+// a blank, ">", or "/", "?", "]" right before ">". Empty when nothing fits.
+void ScanValue(const unsigned char* p, const unsigned char* end, const unsigned char*& vFirst,
+               const unsigned char*& vEnd) {
+  vFirst = vEnd = p;
+  if (p >= end)
+    return;
+  if (*p == '"' || *p == '\'') {
+    const unsigned char* q =
+        static_cast<const unsigned char*>(std::memchr(p + 1, *p, static_cast<std::size_t>(end - p - 1)));
+    if (q) {
+      vEnd = q + 1;
+    } else if (end[-1] == '>') {
+      vEnd = end - 1 > p ? end - 1 : p;
+    }
+    return;
+  }
+  const unsigned char* q = p;
+  while (q < end) {
+    unsigned char c = *q;
+    if (Is(c, kBlank) || c == '>')
+      break;
+    if ((c == '/' || c == '?' || c == ']') && q + 1 < end && q[1] == '>')
+      break;
+    ++q;
+  }
+  vEnd = q;
+}
+
+struct RawRecord {
+  const unsigned char* name;
+  int nameLen;
+  const unsigned char* value;
+  int valueLen;
+};
+
+}  // namespace
+
+// ---- Static table operations ----
+
+int CHtmlTagItem::InitializeSyntaxTable() {
+  std::call_once(g_tableOnce, [] {
+    ms_nTagSyntaxTableSize = emTagSyntaxTableRows;
+    for (TagSyntaxItem& row : ms_tTagSyntaxTable) {
+      const unsigned char* name = reinterpret_cast<const unsigned char*>(row.m_pszTagName);
+      row.m_nHashCode = HashName(name, name + std::strlen(row.m_pszTagName));
+    }
+    std::sort(std::begin(ms_tTagSyntaxTable), std::end(ms_tTagSyntaxTable),
+              [](const TagSyntaxItem& a, const TagSyntaxItem& b) { return a.m_nHashCode < b.m_nHashCode; });
+    for (int i = 0; i < emTagSyntaxTableRows; ++i) {
+      DWORD h = ms_tTagSyntaxTable[i].m_nHashCode;
+      unsigned s = SlotOf(h);
+      while (g_lookup[s].index)
+        s = (s + 1) & (kLookupSlots - 1);
+      g_lookup[s].hash = h;
+      g_lookup[s].index = i + 1;
+    }
+    g_tableReady.store(true, std::memory_order_release);
+  });
+  return 1;
+}
+
+int CHtmlTagItem::GetTagIndex(const unsigned char* first, const unsigned char* last, DWORD* pHash) {
+  EnsureTable();
+  if (!first || !last || first > last) {
+    if (pHash)
+      *pHash = static_cast<DWORD>(-1);
+    return -1;
+  }
+  DWORD h = HashName(first, last + 1);
+  if (pHash)
+    *pHash = h;
+  return LookupHash(h);
+}
+
+int CHtmlTagItem::GetTagIdFromTagName(const char* name, int* pIndex) {
+  if (pIndex)
+    *pIndex = 0;
+  if (!name)
+    return 0;
+  bool endTag = *name == '/';
+  if (endTag)
+    ++name;
+  std::size_t n = std::strlen(name);
+  DWORD h = 0;
+  const unsigned char* p = reinterpret_cast<const unsigned char*>(name);
+  int index = n ? GetTagIndex(p, p + n - 1, &h) : -1;
+  DWORD id;
+  if (index < 0) {
+    id = (h & 0x0FFFFFFFu) | emTagIdUnknownBit;
+    index = 0;
+  } else {
+    id = ms_tTagSyntaxTable[index].m_nTagId;
+  }
+  if (endTag)
+    id |= emTagIdEndBit;
+  if (pIndex)
+    *pIndex = index;
+  return static_cast<int>(id);
+}
+
+const TagSyntaxItem* CHtmlTagItem::GetTagSyntaxItem(int nIndex) {
+  EnsureTable();
+  if (nIndex < 0 || nIndex >= ms_nTagSyntaxTableSize)
+    return &ms_tTagSyntaxTable[0];
+  return &ms_tTagSyntaxTable[nIndex];
+}
+
+void CHtmlTagItem::ScanTagName(const unsigned char* p, const unsigned char* last, TagNameInfo& info) {
+  info.m_pName = nullptr;
+  info.m_nLength = 0;
+  info.m_bEndTag = 0;
+  info.m_nHash = 0;
+  info.m_nIndex = -1;
+  if (!p || !last || p > last)
+    return;
+  if (*p == '/') {
+    info.m_bEndTag = 1;
+    ++p;
+  }
+  // A name needs a character after it inside the range, unless it runs up
+  // to a closing ">" at the very end.
+  if (p >= last || !Is(*p, kTagFirst))
+    return;
+  const unsigned char* start = p++;
+  while (p < last && Is(*p, kTagNext))
+    ++p;
+  if (p == last && *last != '>')
+    return;
+  info.m_pName = start;
+  info.m_nLength = static_cast<int>(p - start);
+  EnsureTable();
+  info.m_nHash = HashName(start, p);
+  info.m_nIndex = LookupHash(info.m_nHash);
+}
+
+int CHtmlTagItem::IsValidTagToken(const unsigned char* start, const unsigned char* end) {
+  TagNameInfo info;
+  return IsValidTagToken(start, end, info);
+}
+
+int CHtmlTagItem::IsValidTagToken(const unsigned char* start, const unsigned char* end, TagNameInfo& info) {
+  if (!start || !end || start + 1 >= end) {
+    info = TagNameInfo{nullptr, 0, 0, 0, -1};
+    return 0x200;
+  }
+  ScanTagName(start + 1, end - 1, info);
+  if (!info.m_pName) {
+    const unsigned char* there = start + 1;
+    if (there < end && *there == '/')
+      ++there;
+    return there < end && *there == '>' ? 0 : 0x200;
+  }
+  if (info.m_nIndex < 0 || info.m_bEndTag)
+    return 0;
+  return ms_tTagSyntaxTable[info.m_nIndex].m_nSptType;
+}
+
+const unsigned char* CHtmlTagItem::SkipCommentWithinTag(const unsigned char* p, const unsigned char* end) {
+  if (!p || !end || end - p < 4 || p[0] != '-' || p[1] != '-')
+    return p;
+  for (const unsigned char* q = p + 2; q + 1 < end; ++q)
+    if (q[0] == '-' && q[1] == '-')
+      return q + 2;
+  return end[-1] == '>' ? end - 1 : p;
+}
+
+CString CHtmlTagItem::MakeCommentMark(const char* mark, const char* data) {
+  CString text("<!-- ");
+  text += mark ? mark : "QZTXMARK";
+  text += " ";
+  if (data)
+    text += data;
+  text += " -->";
+  return text;
+}
+
+int CHtmlTagItem::IsCommentMark(CHtmlTagItem* pItem) {
+  if (!pItem || pItem->GetTagId() != static_cast<int>(emTagIdComment))
+    return 0;
+  pItem->EnsureAnalysed();
+  if (pItem->m_nAttributeCount < 1)
+    return 0;
+  const TagAttribute& rec = pItem->m_pAttributes[0];
+  return rec.m_nValueLength >= 9 && std::memcmp(rec.m_pszValue + 1, "QZTXMARK", 8) == 0;
+}
+
+int CHtmlTagItem::GetCommentMark(CHtmlTagItem* pItem, CString& mark, CString& data) {
+  mark.Empty();
+  data.Empty();
+  if (!IsCommentMark(pItem))
+    return 0;
+  const TagAttribute& rec = pItem->m_pAttributes[0];
+  const unsigned char* v = reinterpret_cast<const unsigned char*>(rec.m_pszValue);
+  const unsigned char* end = v + rec.m_nValueLength;
+  const unsigned char* p = v + 1;
+  const unsigned char* q = p;
+  while (q < end && !Is(*q, kBlank))
+    ++q;
+  mark = CString(reinterpret_cast<const char*>(p), static_cast<int>(q - p));
+  if (q < end)
+    data = CString(reinterpret_cast<const char*>(q + 1), static_cast<int>(end - q - 1));
+  return 1;
+}
+
+// ---- Construction ----
+
+CHtmlTagItem::CHtmlTagItem()
+    : CHtmlTokenItem(emTokenTag),
+      m_nTagId(0),
+      m_nTagIndex(0),
+      m_pAttributes(nullptr),
+      m_nAttributeCount(0),
+      m_nAttributeCapacity(0),
+      m_bOwnAttributes(0) {
+  EnsureTable();
+}
+
+CHtmlTagItem::CHtmlTagItem(const char* text) : CHtmlTagItem() {
+  if (text && *text == '<') {
+    SetOriginalData(text);
+  } else if (text) {
+    CString wrapped("<");
+    wrapped += text;
+    wrapped += ">";
+    SetOriginalData(static_cast<const char*>(wrapped));
+  }
+  m_nTokenFlags |= emTokenInserted;
+  Analyse(emAnalyseFull);
+}
+
+CHtmlTagItem::~CHtmlTagItem() { FreeAttributes(); }
+
+void CHtmlTagItem::FreeAttributes() {
+  if (m_bOwnAttributes) {
+    for (int i = 0; i < m_nAttributeCount; ++i) {
+      std::free(const_cast<char*>(m_pAttributes[i].m_pszName));
+      std::free(const_cast<char*>(m_pAttributes[i].m_pszValue));
+    }
+    std::free(m_pAttributes);
+  }
+  m_pAttributes = nullptr;
+  m_nAttributeCount = 0;
+  m_nAttributeCapacity = 0;
+  m_bOwnAttributes = 0;
+}
+
+void CHtmlTagItem::MakeAttributesOwned() {
+  if (m_bOwnAttributes)
+    return;
+  int count = m_nAttributeCount;
+  int capacity = count + 4;
+  TagAttribute* owned = static_cast<TagAttribute*>(std::malloc(sizeof(TagAttribute) * static_cast<std::size_t>(capacity)));
+  if (!owned)
+    throw std::bad_alloc();
+  for (int i = 0; i < count; ++i) {
+    const TagAttribute& from = m_pAttributes[i];
+    owned[i].m_pszName = HeapText(from.m_pszName, from.m_nNameLength);
+    owned[i].m_nNameLength = from.m_nNameLength;
+    owned[i].m_pszValue = HeapText(from.m_pszValue, from.m_nValueLength);
+    owned[i].m_nValueLength = from.m_nValueLength;
+  }
+  m_pAttributes = owned;
+  m_nAttributeCount = count;
+  m_nAttributeCapacity = capacity;
+  m_bOwnAttributes = 1;
+}
+
+int CHtmlTagItem::Copy(CHtmlTagItem* pOther) {
+  if (!pOther)
+    return 0;
+  if (pOther == this)
+    return 1;
+  CHtmlTokenItem::Copy(pOther);
+  m_nTagId = pOther->m_nTagId;
+  m_nTagIndex = pOther->m_nTagIndex;
+  FreeAttributes();
+  // Share the other's records for a moment, then take copies of them.
+  m_pAttributes = pOther->m_pAttributes;
+  m_nAttributeCount = pOther->m_nAttributeCount;
+  m_bOwnAttributes = 0;
+  if (m_nAttributeCount)
+    MakeAttributesOwned();
+  else
+    m_pAttributes = nullptr;
+  return 1;
+}
+
+// ---- Identification and attribute parsing ----
+
+void CHtmlTagItem::Identify(const TagNameInfo& info) {
+  m_nTagId = 0;
+  m_nTagIndex = 0;
+  if (info.m_pName) {
+    if (info.m_nIndex < 0) {
+      m_nTagIndex = emUnknownTagIndex;
+      m_nTagId = (info.m_nHash & 0x0FFFFFFFu) + emTagIdUnknownBit;
+    } else {
+      m_nTagIndex = info.m_nIndex;
+      m_nTagId = ms_tTagSyntaxTable[info.m_nIndex].m_nTagId;
+    }
+    if (info.m_bEndTag)
+      m_nTagId |= emTagIdEndBit;
+  }
+  m_nTokenFlags |= emTokenIdentified;
+}
+
+int CHtmlTagItem::Analyse(int nFlags) { return AnalyseIn(nFlags, nullptr, nullptr); }
+
+int CHtmlTagItem::AnalyseIn(int nFlags, CHtmlTokenArena* pArena, const TagNameInfo* pInfo) {
+  if (nFlags & emAnalyseMark)
+    m_nTokenFlags |= emTokenAnalyseMark;
+  if (!(nFlags & (emAnalyseIdentify | emAnalyseFull)))
+    return 1;
+  if ((nFlags & emAnalyseFull) && (m_nTokenFlags & emTokenAnalysed))
+    return 1;
+  if ((nFlags & emAnalyseIdentify) && (m_nTokenFlags & emTokenIdentified))
+    return 1;
+  if (!m_pOriginal || m_nOriginalLength <= 0)
+    return 0;
+  TagNameInfo local;
+  if (!pInfo) {
+    ScanTagName(m_pOriginal + 1, m_pOriginal + m_nOriginalLength - 1, local);
+    pInfo = &local;
+  }
+  Identify(*pInfo);
+  if (!(nFlags & emAnalyseFull))
+    return 1;
+  ParseAttributes(pArena, pInfo);
+  m_nTokenFlags |= emTokenAnalysed;
+  return 1;
+}
+
+void CHtmlTagItem::EnsureAnalysed() {
+  if (!(m_nTokenFlags & emTokenAnalysed))
+    Analyse(emAnalyseFull);
+}
+
+int CHtmlTagItem::ParseAttributes(CHtmlTokenArena* pArena, const TagNameInfo* pInfo) {
+  FreeAttributes();
+  const unsigned char* data = m_pOriginal;
+  const unsigned char* end = data + m_nOriginalLength;
+
+  RawRecord small[16];
+  RawRecord* recs = small;
+  int count = 0, capacity = 16;
+  RawRecord* heapRecs = nullptr;
+  auto add = [&](const unsigned char* n, int nl, const unsigned char* v, int vl) {
+    if (count == capacity) {
+      int grown = capacity * 2;
+      RawRecord* bigger = static_cast<RawRecord*>(std::malloc(sizeof(RawRecord) * static_cast<std::size_t>(grown)));
+      if (!bigger)
+        throw std::bad_alloc();
+      std::memcpy(bigger, recs, sizeof(RawRecord) * static_cast<std::size_t>(count));
+      std::free(heapRecs);
+      heapRecs = recs = bigger;
+      capacity = grown;
+    }
+    recs[count++] = RawRecord{n, nl, v, vl};
+  };
+
+  if (m_nTagId == emTagIdComment) {
+    if (m_nOriginalLength > 4) {
+      const unsigned char* close = FindCommentClose(data + 4, end);
+      if (close)
+        add(nullptr, 0, data + 4, static_cast<int>(close - (data + 4)));
+    }
+  } else if ((m_nTagId & emTagIdUnknownBit) && markup::StartsNoCase(data, end, "<![CDATA[", 9)) {
+    const unsigned char* close = FindCdataClose(data + 9, end);
+    if (close)
+      add(nullptr, 0, data + 9, static_cast<int>(close - (data + 9)));
+  } else {
+    const unsigned char* p;
+    if (pInfo->m_pName)
+      p = pInfo->m_pName + pInfo->m_nLength;
+    else
+      p = data + 1 + (m_nOriginalLength > 1 && data[1] == '/' ? 1 : 0);
+    while (p < end) {
+      const unsigned char* p0 = p;
+      while (p < end && Is(*p, kBlank))
+        ++p;
+      p = SkipCommentWithinTag(p, end);
+      while (p < end && Is(*p, kBlank))
+        ++p;
+      if (p < end && Is(*p, kAttrFirst)) {
+        const unsigned char* name = p++;
+        while (p < end && Is(*p, kAttrNext))
+          ++p;
+        int nameLen = static_cast<int>(p - name);
+        while (p < end && Is(*p, kBlank))
+          ++p;
+        const unsigned char* vFirst = nullptr;
+        const unsigned char* vEnd = nullptr;
+        if (p < end && *p == '=') {
+          ++p;
+          while (p < end && Is(*p, kBlank))
+            ++p;
+          ScanValue(p, end, vFirst, vEnd);
+          p = vEnd;
+          if (vEnd - vFirst > 1 && (*vFirst == '"' || *vFirst == '\'') && vEnd[-1] == *vFirst) {
+            ++vFirst;
+            --vEnd;
+          }
+        }
+        add(name, nameLen, vFirst, vFirst ? static_cast<int>(vEnd - vFirst) : 0);
+      }
+      if (p == p0) {
+        const unsigned char* vFirst;
+        const unsigned char* vEnd;
+        ScanValue(p, end, vFirst, vEnd);
+        if (vEnd == vFirst) {
+          unsigned char c = *p;
+          if (c == '>') {
+            // the tag's own end
+          } else if ((c == '?' || c == '/' || c == ']') && p + 1 < end && p[1] == '>') {
+            add(p, 1, nullptr, 0);
+          } else if (c == ']' && end - p >= 3 && p[1] == ']' && p[2] == '>') {
+            add(p, 1, nullptr, 0);
+          }
+          ++p;
+        } else {
+          // A quoted string or a stray word that is no attribute name.
+          add(vFirst, static_cast<int>(vEnd - vFirst), nullptr, 0);
+          p = vEnd;
+        }
+      }
+    }
+  }
+
+  if (count) {
+    if (pArena) {
+      TagAttribute* attrs =
+          static_cast<TagAttribute*>(pArena->Allocate(sizeof(TagAttribute) * static_cast<std::size_t>(count)));
+      for (int i = 0; i < count; ++i) {
+        const RawRecord& r = recs[i];
+        // Name and value side by side, each terminated.
+        char* block = static_cast<char*>(pArena->Allocate(static_cast<std::size_t>(r.nameLen + r.valueLen + 2)));
+        if (r.nameLen)
+          std::memcpy(block, r.name, static_cast<std::size_t>(r.nameLen));
+        block[r.nameLen] = 0;
+        char* value = block + r.nameLen + 1;
+        if (r.valueLen)
+          std::memcpy(value, r.value, static_cast<std::size_t>(r.valueLen));
+        value[r.valueLen] = 0;
+        attrs[i] = TagAttribute{block, value, r.nameLen, r.valueLen};
+      }
+      m_pAttributes = attrs;
+      m_nAttributeCount = count;
+      m_nAttributeCapacity = count;
+      m_bOwnAttributes = 0;
+    } else {
+      TagAttribute* attrs = static_cast<TagAttribute*>(std::malloc(sizeof(TagAttribute) * static_cast<std::size_t>(count)));
+      if (!attrs)
+        throw std::bad_alloc();
+      for (int i = 0; i < count; ++i) {
+        const RawRecord& r = recs[i];
+        attrs[i] = TagAttribute{HeapText(reinterpret_cast<const char*>(r.name), r.nameLen),
+                                HeapText(reinterpret_cast<const char*>(r.value), r.valueLen), r.nameLen, r.valueLen};
+      }
+      m_pAttributes = attrs;
+      m_nAttributeCount = count;
+      m_nAttributeCapacity = count;
+      m_bOwnAttributes = 1;
+    }
+  }
+  std::free(heapRecs);
+
+  if ((m_nTagId & emTagIdUnknownBit) && m_nAttributeCount) {
+    const TagAttribute& lastRec = m_pAttributes[m_nAttributeCount - 1];
+    if (lastRec.m_nNameLength == 1 && lastRec.m_pszName[0] == '/')
+      m_nTagIndex = emUnknownEmptyTagIndex;
+    else if (lastRec.m_nNameLength == 1 && lastRec.m_pszName[0] == '?')
+      m_nTagIndex = emUnknownXmlPiTagIndex;
+  }
+  return 1;
+}
+
+// ---- Names and types ----
+
+CString CHtmlTagItem::GetTagName() {
+  if (!m_pOriginal || m_nOriginalLength < 2)
+    return CString();
+  TagNameInfo info;
+  ScanTagName(m_pOriginal + 1, m_pOriginal + m_nOriginalLength - 1, info);
+  if (!info.m_pName)
+    return CString();
+  CString name;
+  if (info.m_bEndTag)
+    name = "/";
+  name += CString(reinterpret_cast<const char*>(info.m_pName), std::min(info.m_nLength, 62));
+  return name;
+}
+
+int CHtmlTagItem::IsTagNameSameAs(const char* name) {
+  if (!name)
+    return 0;
+  if (*name == '<')
+    ++name;
+  if (GetTagIdFromTagName(name, nullptr) != GetTagId())
+    return 0;
+  CString mine = GetTagName();
+  return strcasecmp(mine, name) == 0;
+}
+
+int CHtmlTagItem::GetOcrType() const { return IsValidTagIndex() ? ms_tTagSyntaxTable[m_nTagIndex].m_nOcrType : 0; }
+int CHtmlTagItem::GetCntType() const { return IsValidTagIndex() ? ms_tTagSyntaxTable[m_nTagIndex].m_nCntType : 0; }
+int CHtmlTagItem::GetSptType() const { return IsValidTagIndex() ? ms_tTagSyntaxTable[m_nTagIndex].m_nSptType : 0; }
+int CHtmlTagItem::GetVerType() const { return IsValidTagIndex() ? ms_tTagSyntaxTable[m_nTagIndex].m_nVerType : 0; }
+DWORD CHtmlTagItem::GetMjrType() const {
+  return IsValidTagIndex() ? ms_tTagSyntaxTable[m_nTagIndex].m_nMjrType : 0xFF000008u;
+}
+DWORD CHtmlTagItem::GetPrtType() const { return IsValidTagIndex() ? ms_tTagSyntaxTable[m_nTagIndex].m_nPrtType : 0; }
+
+namespace {
+inline int HasAll(DWORD value, DWORD mask) { return (value & mask) == mask; }
+}  // namespace
+
+int CHtmlTagItem::IsBlockLevelTag() const { return HasAll(GetMjrType(), 0xA0000010u); }
+int CHtmlTagItem::IsInlineLevelTag() const { return HasAll(GetMjrType(), 0xA0001000u); }
+int CHtmlTagItem::IsBlockTag() const { return IsBlockLevelTag() || IsInlineLevelTag(); }
+int CHtmlTagItem::IsBlockLevelEmbeddedTag() const { return HasAll(GetMjrType(), 0xA0000100u); }
+int CHtmlTagItem::IsInineLevelEmbeddedTag() const { return HasAll(GetMjrType(), 0xA0020000u); }
+
+int CHtmlTagItem::GetXmlType() {
+  EnsureAnalysed();
+  if (m_nTagId == emTagIdComment)
+    return 4;
+  if (m_nTagId == emTagIdDoctype)
+    return 6;
+  if (m_nOriginalLength > 2 && m_pOriginal[1] == '?')
+    return 7;
+  if (m_nOriginalLength > 2 && m_pOriginal[1] == '!')
+    return 5;
+  if (m_nAttributeCount) {
+    const TagAttribute& lastRec = m_pAttributes[m_nAttributeCount - 1];
+    if (lastRec.m_nNameLength == 1 && lastRec.m_pszName[0] == '/')
+      return 3;
+  }
+  return IsEndTag() ? 2 : 1;
+}
+
+int CHtmlTagItem::IsXmlTag() {
+  if (IsUnknownTag())
+    return 1;
+  int type = GetXmlType();
+  return type == 3 || type == 5 || type == 7;
+}
+
+int CHtmlTagItem::ChangeUnknownTagIndex(int nIndex) {
+  if (!IsUnknownTag() || nIndex < 1 || nIndex > 4)
+    return 0;
+  m_nTagIndex = nIndex;
+  return 1;
+}
+
+// ---- Attributes ----
+
+int CHtmlTagItem::FindAttribute(const char* name) const {
+  if (!name)
+    return -1;
+  for (int i = 0; i < m_nAttributeCount; ++i)
+    if (strcasecmp(m_pAttributes[i].m_pszName, name) == 0)
+      return i;
+  return -1;
+}
+
+const char* CHtmlTagItem::GetAttributeValue(const char* name) {
+  EnsureAnalysed();
+  int i = FindAttribute(name);
+  return i < 0 ? nullptr : m_pAttributes[i].m_pszValue;
+}
+
+int CHtmlTagItem::HasAttribute(const char* name) {
+  EnsureAnalysed();
+  return FindAttribute(name) >= 0;
+}
+
+void CHtmlTagItem::SetRecord(TagAttribute& rec, const char* name, int nNameLen, const char* value, int nValueLen) {
+  rec.m_pszName = HeapText(name ? name : "", name ? nNameLen : 0);
+  rec.m_nNameLength = name ? nNameLen : 0;
+  rec.m_pszValue = HeapText(value ? value : "", value ? nValueLen : 0);
+  rec.m_nValueLength = value ? nValueLen : 0;
+}
+
+int CHtmlTagItem::InsertRecord(int nAt, const char* name, const char* value) {
+  MakeAttributesOwned();
+  if (m_nAttributeCount == m_nAttributeCapacity) {
+    int grown = m_nAttributeCapacity + 4;
+    TagAttribute* bigger =
+        static_cast<TagAttribute*>(std::realloc(m_pAttributes, sizeof(TagAttribute) * static_cast<std::size_t>(grown)));
+    if (!bigger)
+      throw std::bad_alloc();
+    m_pAttributes = bigger;
+    m_nAttributeCapacity = grown;
+  }
+  std::memmove(m_pAttributes + nAt + 1, m_pAttributes + nAt,
+               sizeof(TagAttribute) * static_cast<std::size_t>(m_nAttributeCount - nAt));
+  SetRecord(m_pAttributes[nAt], name, name ? static_cast<int>(std::strlen(name)) : 0, value,
+            value ? static_cast<int>(std::strlen(value)) : 0);
+  ++m_nAttributeCount;
+  return 1;
+}
+
+int CHtmlTagItem::SetAttribute(const char* name, const char* value) {
+  if (!name || !*name)
+    return 0;
+  EnsureAnalysed();
+  m_nTokenFlags |= emTokenModified;
+  MakeAttributesOwned();
+  int i = FindAttribute(name);
+  if (i >= 0) {
+    TagAttribute& rec = m_pAttributes[i];
+    char* fresh = HeapText(value ? value : "", value ? static_cast<int>(std::strlen(value)) : 0);
+    std::free(const_cast<char*>(rec.m_pszValue));
+    rec.m_pszValue = fresh;
+    rec.m_nValueLength = static_cast<int>(std::strlen(fresh));
+    return 1;
+  }
+  int at = m_nAttributeCount;
+  if (at > 0) {
+    const TagAttribute& lastRec = m_pAttributes[at - 1];
+    if (lastRec.m_nValueLength == 0 && lastRec.m_nNameLength == 1 &&
+        (lastRec.m_pszName[0] == '/' || lastRec.m_pszName[0] == '?'))
+      --at;
+  }
+  return InsertRecord(at, name, value);
+}
+
+int CHtmlTagItem::DeleteAttribute(const char* name) {
+  EnsureAnalysed();
+  int i = FindAttribute(name);
+  if (i < 0)
+    return 0;
+  return RemoveAttributeByNum(i);
+}
+
+const char* CHtmlTagItem::GetFirstAttribute(unsigned int& pos, const char*& value) {
+  pos = 0;
+  EnsureAnalysed();
+  if (pos >= static_cast<unsigned>(m_nAttributeCount)) {
+    value = nullptr;
+    return nullptr;
+  }
+  value = m_pAttributes[pos].m_pszValue;
+  return m_pAttributes[pos].m_pszName;
+}
+
+const char* CHtmlTagItem::GetNextAttribute(unsigned int& pos, const char*& value) {
+  ++pos;
+  EnsureAnalysed();
+  if (pos >= static_cast<unsigned>(m_nAttributeCount)) {
+    value = nullptr;
+    return nullptr;
+  }
+  value = m_pAttributes[pos].m_pszValue;
+  return m_pAttributes[pos].m_pszName;
+}
+
+int CHtmlTagItem::GetTotalAttributesNum() {
+  EnsureAnalysed();
+  return m_nAttributeCount;
+}
+
+int CHtmlTagItem::GetAttributeByNum(int n, const char*& name, const char*& value) {
+  EnsureAnalysed();
+  if (n < 0 || n >= m_nAttributeCount)
+    return 0;
+  name = m_pAttributes[n].m_pszName;
+  value = m_pAttributes[n].m_pszValue;
+  return 1;
+}
+
+int CHtmlTagItem::RemoveAttributeByNum(int n) {
+  EnsureAnalysed();
+  if (n < 0 || n >= m_nAttributeCount)
+    return 0;
+  MakeAttributesOwned();
+  std::free(const_cast<char*>(m_pAttributes[n].m_pszName));
+  std::free(const_cast<char*>(m_pAttributes[n].m_pszValue));
+  std::memmove(m_pAttributes + n, m_pAttributes + n + 1,
+               sizeof(TagAttribute) * static_cast<std::size_t>(m_nAttributeCount - n - 1));
+  --m_nAttributeCount;
+  m_nTokenFlags |= emTokenModified;
+  return 1;
+}
+
+int CHtmlTagItem::ReplaceAttributeByNum(int n, const char* name, const char* value) {
+  EnsureAnalysed();
+  if (n < 0 || n >= m_nAttributeCount)
+    return 0;
+  MakeAttributesOwned();
+  TagAttribute& rec = m_pAttributes[n];
+  TagAttribute fresh;
+  SetRecord(fresh, name, name ? static_cast<int>(std::strlen(name)) : 0, value,
+            value ? static_cast<int>(std::strlen(value)) : 0);
+  std::free(const_cast<char*>(rec.m_pszName));
+  std::free(const_cast<char*>(rec.m_pszValue));
+  rec = fresh;
+  m_nTokenFlags |= emTokenModified;
+  return 1;
+}
+
+// ---- Printing ----
+
+void CHtmlTagItem::AppendPrintableText(CByteString& out, EmTextFlag nFlag) {
+  if (nFlag != emTextWithIndentAfter && nFlag != emTextTokenOnly)
+    return;
+  if (!(m_nTokenFlags & emTokenModified)) {
+    AppendOriginal(out, nFlag);
+    return;
+  }
+  if (m_nTagId == emTagIdComment) {
+    // A changed comment keeps its body only when that body is empty: the
+    // test is inverted on purpose, so it prints as "<!---->".
+    out += "<!--";
+    if (!m_nAttributeCount)
+      out += " ";
+    // (a first record's value would be written only when it is empty)
+    out += "-->";
+    return;
+  }
+  out += "<";
+  CString name = GetTagName();
+  if (name.GetLength())
+    out.Append(reinterpret_cast<const unsigned char*>(static_cast<const char*>(name)), name.GetLength());
+  for (int i = 0; i < m_nAttributeCount; ++i) {
+    const TagAttribute& rec = m_pAttributes[i];
+    if (!rec.m_nNameLength)
+      continue;
+    out += " ";
+    out.Append(reinterpret_cast<const unsigned char*>(rec.m_pszName), rec.m_nNameLength);
+    if (rec.m_nValueLength) {
+      out += "=\"";
+      out.Append(reinterpret_cast<const unsigned char*>(rec.m_pszValue), rec.m_nValueLength);
+      out += "\"";
+    }
+  }
+  out += ">";
+  if (nFlag == emTextWithIndentAfter && m_nIndentLength)
+    out.Append(m_pIndent, m_nIndentLength);
+}
+
+CString CHtmlTagItem::GetPrintableText(EmTextFlag nFlag) {
+  CByteString out;
+  AppendPrintableText(out, nFlag);
+  if (out.GetLength() <= 0)
+    return CString();
+  return CString(reinterpret_cast<const char*>(out.GetContent()), out.GetLength());
+}
+
+}  // namespace telvanix

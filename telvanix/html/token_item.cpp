@@ -1,0 +1,454 @@
+#include "telvanix/html/token_item.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "telvanix/html/html_pack.h"
+#include "telvanix/html/tag_item.h"
+#include "telvanix/html/token_arena.h"
+
+namespace telvanix {
+
+// ---- Allocation ----
+//
+// Every token carries one word in front of it telling where its memory came
+// from, so that delete on a token is right whatever made it.
+
+namespace {
+constexpr std::size_t kTokenHeader = 16;
+constexpr std::uint64_t kFromHeap = 0x48454150u;   // "HEAP"
+constexpr std::uint64_t kFromArena = 0x4152454eu;  // "AREN"
+
+unsigned char* CopyBytes(const unsigned char* p, int n) {
+  unsigned char* block = static_cast<unsigned char*>(std::malloc(static_cast<std::size_t>(n) + 1));
+  if (!block)
+    throw std::bad_alloc();
+  if (n > 0)
+    std::memcpy(block, p, static_cast<std::size_t>(n));
+  block[n] = 0;
+  return block;
+}
+
+inline bool IsBlank(unsigned char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+}  // namespace
+
+void* CHtmlTokenItem::operator new(std::size_t size) {
+  void* raw = std::malloc(size + kTokenHeader);
+  if (!raw)
+    throw std::bad_alloc();
+  *static_cast<std::uint64_t*>(raw) = kFromHeap;
+  return static_cast<char*>(raw) + kTokenHeader;
+}
+
+void* CHtmlTokenItem::operator new(std::size_t size, CHtmlTokenArena& arena) {
+  void* raw = arena.Allocate(size + kTokenHeader);
+  *static_cast<std::uint64_t*>(raw) = kFromArena;
+  return static_cast<char*>(raw) + kTokenHeader;
+}
+
+void CHtmlTokenItem::operator delete(void* p) noexcept {
+  if (!p)
+    return;
+  void* raw = static_cast<char*>(p) - kTokenHeader;
+  if (*static_cast<std::uint64_t*>(raw) == kFromHeap)
+    std::free(raw);
+  // Arena memory is given back when the arena is reset.
+}
+
+void CHtmlTokenItem::operator delete(void* p, CHtmlTokenArena& arena) noexcept {
+  (void)p;
+  (void)arena;
+}
+
+// ---- CHtmlTokenItem ----
+
+CHtmlTokenItem::CHtmlTokenItem(EmTokenType nType)
+    : m_nTokenType(nType),
+      m_nTokenFlags(0),
+      m_pOriginal(nullptr),
+      m_nOriginalLength(0),
+      m_nIndentLength(0),
+      m_pIndent(nullptr),
+      m_bOwnOriginal(0),
+      m_bOwnIndent(0),
+      m_bSpacesBefore(0),
+      m_nWordMode(0) {}
+
+CHtmlTokenItem::~CHtmlTokenItem() {
+  if (m_bOwnOriginal)
+    std::free(const_cast<unsigned char*>(m_pOriginal));
+  if (m_bOwnIndent)
+    std::free(const_cast<unsigned char*>(m_pIndent));
+}
+
+void CHtmlTokenItem::AttachOriginalData(const unsigned char* p, int n) {
+  if (m_bOwnOriginal)
+    std::free(const_cast<unsigned char*>(m_pOriginal));
+  m_bOwnOriginal = 0;
+  m_pOriginal = n > 0 ? p : nullptr;
+  m_nOriginalLength = n > 0 ? n : 0;
+}
+
+void CHtmlTokenItem::AttachIndentAfter(const unsigned char* p, int n) {
+  if (m_bOwnIndent)
+    std::free(const_cast<unsigned char*>(m_pIndent));
+  m_bOwnIndent = 0;
+  m_pIndent = n > 0 ? p : nullptr;
+  m_nIndentLength = n > 0 ? n : 0;
+}
+
+int CHtmlTokenItem::SetOriginalData(const unsigned char* first, const unsigned char* last) {
+  if (!first || !last || last < first) {
+    AttachOriginalData(nullptr, 0);
+    return 0;
+  }
+  // Copy before releasing: the range may lie in the present data.
+  int n = static_cast<int>(last - first + 1);
+  unsigned char* block = CopyBytes(first, n);
+  AttachOriginalData(nullptr, 0);
+  m_pOriginal = block;
+  m_nOriginalLength = n;
+  m_bOwnOriginal = 1;
+  return 1;
+}
+
+int CHtmlTokenItem::SetOriginalData(const char* text) {
+  if (!text) {
+    AttachOriginalData(nullptr, 0);
+    return 0;
+  }
+  const unsigned char* p = reinterpret_cast<const unsigned char*>(text);
+  std::size_t n = std::strlen(text);
+  if (n == 0) {
+    AttachOriginalData(nullptr, 0);
+    return 1;
+  }
+  return SetOriginalData(p, p + n - 1);
+}
+
+int CHtmlTokenItem::SetOriginalData(const unsigned char* text) {
+  return SetOriginalData(reinterpret_cast<const char*>(text));
+}
+
+int CHtmlTokenItem::SetOriginalIndentAfter(const unsigned char* first, const unsigned char* last) {
+  if (!first || !last || last < first) {
+    AttachIndentAfter(nullptr, 0);
+    return 0;
+  }
+  int n = static_cast<int>(last - first + 1);
+  unsigned char* block = CopyBytes(first, n);
+  AttachIndentAfter(nullptr, 0);
+  m_pIndent = block;
+  m_nIndentLength = n;
+  m_bOwnIndent = 1;
+  return 1;
+}
+
+int CHtmlTokenItem::SetOriginalIndentAfter(const char* text) {
+  if (!text) {
+    AttachIndentAfter(nullptr, 0);
+    return 0;
+  }
+  const unsigned char* p = reinterpret_cast<const unsigned char*>(text);
+  std::size_t n = std::strlen(text);
+  if (n == 0) {
+    AttachIndentAfter(nullptr, 0);
+    return 1;
+  }
+  return SetOriginalIndentAfter(p, p + n - 1);
+}
+
+int CHtmlTokenItem::Copy(CHtmlTokenItem* pOther) {
+  if (!pOther)
+    return 0;
+  if (pOther == this)
+    return 1;
+  m_nTokenType = pOther->m_nTokenType;
+  m_nTokenFlags = pOther->m_nTokenFlags;
+  if (pOther->m_nOriginalLength > 0)
+    SetOriginalData(pOther->m_pOriginal, pOther->m_pOriginal + pOther->m_nOriginalLength - 1);
+  else
+    AttachOriginalData(nullptr, 0);
+  if (pOther->m_nIndentLength > 0)
+    SetOriginalIndentAfter(pOther->m_pIndent, pOther->m_pIndent + pOther->m_nIndentLength - 1);
+  else
+    AttachIndentAfter(nullptr, 0);
+  return 1;
+}
+
+int CHtmlTokenItem::SetManualIndentBefore(EmManualIndent nIndent) {
+  if (nIndent == emManualIndentNewLine)
+    m_nTokenFlags |= emTokenManualIndentBefore1;
+  else if (nIndent == emManualIndentKeep)
+    m_nTokenFlags |= emTokenManualIndentBefore2;
+  return 1;
+}
+
+int CHtmlTokenItem::SetManualIndentAfter(EmManualIndent nIndent) {
+  if (nIndent == emManualIndentNewLine)
+    m_nTokenFlags |= emTokenManualIndentAfter1;
+  else if (nIndent == emManualIndentKeep)
+    m_nTokenFlags |= emTokenManualIndentAfter2;
+  return 1;
+}
+
+CHtmlTagItem* CHtmlTokenItem::GetSafeTagItemPtr() {
+  return m_nTokenType == emTokenTag ? static_cast<CHtmlTagItem*>(this) : nullptr;
+}
+
+CHtmlTextItem* CHtmlTokenItem::GetSafeTextItemPtr() {
+  return m_nTokenType == emTokenText ? static_cast<CHtmlTextItem*>(this) : nullptr;
+}
+
+CString CHtmlTokenItem::GetOriginalString() const {
+  if (!m_nOriginalLength)
+    return CString();
+  return CString(reinterpret_cast<const char*>(m_pOriginal), m_nOriginalLength);
+}
+
+CString CHtmlTokenItem::GetIndentAfterString() const {
+  if (!m_nIndentLength)
+    return CString();
+  return CString(reinterpret_cast<const char*>(m_pIndent), m_nIndentLength);
+}
+
+void CHtmlTokenItem::AppendOriginal(CByteString& out, EmTextFlag nFlag) const {
+  if (nFlag != emTextWithIndentAfter && nFlag != emTextTokenOnly)
+    return;
+  if (m_nOriginalLength)
+    out.Append(m_pOriginal, m_nOriginalLength);
+  if (nFlag == emTextWithIndentAfter && m_nIndentLength)
+    out.Append(m_pIndent, m_nIndentLength);
+}
+
+// ---- CHtmlTextItem ----
+
+CHtmlTextItem::CHtmlTextItem() : CHtmlTokenItem(emTokenText), m_pWordText(nullptr), m_nWordLength(0) {}
+
+CHtmlTextItem::CHtmlTextItem(const char* text) : CHtmlTextItem() {
+  SetOriginalData(text);
+  m_nTokenFlags |= emTokenInserted;
+  Analyse(emAnalyseFull);
+}
+
+CHtmlTextItem::~CHtmlTextItem() { ReleaseWordText(); }
+
+void CHtmlTextItem::ReleaseWordText() {
+  if (m_nWordMode == emWordString)
+    delete m_pWordText;
+  m_pWordText = nullptr;
+  m_nWordLength = 0;
+  m_nWordMode = emWordNone;
+}
+
+int CHtmlTextItem::Copy(CHtmlTextItem* pOther) {
+  if (!pOther)
+    return 0;
+  if (pOther == this)
+    return 1;
+  CHtmlTokenItem::Copy(pOther);
+  m_bSpacesBefore = pOther->m_bSpacesBefore;
+  ReleaseWordText();
+  if (pOther->m_nWordMode != emWordNone) {
+    CWordString* copy = new CWordString;
+    int n = pOther->GetWordTextLength();
+    if (n > 0) {
+      std::vector<unsigned short> units(static_cast<std::size_t>(n));
+      for (int i = 0; i < n; ++i)
+        units[static_cast<std::size_t>(i)] = pOther->GetWordTextAt(i);
+      copy->Assign(units.data(), n);
+    }
+    m_pWordText = copy;
+    m_nWordMode = emWordString;
+  }
+  return 1;
+}
+
+int CHtmlTextItem::IsSpaceOnly(const unsigned char* first, const unsigned char* last) {
+  if (!first || !last)
+    return 1;
+  for (const unsigned char* p = first; p <= last; ++p)
+    if (!IsBlank(*p))
+      return 0;
+  return 1;
+}
+
+int CHtmlTextItem::Analyse(int nFlags) { return AnalyseIn(nFlags, nullptr); }
+
+int CHtmlTextItem::AnalyseIn(int nFlags, CHtmlTokenArena* pArena) {
+  if (!(nFlags & (emAnalyseIdentify | emAnalyseFull)))
+    return 1;
+  if ((nFlags & emAnalyseFull) && (m_nTokenFlags & emTokenAnalysed))
+    return 1;
+  if ((nFlags & emAnalyseIdentify) && (m_nTokenFlags & emTokenIdentified))
+    return 1;
+  if (nFlags & emAnalyseMark)
+    m_nTokenFlags |= emTokenAnalyseMark;
+  m_nTokenFlags |= emTokenIdentified;
+  if (!(nFlags & emAnalyseFull))
+    return 1;
+
+  if (!m_pOriginal || m_nOriginalLength <= 0)
+    return 0;
+  const unsigned char* first = m_pOriginal;
+  const unsigned char* end = m_pOriginal + m_nOriginalLength;
+  bool raw = (nFlags & emAnalyseRaw) != 0;
+  if (!raw) {
+    while (first < end && (*first == '\r' || *first == '\n'))
+      ++first;
+    while (end > first && (end[-1] == '\r' || end[-1] == '\n'))
+      --end;
+    if (first == end)
+      return 0;
+  }
+  int n = static_cast<int>(end - first);
+
+  ReleaseWordText();
+  if (raw || !std::memchr(first, '&', static_cast<std::size_t>(n))) {
+    // Without a reference the decoded text is the bytes widened one to one;
+    // keep a view of them instead of a second copy.
+    if (m_bOwnOriginal && !pArena) {
+      m_pWordText = new CWordString;
+      m_pWordText->Assign(first, n);
+      m_nWordMode = emWordString;
+    } else {
+      m_pWordBytes = first;
+      m_nWordMode = emWordBytes;
+    }
+    m_nWordLength = n;
+  } else {
+    CWordString decoded;
+    CHtmlPack::HtmlToText(decoded, first, n, 1);
+    if (pArena) {
+      int len = decoded.GetLength();
+      unsigned short* units =
+          static_cast<unsigned short*>(pArena->Allocate(sizeof(unsigned short) * (static_cast<std::size_t>(len) + 1)));
+      if (len)
+        std::memcpy(units, decoded.GetContent(), sizeof(unsigned short) * static_cast<std::size_t>(len));
+      units[len] = 0;
+      m_pWordUnits = units;
+      m_nWordLength = len;
+      m_nWordMode = emWordUnits;
+    } else {
+      m_pWordText = new CWordString(std::move(decoded));
+      m_nWordMode = emWordString;
+    }
+  }
+  m_nTokenFlags |= emTokenAnalysed;
+  return 1;
+}
+
+int CHtmlTextItem::GetWordTextLength() {
+  if (!(m_nTokenFlags & emTokenAnalysed) && m_nWordMode == emWordNone)
+    Analyse(emAnalyseFull);
+  if (m_nWordMode == emWordString)
+    return m_pWordText->GetLength();
+  return m_nWordMode == emWordNone ? 0 : m_nWordLength;
+}
+
+unsigned short CHtmlTextItem::GetWordTextAt(int nIndex) {
+  switch (m_nWordMode) {
+    case emWordBytes:
+      return nIndex >= 0 && nIndex < m_nWordLength ? m_pWordBytes[nIndex] : 0;
+    case emWordUnits:
+      return nIndex >= 0 && nIndex < m_nWordLength ? m_pWordUnits[nIndex] : 0;
+    case emWordString:
+      return nIndex >= 0 && nIndex < m_pWordText->GetLength() ? m_pWordText->GetContent()[nIndex] : 0;
+    default:
+      return 0;
+  }
+}
+
+CWordString* CHtmlTextItem::MaterializeWordText() {
+  if (m_nWordMode == emWordString)
+    return m_pWordText;
+  CWordString* text = new CWordString;
+  if (m_nWordMode == emWordBytes && m_nWordLength > 0)
+    text->Assign(m_pWordBytes, m_nWordLength);
+  else if (m_nWordMode == emWordUnits && m_nWordLength > 0)
+    text->Assign(m_pWordUnits, m_nWordLength);
+  m_pWordText = text;
+  m_nWordMode = emWordString;
+  return text;
+}
+
+CWordString* CHtmlTextItem::GetWordText() {
+  if (!(m_nTokenFlags & emTokenAnalysed) && m_nWordMode == emWordNone)
+    Analyse(emAnalyseFull);
+  return MaterializeWordText();
+}
+
+CString CHtmlTextItem::GetText() {
+  int n = GetWordTextLength();
+  if (n <= 0)
+    return CString();
+  if (m_nWordMode == emWordBytes)
+    return CString(reinterpret_cast<const char*>(m_pWordBytes), n);
+  CString text;
+  char* buffer = text.GetBufferSetLength(n);
+  for (int i = 0; i < n; ++i)
+    buffer[i] = static_cast<char>(GetWordTextAt(i) & 0xFF);
+  text.ReleaseBuffer(n);
+  return text;
+}
+
+int CHtmlTextItem::SetText(const char* text) {
+  m_nTokenFlags |= emTokenModified;
+  ReleaseWordText();
+  CWordString* word = new CWordString;
+  if (text && *text)
+    word->Assign(reinterpret_cast<const unsigned char*>(text), -1);
+  m_pWordText = word;
+  m_nWordMode = emWordString;
+  return 1;
+}
+
+int CHtmlTextItem::SetWordText(CWordString* pText) {
+  m_nTokenFlags |= emTokenModified;
+  ReleaseWordText();
+  CWordString* word = pText ? new CWordString(*pText) : new CWordString;
+  m_pWordText = word;
+  m_nWordMode = emWordString;
+  return 1;
+}
+
+void CHtmlTextItem::AppendPrintableText(CByteString& out, EmTextFlag nFlag) {
+  if ((m_nTokenFlags & emTokenModified) && (nFlag == emTextWithIndentAfter || nFlag == emTextTokenOnly)) {
+    // Low byte of every unit, no encoding: whoever changed the text put
+    // markup-safe text in.
+    int n = GetWordTextLength();
+    if (m_nWordMode == emWordBytes) {
+      if (n > 0)
+        out.Append(m_pWordBytes, n);
+    } else if (n > 0) {
+      unsigned char chunk[256];
+      int used = 0;
+      for (int i = 0; i < n; ++i) {
+        chunk[used++] = static_cast<unsigned char>(GetWordTextAt(i) & 0xFF);
+        if (used == static_cast<int>(sizeof(chunk))) {
+          out.Append(chunk, used);
+          used = 0;
+        }
+      }
+      if (used)
+        out.Append(chunk, used);
+    }
+    if (nFlag == emTextWithIndentAfter && m_nIndentLength)
+      out.Append(m_pIndent, m_nIndentLength);
+    return;
+  }
+  AppendOriginal(out, nFlag);
+}
+
+CString CHtmlTextItem::GetPrintableText(EmTextFlag nFlag) {
+  CByteString out;
+  AppendPrintableText(out, nFlag);
+  if (out.GetLength() <= 0)
+    return CString();
+  return CString(reinterpret_cast<const char*>(out.GetContent()), out.GetLength());
+}
+
+}  // namespace telvanix
