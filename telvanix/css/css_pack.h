@@ -9,6 +9,7 @@
 
 #include "telvanix/css/css_logical_line.h"
 #include "telvanix/css/css_scanner.h"
+#include "telvanix/css/css_style.h"
 #include "telvanix/foundation/byte_string.h"
 #include "telvanix/foundation/rgl_list.h"
 #include "telvanix/foundation/rgl_object.h"
@@ -18,7 +19,6 @@
 
 namespace telvanix {
 
-class CCssStyle;
 
 class TELVANIX_API CCssPack : public CRglObject {
  public:

@@ -1,0 +1,193 @@
+#include "telvanix/css/css_style.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "telvanix/css/css_pack.h"
+#include "telvanix/css/css_selector.h"
+#include "telvanix/html/tag_item.h"
+
+namespace telvanix {
+namespace {
+
+using CSelector = CCssStyleSelectors::CSelector;
+
+std::string Name(const unsigned char* text) { return std::string(CCssStyle::NormalizeName(text)); }
+std::string Name(const char* text) { return Name(reinterpret_cast<const unsigned char*>(text)); }
+
+TEST(CssStyleTest, NameIsNormalisedAndChainSplit) {
+  CCssStyle style("div   /* x */ p ", "", nullptr);
+  EXPECT_EQ(std::string(style.GetStyleName()), "div p");
+  EXPECT_EQ(style.GetStyleSelectors()->GetSize(), 2);
+  EXPECT_EQ(style.IsContextualSelector(), 1);
+  ASSERT_NE(style.GetLastSelector(), nullptr);
+  EXPECT_EQ(std::string(style.GetLastSelector()->GetElementName()), "p");
+  EXPECT_EQ(style.GetLastSelector()->GetTagId(), CHtmlTagItem("p").GetTagId());
+  EXPECT_NE(style.GetLastSelector()->GetTagId(), 0);
+
+  EXPECT_EQ(Name("h1, h2"), "h1, h2");
+  EXPECT_EQ(Name("  a[title='x y']   b  "), "a[title='x y'] b");
+  EXPECT_EQ(Name(""), "");
+  EXPECT_EQ(std::string(CCssStyle::NormalizeName(nullptr)), "");
+}
+
+TEST(CssStyleTest, InlineStyleHasNoNameNorChain) {
+  CCssStyle inlineStyle(nullptr, "color: red; font-size: 10pt", nullptr);
+  EXPECT_EQ(std::string(inlineStyle.GetStyleName()), "");
+  EXPECT_EQ(inlineStyle.GetStyleSelectors()->GetSize(), 0);
+  EXPECT_EQ(inlineStyle.GetLastSelector(), nullptr);
+  EXPECT_EQ(inlineStyle.GetUniqueBlockStyleName(), nullptr);
+  EXPECT_EQ(inlineStyle.IsContextualSelector(), 0);
+  EXPECT_EQ(std::string(inlineStyle.GetPrintableString(nullptr)), "color:red; font-size:10pt; ");
+  EXPECT_EQ(std::string(inlineStyle.GetOriginalString()), "color: red; font-size: 10pt");
+}
+
+TEST(CssStyleTest, BodyIsReadLazilyUnlessAListWasGiven) {
+  CCssStyleProperty given;
+  given.SetProperty("color", "blue");
+  CCssStyle withList("p", "color: red", &given);
+  CString value;
+  ASSERT_EQ(withList.GetStyleProperty()->GetProperty("color", value), 1);
+  EXPECT_EQ(std::string(value), "blue");  // the given list wins over the body text
+
+  CCssStyle fromBody("p", " margin-left : 2pt ", nullptr);
+  ASSERT_EQ(fromBody.GetStyleProperty()->GetProperty("margin-left", value), 1);
+  EXPECT_EQ(std::string(value), "2pt");
+  EXPECT_NE(fromBody.GetStyleFormat(), nullptr);
+  EXPECT_EQ(std::string(fromBody.GetOriginalString()), "p { margin-left : 2pt  }");
+  EXPECT_EQ(std::string(fromBody.GetPrintableString(nullptr)), "p { margin-left:2pt;  }");
+}
+
+TEST(CssStyleTest, SimpleSelectorParts) {
+  CSelector hover("a:hover");
+  EXPECT_EQ(std::string(hover.GetElementName()), "a");
+  EXPECT_EQ(hover.GetPartKind(), CSelector::emPartPseudo);
+  EXPECT_EQ(std::string(hover.GetPartText()), "hover");
+  EXPECT_NE(hover.GetTagId(), 0);
+
+  CSelector note(".note");
+  EXPECT_EQ(std::string(note.GetElementName()), "");
+  EXPECT_EQ(note.GetPartKind(), CSelector::emPartClass);
+  EXPECT_EQ(std::string(note.GetPartText()), "note");
+  EXPECT_EQ(note.GetTagId(), 0u);
+  EXPECT_EQ(note.GetMjrType(), 0u);
+
+  CSelector top("#top");
+  EXPECT_EQ(top.GetPartKind(), CSelector::emPartId);
+  EXPECT_EQ(std::string(top.GetPartText()), "top");
+
+  CSelector twoClasses("p.a.b");
+  EXPECT_EQ(std::string(twoClasses.GetPartText()), "a.b");
+
+  // A byte of 128 or above ends the element name, as a blank does.
+  CSelector high("p\xE9x.c");
+  EXPECT_EQ(std::string(high.GetElementName()), "p");
+  EXPECT_EQ(high.GetPartKind(), CSelector::emPartNone);
+
+  CSelector unknown("blink2");
+  EXPECT_NE(unknown.GetTagId() & 0x20000000u, 0u);
+
+  CSelector empty;
+  EXPECT_EQ(empty.GetPartKind(), 0);
+  CSelector fromNull(nullptr);
+  EXPECT_EQ(fromNull.Compare(&empty), 1);
+}
+
+TEST(CssStyleTest, ChainsCompareWithCase) {
+  CCssStyleSelectors upper, lower, lower2, empty1, empty2;
+  upper.Analyse("P.Note");
+  lower.Analyse("p.note");
+  lower2.Analyse("p.note");
+  EXPECT_EQ(upper.Compare(&lower), 0);
+  EXPECT_EQ(lower.Compare(&lower2), 1);
+  EXPECT_EQ(empty1.Compare(&empty2), 1);
+  EXPECT_EQ(lower.Compare(static_cast<CCssStyleSelectors*>(nullptr)), 0);
+
+  CCssStyleSelectors two;
+  two.Analyse("div p.note");
+  EXPECT_EQ(two.Compare(&lower), 0);
+  CSelector single("p.note");
+  EXPECT_EQ(lower.Compare(&single), 1);
+  EXPECT_EQ(two.Compare(&single), 0);
+
+  CCssStyleSelectors copy;
+  EXPECT_EQ(copy.Copy(&two), 1);
+  EXPECT_EQ(copy.Compare(&two), 1);
+  EXPECT_EQ(copy.Copy(&two), 1);  // appends
+  EXPECT_EQ(copy.GetSize(), 4);
+  EXPECT_EQ(two.Analyse(""), 0);
+  EXPECT_EQ(two.Analyse(nullptr), 0);
+}
+
+TEST(CssStyleTest, MergingAppendsBodyAfterMarker) {
+  CCssStyle first("p", "a:b", nullptr);
+  CCssStyle second("P", "c:d", nullptr);
+  CCssStyle other("q", "e:f", nullptr);
+  EXPECT_EQ(first.InheritNew(&other), 0);
+  EXPECT_EQ(first.InheritNew(nullptr), 0);
+  EXPECT_EQ(first.IsInheritedStyle(), 0);
+  ASSERT_EQ(first.InheritNew(&second), 1);
+  EXPECT_EQ(first.IsInheritedStyle(), 1);
+  EXPECT_EQ(std::string(first.GetBodyText()), "a:b\n/* Css Append */\nc:d");
+  EXPECT_EQ(first.GetStyleProperty()->GetPropertyCount(), 2);
+
+  // Concat keeps both pairs of a repeated name; the first is the one found.
+  CCssStyle red("h1", "color:red", nullptr);
+  CCssStyle blue("h1", "color:blue", nullptr);
+  red.InheritNew(&blue);
+  CString value;
+  red.GetStyleProperty()->GetProperty("color", value);
+  EXPECT_EQ(std::string(value), "red");
+  EXPECT_EQ(std::string(red.GetPrintableString(nullptr)), "h1 { color:red; color:blue;  }");
+}
+
+TEST(CssStyleTest, SameNameByHash) {
+  CCssStyle style("Div P", "", nullptr);
+  EXPECT_EQ(style.IsSameStyleName("div p"), 1);
+  EXPECT_EQ(style.IsSameStyleName("div\tp"), 0);  // the tab is ignored, the space is not
+  EXPECT_EQ(style.IsSameStyleName("divp"), 0);
+  EXPECT_EQ(style.IsSameStyleName(static_cast<const char*>(nullptr)), 0);
+  CCssStyle twin("div  p", "", nullptr);
+  EXPECT_EQ(style.IsSameStyleName(&twin), 1);
+}
+
+TEST(CssStyleTest, UniqueBlockStyleNameOnlyForBlockElements) {
+  CCssStyle para("p", "", nullptr);
+  ASSERT_NE(para.GetUniqueBlockStyleName(), nullptr);
+  EXPECT_EQ(std::string(para.GetUniqueBlockStyleName()), "p");
+  EXPECT_EQ(para.SuffixUniqueBlockStyleName("_2"), 1);
+  EXPECT_EQ(std::string(para.GetUniqueBlockStyleName()), "p_2");
+
+  CCssStyle heading("div h1.big", "", nullptr);
+  ASSERT_NE(heading.GetUniqueBlockStyleName(), nullptr);
+  EXPECT_EQ(std::string(heading.GetUniqueBlockStyleName()), "div h1.big");
+
+  CCssStyle inlineElement("span", "", nullptr);
+  EXPECT_EQ(inlineElement.GetUniqueBlockStyleName(), nullptr);
+  EXPECT_EQ(inlineElement.SuffixUniqueBlockStyleName("x"), 0);
+  CCssStyle classOnly(".note", "", nullptr);
+  EXPECT_EQ(classOnly.GetUniqueBlockStyleName(), nullptr);
+}
+
+TEST(CssStyleTest, CopyIsDeep) {
+  CCssStyle source("div p.note", "color:red", nullptr);
+  source.RemoveLine();
+  CCssStyle copy;
+  EXPECT_EQ(copy.Copy(&source), 1);
+  EXPECT_EQ(copy.Copy(nullptr), 0);
+  EXPECT_EQ(copy.IsRemovedLine(), 1);
+  EXPECT_EQ(std::string(copy.GetStyleName()), "div p.note");
+  EXPECT_EQ(copy.GetStyleSelectors()->Compare(source.GetStyleSelectors()), 1);
+  EXPECT_NE(copy.GetLastSelector(), source.GetLastSelector());
+  source.GetStyleProperty()->SetProperty("color", "blue");
+  CString value;
+  copy.GetStyleProperty()->GetProperty("color", value);
+  EXPECT_EQ(std::string(value), "red");
+  EXPECT_EQ(copy.Default(), 1);
+  EXPECT_EQ(copy.IsRemovedLine(), 0);
+  EXPECT_EQ(copy.GetStyleSelectors()->GetSize(), 0);
+}
+
+}  // namespace
+}  // namespace telvanix
