@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Fetches two Debian packages full of real stylesheets (fp-docs-3.2.2,
+# libjs-bootstrap4), unpacks them under corpus/css (git-ignored) and checks
+# that the stylesheet parser's canonical save is stable over every .css in
+# them, at-rules kept byte for byte (bench/css_corpus_check.cpp).
+#   tools/css_corpus_check.sh [BUILD_DIR]
+# BUILD_DIR (default ../build-css-corpus beside the repository) gets a
+# Release build of the library and the checker.
+set -euo pipefail
+
+repo="$(cd "$(dirname "$0")/.." && pwd)"
+build="${1:-$repo/../build-css-corpus}"
+work="$repo/corpus/css"
+mkdir -p "$work/debs" "$work/root" "$build"
+
+cd "$work/debs"
+for pkg in fp-docs-3.2.2 libjs-bootstrap4; do
+  if ! ls "${pkg}"_*.deb >/dev/null 2>&1; then
+    apt-get download "$pkg"
+  fi
+done
+for deb in *.deb; do
+  dpkg -x "$deb" "$work/root"
+done
+
+cmake -S "$repo" -B "$build" -DCMAKE_BUILD_TYPE=Release -DTELVANIX_BUILD_TESTS=OFF \
+  -DTELVANIX_BUILD_TOOLS=OFF >/dev/null
+cmake --build "$build" --target telvanix -j2 >/dev/null
+c++ -std=c++20 -O2 -I"$repo" "$repo/bench/css_corpus_check.cpp" -L"$build" -ltelvanix \
+  -Wl,-rpath,"$build" -o "$build/css_corpus_check"
+
+echo "stylesheets: $(find "$work/root" -name '*.css' | wc -l) files under $work/root"
+"$build/css_corpus_check" "$work/root"
