@@ -24,6 +24,7 @@
 #include "telvanix/html/tag_item.h"
 #include "telvanix/html/token_list.h"
 #include "telvanix/html/html_pack.h"
+#include "telvanix/topic/html_file_ex.h"
 #include "telvanix/platform/win_records.h"
 #include "telvanix/platform/gdi_font.h"
 #include "telvanix/platform/page_setup_dialog.h"
