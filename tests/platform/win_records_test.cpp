@@ -1,5 +1,6 @@
 #include "telvanix/platform/win_records.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -108,6 +109,14 @@ class PaperSizeScope {
   std::string m_old;
 };
 
+// Release 2 of libpaper reads its own configuration places (not PAPERCONF)
+// and may replace an unknown name by the locale's paper.
+bool HasPaperLibrary2() {
+  void* handle = dlopen("libpaper.so.2", RTLD_LAZY | RTLD_LOCAL);
+  if (handle) dlclose(handle);
+  return handle != nullptr;
+}
+
 PAGESETUPDLGA ReturnDefaultRecord(DWORD extraFlags) {
   PAGESETUPDLGA record;
   std::memset(&record, 0, sizeof(record));
@@ -200,6 +209,9 @@ TEST(PageSetupDialogTest, RequestedUnitIsKeptAndConvertedInto) {
 }
 
 TEST(PageSetupDialogTest, UnknownPaperFallsBackToLetter) {
+  if (HasPaperLibrary2()) {
+    GTEST_SKIP() << "libpaper 2 chooses its own fallback paper";
+  }
   PaperSizeScope paper("no-such-paper");
   SystemPaper found;
   GetSystemDefaultPaper(found);
@@ -210,6 +222,9 @@ TEST(PageSetupDialogTest, UnknownPaperFallsBackToLetter) {
 }
 
 TEST(PageSetupDialogTest, PaperConfigurationFileNamesThePaper) {
+  if (HasPaperLibrary2()) {
+    GTEST_SKIP() << "libpaper 2 does not read PAPERCONF";
+  }
   const char* oldSize = std::getenv("PAPERSIZE");
   std::string keptSize = oldSize ? oldSize : "";
   const char* oldConf = std::getenv("PAPERCONF");
