@@ -30,3 +30,6 @@
 #include "telvanix/platform/page_setup_dialog.h"
 #include "telvanix/system/sys_font.h"
 #include "telvanix/system/sys_page.h"
+#include "telvanix/sitemap/sitemap_entry.h"
+#include "telvanix/sitemap/site_properties.h"
+#include "telvanix/sitemap/file_sitemap.h"
