@@ -1,0 +1,703 @@
+#include "telvanix/html/entity_tree.h"
+
+#include <new>
+
+#include "telvanix/html/tag_item.h"
+#include "telvanix/html/token_item.h"
+#include "telvanix/html/token_list.h"
+
+namespace telvanix {
+
+namespace {
+
+constexpr int kEndBit = 0x10000000;
+constexpr int kTextId = 0x40000000;
+
+constexpr int kDoctype = 0x10, kHtml = 0x20, kHead = 0x30, kBody = 0x40, kFrameset = 0x50;
+constexpr int kIns = 0x22000, kDel = 0x22010;
+
+using Flag = CHtmlTokenItem::EmTokenFlag;
+constexpr Flag kDiscarded = CHtmlTokenItem::emTokenDiscarded;
+constexpr Flag kPairedUnknown = CHtmlTokenItem::emTokenPairedUnknown;
+constexpr Flag kStrayEnd = CHtmlTokenItem::emTokenStrayEndTag;
+constexpr Flag kUnclosed = CHtmlTokenItem::emTokenUnclosed;
+constexpr Flag kPaired = CHtmlTokenItem::emTokenPaired;
+constexpr Flag kRecovered = CHtmlTokenItem::emTokenRecoveryInserted;
+constexpr Flag kOutside = CHtmlTokenItem::emTokenOutsideHtml;
+constexpr Flag kMisplaced = CHtmlTokenItem::emTokenMisplaced;
+constexpr Flag kReopened = CHtmlTokenItem::emTokenReopened;
+
+inline bool HasFlag(const CHtmlTokenItem* pToken, DWORD dwFlag) {
+  return pToken != nullptr && (pToken->GetTokenFlag() & dwFlag) != 0;
+}
+
+// The inline formatting that is carried into following containers when a
+// container closes it (A, SPAN and BDO are not).
+bool IsSuspendableTagId(int nBaseId) {
+  switch (nBaseId) {
+    case 0x20000: case 0x20010: case 0x20020: case 0x20030:  // TT I B U
+    case 0x20040: case 0x20050: case 0x20060: case 0x20070:  // S STRIKE BIG SMALL
+    case 0x20100: case 0x20110: case 0x20120: case 0x20130:  // EM STRONG DFN CODE
+    case 0x20140: case 0x20150: case 0x20160: case 0x20170:  // SAMP KBD VAR CITE
+    case 0x20180: case 0x20190: case 0x20240: case 0x20280:  // ACRONYM BLINK FONT Q
+    case 0x20290: case 0x202A0:                              // SUB SUP
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool InIdList(const int* pIds, int nCount, int nId) {
+  for (int i = 0; i < nCount && pIds[i] != 0; ++i)
+    if (pIds[i] == nId) return true;
+  return false;
+}
+
+template <std::size_t N>
+bool InIdList(const int (&ids)[N], int nId) {
+  return InIdList(ids, static_cast<int>(N), nId);
+}
+
+// A new outline tag made from its literal text, marked as a repair.
+CHtmlTagItem* NewOutlineTag(const char* pszText) {
+  CHtmlTagItem* pTag = new CHtmlTagItem(pszText);
+  pTag->SetTokenFlag(kRecovered);
+  return pTag;
+}
+
+}  // namespace
+
+// ---- construction ----
+
+CHtmlEntityTree::CHtmlEntityTree() : m_pRoot(nullptr), m_pTokenList(nullptr) { Resume(); }
+
+CHtmlEntityTree::~CHtmlEntityTree() { delete m_pRoot; }
+
+void CHtmlEntityTree::Resume() {
+  delete m_pRoot;
+  m_pRoot = nullptr;
+  for (CHtmlEntityNode*& pNode : m_pRegisteredEntities) pNode = nullptr;
+  for (OutlineRecord& rec : m_OutlineRecords) rec = OutlineRecord{nullptr, nullptr, 0, 0};
+  m_nMismatchCount = 0;
+  m_bHasText = 0;
+}
+
+int CHtmlEntityTree::Build(CHtmlTokenList* pList, int nFlags) {
+  if (pList == nullptr) return 0;
+  m_pTokenList = pList;
+  Resume();
+  try {
+    CheckMatchTags(nFlags);
+    Recover(nFlags);
+    BuildTree(nFlags);
+  } catch (...) {
+    // Out of memory part way: what was built stays consistent (every node
+    // is linked to its parent as soon as it is made).
+    return 0;
+  }
+  return 1;
+}
+
+CHtmlEntityNode* CHtmlEntityTree::GetEntityNode(EmEntityNodeType nType) const {
+  if (nType == emRootEntity) return m_pRoot;
+  if (nType >= emHtmlEntity && nType <= emFramesetEntity) return m_pRegisteredEntities[nType - 1];
+  return nullptr;
+}
+
+const CHtmlEntityTree::OutlineRecord* CHtmlEntityTree::GetOutlineRecord(int nRecord) const {
+  if (nRecord < 0 || nRecord >= emOutlineRecordCount) return nullptr;
+  return &m_OutlineRecords[nRecord];
+}
+
+// ---- tag matching ----
+
+int CHtmlEntityTree::CheckMatchTags(int nFlags) {
+  if (m_pTokenList == nullptr) return 1;
+  CHtmlTokenList& list = *m_pTokenList;
+  CHtmlEntityStack stack(0);
+  m_nMismatchCount = 0;
+
+  for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
+    POSITION posToken = pos;
+    CHtmlTokenItem* pToken = list.GetNext(pos);
+    if (pToken == nullptr || pToken->IsDiscardedToken()) continue;
+    if (pToken->IsTextToken()) {
+      m_bHasText = 1;
+      continue;
+    }
+    CHtmlTagItem* pTag = pToken->GetSafeTagItemPtr();
+    if (pTag == nullptr) continue;
+
+    if (nFlags & emBuildHtml)
+      CollectHtmlMatchInfo(pTag, posToken);
+    else if (nFlags & emBuildXml)
+      CollectXmlMatchInfo(pTag, posToken);
+
+    if (!pTag->IsEndTag()) {
+      if (pTag->GetCntType() != 0 || pTag->IsUnknownTag()) stack.Push(pTag, posToken);
+      continue;
+    }
+
+    if (stack.GetStackLevel() < 1) {
+      ++m_nMismatchCount;
+      pTag->SetTokenFlag(kStrayEnd);
+      continue;
+    }
+    const int nBaseId = pTag->GetTagId() & ~kEndBit;
+    bool bMatched = false;
+    for (int nLevel = stack.GetStackLevel(); nLevel >= 1; --nLevel) {
+      EntityStackItem* pItem = stack.GetEntityStackItem(nLevel);
+      CHtmlTagItem* pOpen = pItem->m_pTag;
+      if (pOpen == nullptr) break;
+      if (pItem->m_nTagId == nBaseId) {
+        if (pTag->IsUnknownTag()) {
+          pOpen->ChangeUnknownTagIndex(4);
+          pTag->ChangeUnknownTagIndex(4);
+          pOpen->SetTokenFlag(kPairedUnknown);
+          pTag->SetTokenFlag(kPairedUnknown);
+        }
+        pOpen->SetTokenFlag(kPaired);
+        pTag->SetTokenFlag(kPaired);
+        stack.BackStackLevel(nLevel - 1);
+        bMatched = true;
+        break;
+      }
+      // An unknown tag passed over by another end tag is taken as empty, and
+      // the walk ends there: the end tag counts as unmatched even when its
+      // start tag is open further down.
+      if (pOpen->IsUnknownTag()) {
+        pOpen->ChangeUnknownTagIndex(2);
+        break;
+      }
+      if (pOpen->GetCntType() == 0) {
+        pTag->SetTokenFlag(kStrayEnd);
+      } else if (pOpen->GetOcrType() == 2) {
+        pOpen->SetTokenFlag(kUnclosed);
+        ++m_nMismatchCount;
+      } else if (pOpen->GetOcrType() == 1) {
+        pOpen->SetTokenFlag(kUnclosed);
+      }
+    }
+    if (!bMatched) {
+      ++m_nMismatchCount;
+      pTag->SetTokenFlag(kStrayEnd);
+    }
+  }
+
+  while (stack.GetStackLevel() > 0) {
+    CHtmlTagItem* pOpen = stack.GetTop()->m_pTag;
+    if (pOpen != nullptr) {
+      if (pOpen->IsUnknownTag())
+        pOpen->ChangeUnknownTagIndex(2);
+      else if (pOpen->GetCntType() != 0)
+        pOpen->SetTokenFlag(kUnclosed);
+    }
+    stack.Pop();
+  }
+
+  const OutlineRecord& html = m_OutlineRecords[emOutlineHtml];
+  if (html.m_posFirst != nullptr && html.m_posLast != nullptr) {
+    CHtmlTokenItem* pFirst = list.GetTokenItem(list.GetHeadPosition());
+    CHtmlTokenItem* pLast = list.GetTokenItem(list.GetTailPosition());
+    if (pFirst != nullptr && pFirst->IsTextToken()) {
+      pFirst->SetTokenFlag(kDiscarded);
+      pFirst->SetTokenFlag(kOutside);
+    }
+    if (pLast != nullptr && pLast->IsTextToken()) {
+      pLast->SetTokenFlag(kDiscarded);
+      pLast->SetTokenFlag(kOutside);
+    }
+  }
+  return m_nMismatchCount != 0 ? 1 : 0;
+}
+
+int CHtmlEntityTree::CollectHtmlMatchInfo(CHtmlTagItem* pTag, POSITION pos) {
+  if (pTag == nullptr || pTag->IsUnknownTag()) return 0;
+  const int nId = pTag->GetTagId();
+  const int nBaseId = nId & ~kEndBit;
+  OutlineRecord* pRec = nullptr;
+  switch (nId & 0xF0000) {
+    case 0x00000:
+      switch (nBaseId) {
+        case kHtml: pRec = &m_OutlineRecords[emOutlineHtml]; break;
+        case kHead: pRec = &m_OutlineRecords[emOutlineHead]; break;
+        case kBody: pRec = &m_OutlineRecords[emOutlineBody]; break;
+        case kFrameset: pRec = &m_OutlineRecords[emOutlineFrameset]; break;
+        default: return 1;
+      }
+      if (pTag->IsEndTag()) {
+        pRec->m_posLast = pos;
+        ++pRec->m_nEndCount;
+      } else {
+        if (pRec->m_posFirst == nullptr) pRec->m_posFirst = pos;
+        ++pRec->m_nStartCount;
+      }
+      return 1;
+    case 0x10000:
+      // Head tags after the body has begun belong to the body, not the head.
+      if (m_OutlineRecords[emOutlineBodyContent].m_posFirst != nullptr ||
+          m_OutlineRecords[emOutlineFrameContent].m_posFirst != nullptr)
+        return 1;
+      pRec = &m_OutlineRecords[emOutlineHeadContent];
+      break;
+    case 0x20000:
+      pRec = &m_OutlineRecords[emOutlineBodyContent];
+      break;
+    case 0x30000:
+      pRec = &m_OutlineRecords[emOutlineFrameContent];
+      break;
+    default:
+      return 1;
+  }
+  if (pRec->m_posFirst == nullptr)
+    pRec->m_posFirst = pos;
+  else
+    pRec->m_posLast = pos;
+  return 1;
+}
+
+int CHtmlEntityTree::CollectXmlMatchInfo(CHtmlTagItem*, POSITION) { return 1; }
+
+// ---- recovery ----
+
+int CHtmlEntityTree::Recover(int nFlags) {
+  if (nFlags & emBuildHtml) {
+    RecoverHtmlOutline();
+    RecoverHtmlTokenList(nFlags);
+  } else if (nFlags & emBuildXml) {
+    RecoverXmlOutline();
+    RecoverXmlTokenList(nFlags);
+  }
+  return 1;
+}
+
+int CHtmlEntityTree::RecoverHtmlOutline() {
+  if (m_pTokenList == nullptr) return 0;
+  CHtmlTokenList& list = *m_pTokenList;
+  OutlineRecord& html = m_OutlineRecords[emOutlineHtml];
+  OutlineRecord& head = m_OutlineRecords[emOutlineHead];
+  OutlineRecord& body = m_OutlineRecords[emOutlineBody];
+  const OutlineRecord& headContent = m_OutlineRecords[emOutlineHeadContent];
+  const OutlineRecord& bodyContent = m_OutlineRecords[emOutlineBodyContent];
+
+  if (html.m_posFirst == nullptr) {
+    html.m_posFirst = list.InsertBefore(list.GetHeadPosition(), NewOutlineTag("<HTML>"));
+    ++html.m_nStartCount;
+  }
+  if (html.m_posLast == nullptr) {
+    html.m_posLast = list.InsertAfter(list.GetTailPosition(), NewOutlineTag("</HTML>"));
+    ++html.m_nEndCount;
+  }
+  if (headContent.m_posFirst != nullptr && head.m_posFirst == nullptr) {
+    head.m_posFirst = list.InsertBefore(headContent.m_posFirst, NewOutlineTag("<HEAD>"));
+    ++head.m_nStartCount;
+  }
+  if (headContent.m_posLast != nullptr && head.m_posLast == nullptr) {
+    head.m_posLast = list.InsertAfter(headContent.m_posLast, NewOutlineTag("</HEAD>"));
+    ++head.m_nEndCount;
+  }
+
+  if (body.m_posFirst == nullptr) {
+    CHtmlTagItem* pTag = NewOutlineTag("<BODY>");
+    POSITION posNew = nullptr;
+    if (bodyContent.m_posFirst != nullptr) {
+      // Text right before the first body tag joins the body.
+      POSITION posAt = bodyContent.m_posFirst;
+      for (;;) {
+        POSITION posPrev = posAt;
+        list.GetPrev(posPrev);
+        if (posPrev == nullptr) break;
+        CHtmlTokenItem* pPrev = list.GetTokenItem(posPrev);
+        if (pPrev == nullptr || !pPrev->IsTextToken()) break;
+        posAt = posPrev;
+      }
+      posNew = list.InsertBefore(posAt, pTag);
+    } else if (head.m_posLast != nullptr) {
+      posNew = list.InsertAfter(head.m_posLast, pTag);
+    } else if (html.m_posFirst != nullptr) {
+      posNew = list.InsertAfter(html.m_posFirst, pTag);
+    } else {
+      delete pTag;
+    }
+    if (posNew != nullptr) {
+      body.m_posFirst = posNew;
+      ++body.m_nStartCount;
+    }
+  }
+  if (body.m_posLast == nullptr) {
+    CHtmlTagItem* pTag = NewOutlineTag("</BODY>");
+    POSITION posNew = nullptr;
+    if (bodyContent.m_posLast != nullptr) {
+      POSITION posAt = bodyContent.m_posLast;
+      for (;;) {
+        POSITION posNext = posAt;
+        list.GetNext(posNext);
+        if (posNext == nullptr) break;
+        CHtmlTokenItem* pNext = list.GetTokenItem(posNext);
+        if (pNext == nullptr || !pNext->IsTextToken()) break;
+        posAt = posNext;
+      }
+      posNew = list.InsertAfter(posAt, pTag);
+    } else if (html.m_posLast != nullptr) {
+      posNew = list.InsertBefore(html.m_posLast, pTag);
+    } else {
+      delete pTag;
+    }
+    if (posNew != nullptr) {
+      body.m_posLast = posNew;
+      ++body.m_nEndCount;
+    }
+  }
+
+  // Whatever lies outside HTML is dropped, except a leading declaration.
+  for (POSITION pos = list.GetHeadPosition(); pos != nullptr && pos != html.m_posFirst;) {
+    CHtmlTokenItem* pToken = list.GetNext(pos);
+    if (pToken == nullptr || pToken->IsDiscardedToken()) continue;
+    if (pToken->IsTagToken()) {
+      CHtmlTagItem* pTag = pToken->GetSafeTagItemPtr();
+      if (pTag != nullptr && pTag->GetTagId() == kDoctype) continue;
+    }
+    pToken->SetTokenFlag(kDiscarded);
+    pToken->SetTokenFlag(kOutside);
+  }
+  for (POSITION pos = list.GetTailPosition(); pos != nullptr && pos != html.m_posLast;) {
+    CHtmlTokenItem* pToken = list.GetPrev(pos);
+    if (pToken == nullptr || pToken->IsDiscardedToken()) continue;
+    pToken->SetTokenFlag(kDiscarded);
+    pToken->SetTokenFlag(kOutside);
+  }
+
+  // Only the outermost BODY tags stay.
+  if ((body.m_nStartCount >= 2 || body.m_nEndCount >= 2) && body.m_posFirst != nullptr) {
+    POSITION pos = body.m_posFirst;
+    list.GetNext(pos);
+    while (pos != nullptr && pos != body.m_posLast) {
+      CHtmlTokenItem* pToken = list.GetNext(pos);
+      if (pToken == nullptr || !pToken->IsTagToken()) continue;
+      CHtmlTagItem* pTag = pToken->GetSafeTagItemPtr();
+      if (pTag != nullptr && (pTag->GetTagId() & ~kEndBit) == kBody) pTag->DiscardToken();
+    }
+  }
+  return 1;
+}
+
+int CHtmlEntityTree::RecoverXmlOutline() { return 1; }
+int CHtmlEntityTree::RecoverHtmlTokenList(int) { return 1; }
+int CHtmlEntityTree::RecoverXmlTokenList(int) { return 1; }
+
+// ---- tree building ----
+
+namespace {
+
+// Empties the suspend list however BuildTree is left.
+struct SuspendListGuard {
+  CHtmlEntityTree& tree;
+  CHtmlEntityTree::CSuspendList& list;
+  ~SuspendListGuard() { tree.RemoveAllSuspendTag(list); }
+};
+
+inline CHtmlEntityNode* ParentOrSelf(CHtmlEntityNode* pNode) {
+  CHtmlEntityNode* pParent = pNode->GetParentNode();
+  return pParent != nullptr ? pParent : pNode;
+}
+
+}  // namespace
+
+int CHtmlEntityTree::BuildTree(int) {
+  if (m_pTokenList == nullptr) return 0;
+  CHtmlTokenList& list = *m_pTokenList;
+  CHtmlEntityStack stack(0);
+  stack.Resume();
+  CSuspendList suspend(10);
+  SuspendListGuard guard{*this, suspend};
+
+  delete m_pRoot;
+  m_pRoot = new CHtmlEntityNode(nullptr, nullptr, 0);
+  CHtmlEntityNode* pCurrent = m_pRoot;
+
+  for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
+    // The next position is taken only after this token is handled: tokens
+    // inserted right after it (reopened inline tags) are visited in turn.
+    POSITION posToken = pos;
+    CHtmlTokenItem* pToken = list.GetTokenItem(posToken);
+    if (pToken == nullptr || pToken->IsDiscardedToken()) {
+      list.GetNext(pos);
+      continue;
+    }
+
+    EntityStackItem* pTop = stack.GetTop();
+    if (!IsValidInnerToken(pTop, pToken)) {
+      GetNewSuspendTag(suspend, pTop);
+      // Close elements until one may hold the token. Popping at level 0
+      // clears the sentinel, after which everything is valid.
+      for (;;) {
+        pCurrent = ParentOrSelf(pCurrent);
+        stack.Pop();
+        pTop = stack.GetTop();
+        if (IsValidInnerToken(pTop, pToken)) break;
+        GetNewSuspendTag(suspend, pTop);
+      }
+      if (stack.GetStackLevel() == 0) pCurrent = m_pRoot;
+    }
+
+    if (pToken->IsTextToken()) {
+      pCurrent->AddChildNode(new CHtmlTokenNode(pCurrent, posToken, kTextId));
+    } else if (CHtmlTagItem* pTag = pToken->GetSafeTagItemPtr()) {
+      const int nId = pTag->GetTagId();
+      if (pTag->GetCntType() == 0) {
+        pCurrent->AddChildNode(new CHtmlTokenNode(pCurrent, posToken, nId));
+      } else if (pTag->IsEndTag()) {
+        EntityStackItem* pOpen = stack.GetTop();
+        if (pOpen->m_pTag != nullptr && nId == (pOpen->m_nTagId | kEndBit)) {
+          pCurrent->AddChildNode(new CHtmlTokenNode(pCurrent, posToken, nId));
+          stack.Pop();
+          pCurrent = ParentOrSelf(pCurrent);
+          if (stack.GetStackLevel() == 0) pCurrent = m_pRoot;
+          if (HasFlag(stack.GetTop()->m_pTag, kReopened)) SolveSuspendTag(suspend, pTag, 1);
+          if (pTag->IsBlockLevelTag()) {
+            RecoverSuspendTags(suspend, pTag, posToken);
+            RemoveAllSuspendTag(suspend);
+          }
+        } else if (!BackToContainerByEndTag(pCurrent, stack, pTag, posToken, suspend)) {
+          pCurrent->AddChildNode(new CHtmlTokenNode(pCurrent, posToken, nId));
+          SolveSuspendTag(suspend, pTag, 1);
+        }
+      } else {
+        CHtmlEntityNode* pNode = new CHtmlEntityNode(pCurrent, posToken, nId);
+        pCurrent->AddChildNode(pNode);
+        stack.Push(pTag, posToken);
+        pCurrent = pNode;
+        pNode->AddChildNode(new CHtmlTokenNode(pNode, posToken, nId));
+        RegisterEntity(pNode, pTag);
+        RecoverSuspendTags(suspend, pTag, posToken);
+      }
+    }
+    list.GetNext(pos);
+  }
+  return 0;
+}
+
+int CHtmlEntityTree::IsValidInnerToken(EntityStackItem* pTop, CHtmlTokenItem* pToken) {
+  if (pTop == nullptr || pTop->m_pTag == nullptr) return 1;
+  if (pToken == nullptr) return 0;
+  if (pToken->IsTextToken()) return 1;
+  CHtmlTagItem* pTag = pToken->GetSafeTagItemPtr();
+  if (pTag == nullptr) return 0;
+  if (pTag->IsEndTag() && pTag->GetTagId() == (pTop->m_nTagId | kEndBit)) return 1;
+  return TagContain(pTop->m_pTag, pTag);
+}
+
+int CHtmlEntityTree::TagContain(CHtmlTagItem* pContainer, CHtmlTagItem* pChild) {
+  if (pContainer == nullptr || pChild == nullptr) return 0;
+  const DWORD dwMjr = pChild->GetMjrType();
+  if ((dwMjr & 0xFF000000u) == 0xFF000000u) return 1;
+
+  int nCntType;
+  if (pContainer->IsUnknownTag())
+    nCntType = HasFlag(pContainer, kPairedUnknown) ? 255 : 0;
+  else
+    nCntType = pContainer->GetCntType();
+  const TagContainRule* pRule = GetTagContainRule(nCntType);
+  if (pRule == nullptr) return 1;
+
+  const int nBaseId = pChild->GetTagId() & ~kEndBit;
+  switch (pRule->m_nMode) {
+    case emContainNever:
+      return 0;
+    case emContainAlways:
+      return 1;
+    case emContainTable:
+      if (!InIdList(pRule->m_nMarkIds, nBaseId)) pChild->SetTokenFlag(kMisplaced);
+      return 1;
+    default:
+      break;
+  }
+
+  const bool bInline = (dwMjr & 0xA0001000u) == 0xA0001000u;
+  int nClasses = 0;
+  if (bInline) nClasses |= emChildInline;
+  if (bInline || (dwMjr & 0xA0000010u) == 0xA0000010u) nClasses |= emChildBlock;
+  if ((dwMjr & 0xA0000100u) == 0xA0000100u) nClasses |= emChildListTablePart;
+  if ((dwMjr & 0xA0020000u) == 0xA0020000u) nClasses |= emChildParamLike;
+  if ((dwMjr & 0xA0011000u) == 0xA0011000u) nClasses |= emChildFormControl;
+
+  bool bAccept = (dwMjr & pRule->m_dwMjrAnyBits) != 0 || (nClasses & pRule->m_nAcceptClasses) != 0;
+  if (bAccept && ((nClasses & pRule->m_nRefuseClasses) != 0 || InIdList(pRule->m_nRefuseIds, nBaseId))) bAccept = false;
+  if (bAccept) {
+    if (pRule->m_nMode == emContainPre && bInline && InIdList(pRule->m_nMarkIds, nBaseId))
+      pChild->SetTokenFlag(kMisplaced);
+    return 1;
+  }
+  if (InIdList(pRule->m_nAcceptIds, nBaseId)) return 1;
+  if (pRule->m_bInsDel && (nBaseId == kIns || nBaseId == kDel)) return 1;
+  return 0;
+}
+
+int CHtmlEntityTree::RegisterEntity(CHtmlEntityNode* pNode, CHtmlTagItem* pTag) {
+  if (pTag == nullptr || pTag->IsEndTag()) return 1;
+  switch (pTag->GetTagId()) {
+    case kHtml: m_pRegisteredEntities[0] = pNode; break;
+    case kHead: m_pRegisteredEntities[1] = pNode; break;
+    case kBody: m_pRegisteredEntities[2] = pNode; break;
+    case kFrameset: m_pRegisteredEntities[3] = pNode; break;
+    default: break;
+  }
+  return 1;
+}
+
+// ---- suspended inline tags ----
+
+int CHtmlEntityTree::GetNewSuspendTag(CSuspendList& list, EntityStackItem* pItem) {
+  if (pItem == nullptr || pItem->m_pTag == nullptr) return 0;
+  CHtmlTagItem* pTag = pItem->m_pTag;
+  if (pTag->GetOcrType() != 2 || !pTag->IsInlineLevelTag() || HasFlag(pTag, kReopened)) return 0;
+  if (!IsSuspendableTagId(pTag->GetTagId() & ~kEndBit)) return 0;
+  list.AddHead(new CSuspendItem(pTag));
+  return 1;
+}
+
+int CHtmlEntityTree::RecoverSuspendTags(CSuspendList& list, CHtmlTagItem* pTag, POSITION pos) {
+  if (list.IsEmpty() || pTag == nullptr || HasFlag(pTag, kReopened)) return 0;
+  if (m_pTokenList == nullptr) return 0;
+  CHtmlTokenList& tokens = *m_pTokenList;
+
+  // The suspended tags this container takes, innermost first. Their copies go
+  // in outermost first, so the page reads as the original nesting.
+  int nCount = 0;
+  for (POSITION p = list.GetTailPosition(); p != nullptr;) {
+    CSuspendItem* pItem = list.GetPrev(p);
+    if (pItem != nullptr && TagContain(pTag, pItem->m_pTag)) ++nCount;
+  }
+  if (nCount == 0) return 1;
+
+  // A page saved after an earlier repair already holds the copies right after
+  // pos. Taking those tags as the reopened ones, instead of adding copies in
+  // front of them, keeps a second repair from changing the page again.
+  bool bAdopt = true;
+  {
+    POSITION p = pos != nullptr ? pos : nullptr;
+    if (p != nullptr) tokens.GetNext(p);
+    else bAdopt = false;
+    // Expected order after pos: outermost (newest) first.
+    for (POSITION q = list.GetHeadPosition(); bAdopt && q != nullptr;) {
+      CSuspendItem* pItem = list.GetNext(q);
+      if (pItem == nullptr || !TagContain(pTag, pItem->m_pTag)) continue;
+      while (p != nullptr && tokens.GetTokenItem(p) != nullptr && tokens.GetTokenItem(p)->IsDiscardedToken())
+        tokens.GetNext(p);
+      CHtmlTagItem* pNext = p != nullptr ? tokens.GetTagItem(p) : nullptr;
+      if (pNext == nullptr || pNext->IsEndTag() || pNext->GetTagId() != pItem->m_pTag->GetTagId() ||
+          HasFlag(pNext, kReopened)) {
+        bAdopt = false;
+        break;
+      }
+      tokens.GetNext(p);
+    }
+  }
+  if (bAdopt) {
+    POSITION p = pos;
+    tokens.GetNext(p);
+    for (POSITION q = list.GetHeadPosition(); q != nullptr;) {
+      CSuspendItem* pItem = list.GetNext(q);
+      if (pItem == nullptr || !TagContain(pTag, pItem->m_pTag)) continue;
+      while (tokens.GetTokenItem(p)->IsDiscardedToken()) tokens.GetNext(p);
+      tokens.GetTagItem(p)->SetTokenFlag(kReopened);
+      pItem->m_bReopened = 1;
+      tokens.GetNext(p);
+    }
+    return 1;
+  }
+
+  for (POSITION p = list.GetTailPosition(); p != nullptr;) {
+    CSuspendItem* pItem = list.GetPrev(p);
+    if (pItem == nullptr || !TagContain(pTag, pItem->m_pTag)) continue;
+    CHtmlTagItem* pCopy = new CHtmlTagItem();
+    pCopy->Copy(pItem->m_pTag);
+    pCopy->SetOriginalIndentAfter("");
+    pItem->m_bReopened = 1;
+    pCopy->SetTokenFlag(kRecovered);
+    pCopy->SetTokenFlag(kReopened);
+    tokens.InsertAfter(pos, pCopy);
+  }
+  return 1;
+}
+
+int CHtmlEntityTree::SolveSuspendTag(CSuspendList& list, CHtmlTagItem* pTag, int bByEndTag) {
+  if (pTag == nullptr) return 0;
+  const int nId = pTag->GetTagId();
+  for (POSITION p = list.GetTailPosition(); p != nullptr;) {
+    POSITION posItem = p;
+    CSuspendItem* pItem = list.GetPrev(p);
+    if (pItem == nullptr || pItem->m_pTag == nullptr) continue;
+    if (bByEndTag) {
+      if ((pItem->m_pTag->GetTagId() | kEndBit) == nId) {
+        list.RemoveAt(posItem);
+        delete pItem;
+        return 1;
+      }
+    } else if (pItem->m_pTag->GetTagId() == nId) {
+      pItem->m_bReopened = 0;
+      return 1;
+    }
+  }
+  return 0;
+}
+
+int CHtmlEntityTree::RemoveAllSuspendTag(CSuspendList& list) {
+  while (!list.IsEmpty()) delete list.RemoveHead();
+  return 1;
+}
+
+int CHtmlEntityTree::BackToContainerByEndTag(CHtmlEntityNode*& pCurrent, CHtmlEntityStack& stack,
+                                             CHtmlTagItem* pEndTag, POSITION pos, CSuspendList& list) {
+  if (pEndTag == nullptr) return 0;
+  const int nTop = stack.GetStackLevel();
+  const int nEndId = pEndTag->GetTagId();
+  CHtmlEntityNode* pNode = pCurrent;
+  int nFound = -1;
+  for (int nLevel = nTop - 1; nLevel >= 1; --nLevel) {
+    if (pNode != nullptr) pNode = pNode->GetParentNode();
+    EntityStackItem* pItem = stack.GetEntityStackItem(nLevel);
+    if (pItem->m_pTag != nullptr && (pItem->m_nTagId | kEndBit) == nEndId) {
+      nFound = nLevel;
+      break;
+    }
+  }
+  if (nFound < 0) return 0;
+
+  for (int nLevel = nTop - 1; nLevel > nFound; --nLevel) {
+    CHtmlTagItem* pOpen = stack.GetEntityStackItem(nLevel)->m_pTag;
+    if (HasFlag(pOpen, kReopened)) SolveSuspendTag(list, pOpen, 0);
+  }
+  if (HasFlag(stack.GetTop()->m_pTag, kReopened)) SolveSuspendTag(list, pEndTag, 1);
+  stack.BackStackLevel(nFound);
+  // The node walk can only run out above a nesting deeper than the stack.
+  if (pNode == nullptr) pNode = m_pRoot;
+  pNode->AddChildNode(new CHtmlTokenNode(pNode, pos, nEndId));
+  stack.Pop();
+  pCurrent = pNode->GetParentNode() != nullptr ? pNode->GetParentNode() : m_pRoot;
+  return 1;
+}
+
+// ---- lookup ----
+
+CHtmlEntityNode* CHtmlEntityTree::SearchParentEntityNode(POSITION pos, CHtmlEntityNode* pStart) {
+  if (m_pRoot == nullptr) return nullptr;
+  CHtmlEntityNode* pNode = pStart != nullptr ? pStart : m_pRoot;
+  while (pNode != nullptr) {
+    CHtmlEntityNode* pNext = nullptr;
+    for (POSITION p = pNode->GetFirstChildPosition(); p != nullptr;) {
+      CHtmlTreeNode* pChild = pNode->GetNextChild(p);
+      if (pChild == nullptr) continue;
+      if (pChild->IsTokenNode()) {
+        if (pChild->GetTokenPosition() == pos) return pNode;
+      } else {
+        pNext = static_cast<CHtmlEntityNode*>(pChild);
+        break;
+      }
+    }
+    pNode = pNext;
+  }
+  return nullptr;
+}
+
+}  // namespace telvanix

@@ -1,0 +1,676 @@
+// The tree builder: tag matching and its counts, outline repair, containment,
+// reopening of misnested inline tags, lookups, the XML flavour, and pages
+// nested deeper than the open-element stack.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "html/tree_dump.h"
+#include "telvanix/html/html_pack.h"
+#include "telvanix/html/tag_item.h"
+#include "telvanix/html/token_list.h"
+
+namespace telvanix {
+namespace {
+
+constexpr DWORD kDiscarded = 0x10, kPairedUnknown = 0x1000, kStrayEnd = 0x2000, kUnclosed = 0x4000,
+                kPaired = 0x8000, kRecovered = 0x10000, kOutside = 0x20000, kMisplaced = 0x40000,
+                kReopened = 0x80000;
+
+// A page tokenised and analysed, with its tree built with the given flags.
+struct Page {
+  explicit Page(const std::string& text, int nTreeFlags = 0x10007) {
+    const unsigned char* p = reinterpret_cast<const unsigned char*>(text.data());
+    list.BuildTokenList(p, p + text.size(), 0x103);
+    list.AnalyseList(0x103);
+    built = list.BuildEntityTree(nTreeFlags);
+  }
+  CHtmlEntityTree* Tree() { return list.GetEntityTree(); }
+  std::string Dump(bool bFlags = true) { return test::DumpTree(&list, bFlags); }
+
+  // The n-th token (discarded ones count) whose printed text is exactly text.
+  CHtmlTokenItem* Find(const char* text, int n = 0) {
+    for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
+      CHtmlTokenItem* pToken = list.GetTokenItem(pos);
+      list.GetNext(pos);
+      if (pToken == nullptr) continue;
+      CString s = pToken->GetPrintableText(CHtmlTokenItem::emTextTokenOnly);
+      if (std::string(static_cast<const char*>(s)) == text && n-- == 0) return pToken;
+    }
+    return nullptr;
+  }
+  POSITION FindPos(const char* text) {
+    for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
+      POSITION at = pos;
+      CHtmlTokenItem* pToken = list.GetTokenItem(pos);
+      list.GetNext(pos);
+      CString s = pToken->GetPrintableText(CHtmlTokenItem::emTextTokenOnly);
+      if (std::string(static_cast<const char*>(s)) == text) return at;
+    }
+    return nullptr;
+  }
+  // Every token in list order, discarded ones too, as "text[flags]".
+  std::string Tokens() {
+    std::string out;
+    for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
+      CHtmlTokenItem* pToken = list.GetTokenItem(pos);
+      list.GetNext(pos);
+      out += test::TokenText(pToken);
+      if (pToken->IsDiscardedToken()) out += "(d)";
+      out += " ";
+    }
+    return out;
+  }
+
+  CHtmlTokenList list;
+  int built = 0;
+};
+
+DWORD FlagsOf(CHtmlTokenItem* pToken) { return pToken != nullptr ? pToken->GetTokenFlag() : 0xFFFFFFFFu; }
+
+// ---- containment table ----
+
+struct ContainCase {
+  const char* container;
+  const char* child;
+  int accepted;
+  bool marked;
+};
+
+class TagContainTest : public ::testing::TestWithParam<ContainCase> {};
+
+TEST_P(TagContainTest, FollowsTheContentModelOfTheContainer) {
+  const ContainCase& c = GetParam();
+  CHtmlTagItem container(c.container);
+  CHtmlTagItem child(c.child);
+  if (container.IsUnknownTag() && std::string(c.container).find("paired") != std::string::npos)
+    container.SetTokenFlag(CHtmlTokenItem::emTokenPairedUnknown);
+  CHtmlEntityTree tree;
+  EXPECT_EQ(tree.TagContain(&container, &child), c.accepted) << c.container << " holding " << c.child;
+  EXPECT_EQ((child.GetTokenFlag() & kMisplaced) != 0, c.marked) << c.container << " holding " << c.child;
+}
+
+const ContainCase kContainCases[] = {
+    // Special children go anywhere, even into empty elements.
+    {"<BR>", "<!-- c -->", 1, false},
+    {"<BR>", "<B>", 0, false},
+    {"<TITLE>", "<FOO>", 1, false},
+    {"<TITLE>", "<!DOCTYPE html>", 1, false},
+    {"<P>", "<HTML>", 1, false},
+    {"<P>", "<LEGEND>", 1, false},  // the row is spelled LENGEND, so this is unknown
+    // The outline.
+    {"<HTML>", "<P>", 1, false},
+    {"<HTML>", "<BODY>", 1, false},
+    {"<HEAD>", "<META>", 1, false},
+    {"<HEAD>", "<NOSCRIPT>", 1, false},
+    {"<HEAD>", "<P>", 0, false},
+    {"<BODY>", "<P>", 1, false},
+    {"<BODY>", "<SCRIPT>", 1, false},
+    {"<BODY>", "<BODY>", 0, false},
+    {"<BODY>", "<META>", 0, false},
+    {"<BODY>", "<HEAD>", 0, false},
+    {"<FRAMESET>", "<FRAME>", 1, false},
+    {"<FRAMESET>", "<P>", 1, false},
+    {"<FRAMESET>", "<META>", 0, false},
+    {"<NOFRAMES>", "<TD>", 1, false},
+    // TITLE takes its four tags and nothing else, not even INS.
+    {"<TITLE>", "<META>", 1, false},
+    {"<TITLE>", "<SCRIPT>", 1, false},
+    {"<TITLE>", "<INS>", 0, false},
+    {"<TITLE>", "<B>", 0, false},
+    {"<A>", "<A>", 0, false},
+    {"<A>", "<B>", 1, false},
+    {"<A>", "<P>", 0, false},
+    {"<A>", "<DEL>", 1, false},
+    {"<APPLET>", "<PARAM>", 1, false},
+    {"<APPLET>", "<P>", 0, false},
+    {"<OBJECT>", "<OBJECT>", 1, false},
+    {"<OBJECT>", "<B>", 1, false},
+    {"<OBJECT>", "<TD>", 0, false},
+    {"<MAP>", "<AREA>", 1, false},
+    {"<MAP>", "<P>", 0, false},
+    {"<SELECT>", "<OPTION>", 1, false},
+    {"<SELECT>", "<B>", 0, false},
+    {"<LABEL>", "<LABEL>", 0, false},
+    {"<LABEL>", "<INPUT>", 1, false},
+    {"<BUTTON>", "<P>", 1, false},
+    {"<BUTTON>", "<B>", 1, false},
+    {"<BUTTON>", "<INPUT>", 0, false},
+    {"<BUTTON>", "<A>", 0, false},
+    {"<BUTTON>", "<FORM>", 0, false},
+    {"<BUTTON>", "<INS>", 1, false},
+    {"<DL>", "<DT>", 1, false},
+    {"<DL>", "<P>", 0, false},
+    {"<FORM>", "<FORM>", 0, false},
+    {"<FORM>", "<TABLE>", 1, false},
+    // TABLE takes anything; what is not a table part is marked, TD included.
+    {"<TABLE>", "<TR>", 1, false},
+    {"<TABLE>", "<TBODY>", 1, false},
+    {"<TABLE>", "<TD>", 1, true},
+    {"<TABLE>", "<P>", 1, true},
+    {"<TABLE>", "<!-- c -->", 1, false},
+    {"<THEAD>", "<TR>", 1, false},
+    {"<THEAD>", "<TD>", 0, false},
+    {"<COLGROUP>", "<COL>", 1, false},
+    {"<COLGROUP>", "<TR>", 0, false},
+    {"<TR>", "<TD>", 1, false},
+    {"<TR>", "<P>", 0, false},
+    {"<TR>", "<INS>", 1, false},
+    {"<FIELDSET>", "<LENGEND>", 1, false},
+    {"<FIELDSET>", "<P>", 1, false},
+    {"<ADDRESS>", "<P>", 1, false},
+    {"<ADDRESS>", "<DIV>", 0, false},
+    {"<UL>", "<LI>", 1, false},
+    {"<UL>", "<P>", 1, false},
+    {"<UL>", "<TABLE>", 0, false},
+    {"<UL>", "<TD>", 0, false},
+    {"<MENU>", "<LI>", 1, false},
+    // PRE takes inline tags, marking the ones that change the text's size or place.
+    {"<PRE>", "<B>", 1, false},
+    {"<PRE>", "<IMG>", 1, true},
+    {"<PRE>", "<FONT>", 1, true},
+    {"<PRE>", "<SUB>", 1, true},
+    {"<PRE>", "<P>", 1, false},
+    {"<PRE>", "<PRE>", 1, false},
+    {"<PRE>", "<DIV>", 0, false},
+    {"<STYLE>", "<B>", 0, false},
+    {"<STYLE>", "<INS>", 1, false},
+    {"<TEXTAREA>", "<B>", 0, false},
+    {"<DIV>", "<TD>", 1, false},
+    {"<DIV>", "<P>", 1, false},
+    {"<DIV>", "<PARAM>", 0, false},
+    {"<B>", "<P>", 0, false},
+    {"<B>", "<B>", 1, false},
+    {"<B>", "<PARAM>", 1, false},
+    {"<B>", "<INS>", 1, false},
+    {"<CAPTION>", "<P>", 0, false},
+    {"<DT>", "<B>", 1, false},
+    {"<DT>", "<DD>", 0, false},
+    // P holds table parts and a few blocks, but not another P.
+    {"<P>", "<P>", 0, false},
+    {"<P>", "<TABLE>", 0, false},
+    {"<P>", "<DIV>", 0, false},
+    {"<P>", "<CENTER>", 1, false},
+    {"<P>", "<PRE>", 1, false},
+    {"<P>", "<TD>", 1, false},
+    {"<P>", "<B>", 1, false},
+    {"<P>", "<INS>", 1, false},
+    {"<H1>", "<P>", 1, false},
+    {"<H2>", "<PRE>", 0, false},
+    {"<H3>", "<DIV>", 0, false},
+    {"<DD>", "<DT>", 1, false},
+    {"<DD>", "<DD>", 0, false},
+    {"<DD>", "<P>", 1, false},
+    {"<TD>", "<TABLE>", 1, false},
+    {"<TD>", "<LI>", 1, false},
+    {"<TD>", "<TD>", 0, false},
+    {"<TH>", "<TR>", 0, false},
+    // LI refuses nested lists and tables but takes DT, DD, TD.
+    {"<LI>", "<UL>", 0, false},
+    {"<LI>", "<OL>", 0, false},
+    {"<LI>", "<TABLE>", 0, false},
+    {"<LI>", "<LI>", 0, false},
+    {"<LI>", "<TR>", 0, false},
+    {"<LI>", "<DD>", 1, false},
+    {"<LI>", "<TD>", 1, false},
+    {"<LI>", "<LENGEND>", 1, false},
+    {"<LI>", "<P>", 1, false},
+    {"<INS>", "<B>", 1, false},
+    {"<INS>", "<P>", 0, false},
+    {"<DEL>", "<INS>", 1, false},
+    // End tags are judged by their start tag's row.
+    {"<P>", "</B>", 1, false},
+    {"<P>", "</DIV>", 0, false},
+    // An unknown container holds anything once paired, nothing before.
+    {"<FOO>", "<B>", 0, false},
+    {"<FOO paired>", "<B>", 1, false},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, TagContainTest, ::testing::ValuesIn(kContainCases));
+
+TEST(TagContainTableTest, RowsAreUniqueAndUnlistedTypesHoldAnything) {
+  for (int i = 0; i < CHtmlEntityTree::ms_nTagContainTableSize; ++i) {
+    const auto& row = CHtmlEntityTree::ms_tTagContainTable[i];
+    EXPECT_EQ(CHtmlEntityTree::GetTagContainRule(row.m_nCntType), &row) << "content type " << row.m_nCntType;
+  }
+  EXPECT_EQ(CHtmlEntityTree::GetTagContainRule(5), nullptr);     // NOFRAMES
+  EXPECT_EQ(CHtmlEntityTree::GetTagContainRule(0x81), nullptr);  // unknown tags' row
+  EXPECT_EQ(CHtmlEntityTree::GetTagContainRule(255), nullptr);
+  EXPECT_EQ(CHtmlEntityTree::GetTagContainRule(-1), nullptr);
+  EXPECT_EQ(CHtmlEntityTree::GetTagContainRule(4096), nullptr);
+}
+
+// ---- matching ----
+
+TEST(EntityTreeMatchTest, StrayEndTagIsCountedAndKeptAsALeaf) {
+  Page page("<HTML><BODY>a</I>b</BODY></HTML>");
+  EXPECT_EQ(page.Tree()->GetMismatchCount(), 1);
+  CHtmlTokenItem* pStray = page.Find("</I>");
+  EXPECT_EQ(FlagsOf(pStray) & (kStrayEnd | kPaired), kStrayEnd);
+  CHtmlEntityNode* pBody = page.Tree()->GetEntityNode(CHtmlEntityTree::emBodyEntity);
+  ASSERT_NE(pBody, nullptr);
+  EXPECT_EQ(page.Tree()->SearchParentEntityNode(page.FindPos("</I>"), pBody), pBody);
+  EXPECT_EQ(FlagsOf(page.Find("<BODY>")) & kPaired, kPaired);
+  EXPECT_EQ(page.Tree()->HasText(), 1);
+}
+
+TEST(EntityTreeMatchTest, OptionalEndTagsAreMarkedOpenWithoutCounting) {
+  Page page("<P>a<P>bb");
+  EXPECT_EQ(page.Tree()->GetMismatchCount(), 0);
+  EXPECT_EQ(FlagsOf(page.Find("<P>", 0)) & kUnclosed, kUnclosed);
+  EXPECT_EQ(FlagsOf(page.Find("<P>", 1)) & kUnclosed, kUnclosed);
+}
+
+TEST(EntityTreeMatchTest, RequiredEndTagPassedOverIsCounted) {
+  Page page("<DIV><B>x</DIV>");
+  EXPECT_EQ(page.Tree()->GetMismatchCount(), 1);
+  EXPECT_EQ(FlagsOf(page.Find("<B>")) & kUnclosed, kUnclosed);
+  EXPECT_EQ(FlagsOf(page.Find("<DIV>")) & kPaired, kPaired);
+  EXPECT_EQ(FlagsOf(page.Find("</DIV>")) & (kPaired | kStrayEnd), kPaired);
+}
+
+TEST(EntityTreeMatchTest, UnknownTagPassedOverEndsTheSearch) {
+  Page page("<DIV><FOO>x</DIV>");
+  CHtmlTagItem* pFoo = page.Find("<FOO>")->GetSafeTagItemPtr();
+  EXPECT_EQ(pFoo->GetTagIndex(), 2);
+  EXPECT_EQ(pFoo->GetCntType(), 0);
+  // </DIV> is unmatched although DIV is open; DIV is closed at the end.
+  EXPECT_EQ(FlagsOf(page.Find("</DIV>")) & (kStrayEnd | kPaired), kStrayEnd);
+  EXPECT_EQ(FlagsOf(page.Find("<DIV>")) & (kUnclosed | kPaired), kUnclosed);
+  EXPECT_EQ(page.Tree()->GetMismatchCount(), 1);
+}
+
+TEST(EntityTreeMatchTest, UnknownPairBecomesAContainer) {
+  Page page("<FOO>x</FOO><BAR>y");
+  CHtmlTagItem* pFoo = page.Find("<FOO>")->GetSafeTagItemPtr();
+  CHtmlTagItem* pFooEnd = page.Find("</FOO>")->GetSafeTagItemPtr();
+  CHtmlTagItem* pBar = page.Find("<BAR>")->GetSafeTagItemPtr();
+  EXPECT_EQ(pFoo->GetTagIndex(), 4);
+  EXPECT_EQ(pFooEnd->GetTagIndex(), 4);
+  EXPECT_EQ(pFoo->GetTokenFlag() & (kPairedUnknown | kPaired), kPairedUnknown | kPaired);
+  EXPECT_EQ(pFooEnd->GetTokenFlag() & (kPairedUnknown | kPaired), kPairedUnknown | kPaired);
+  EXPECT_EQ(pBar->GetTagIndex(), 2);  // left open at the end: empty
+  // FOO holds the text and its end tag.
+  CHtmlEntityNode* pNode = page.Tree()->SearchParentEntityNode(page.FindPos("</FOO>"), nullptr);
+  ASSERT_NE(pNode, nullptr);
+  EXPECT_EQ(pNode->GetTokenPosition(), page.FindPos("<FOO>"));
+  EXPECT_EQ(pNode->GetChildCount(), 3);
+}
+
+TEST(EntityTreeMatchTest, StepsCanBeRunAlone) {
+  Page page("<P>x", 0);
+  CHtmlEntityTree* pTree = page.Tree();
+  // A second matching pass over the same tokens counts the same faults.
+  Page stray("</I>x</B>", 0);
+  EXPECT_EQ(stray.Tree()->GetMismatchCount(), 2);
+  EXPECT_EQ(stray.Tree()->CheckMatchTags(0), 1);
+  EXPECT_EQ(stray.Tree()->GetMismatchCount(), 2);
+  EXPECT_EQ(pTree->CheckMatchTags(0), 0);
+}
+
+// ---- outline repair ----
+
+TEST(EntityTreeOutlineTest, ParagraphsGainTheOutlineAndBecomeSiblings) {
+  Page page("<P>a<P>b");
+  // The single byte after the last tag is not kept by the tokenizer.
+  EXPECT_EQ(page.Tokens(), "<HTML> <BODY> <P> \"a\" <P> </BODY> </HTML> ");
+  for (const char* text : {"<HTML>", "<BODY>", "</BODY>", "</HTML>"})
+    EXPECT_EQ(FlagsOf(page.Find(text)) & kRecovered, kRecovered) << text;
+  EXPECT_EQ(page.Find("<HEAD>"), nullptr);
+  CHtmlEntityNode* pHtml = page.Tree()->GetEntityNode(CHtmlEntityTree::emHtmlEntity);
+  CHtmlEntityNode* pBody = page.Tree()->GetEntityNode(CHtmlEntityTree::emBodyEntity);
+  ASSERT_NE(pHtml, nullptr);
+  ASSERT_NE(pBody, nullptr);
+  EXPECT_EQ(pBody->GetParentNode(), pHtml);
+  EXPECT_EQ(pHtml->GetParentNode(), page.Tree()->GetEntityNode(CHtmlEntityTree::emRootEntity));
+  EXPECT_EQ(page.Tree()->GetEntityNode(CHtmlEntityTree::emHeadEntity), nullptr);
+  // BODY: its start leaf, two P elements, its end leaf.
+  ASSERT_EQ(pBody->GetChildCount(), 4);
+  POSITION pos = pBody->GetFirstChildPosition();
+  pBody->GetNextChild(pos);
+  CHtmlTreeNode* pP1 = pBody->GetNextChild(pos);
+  CHtmlTreeNode* pP2 = pBody->GetNextChild(pos);
+  EXPECT_TRUE(pP1->IsEntityNode() && pP1->GetTagId() == 0x21000);
+  EXPECT_TRUE(pP2->IsEntityNode() && pP2->GetTagId() == 0x21000);
+  EXPECT_EQ(pBody->GetNextChild(pos)->GetTagId(), 0x40 | 0x10000000);
+}
+
+TEST(EntityTreeOutlineTest, WhatLiesOutsideHtmlIsDiscardedButTheDeclarationStays) {
+  Page page("<!DOCTYPE html>junk<HTML><BODY>x</BODY></HTML>tail");
+  EXPECT_EQ(FlagsOf(page.Find("<!DOCTYPE html>")) & kDiscarded, 0u);
+  EXPECT_EQ(FlagsOf(page.Find("junk")) & (kDiscarded | kOutside), kDiscarded | kOutside);
+  EXPECT_EQ(FlagsOf(page.Find("tail")) & (kDiscarded | kOutside), kDiscarded | kOutside);
+  EXPECT_EQ(FlagsOf(page.Find("x")) & kDiscarded, 0u);
+  EXPECT_EQ(page.Dump(false),
+            "<!DOCTYPE html>\n"
+            "+ <HTML>\n"
+            "  + <BODY>\n"
+            "    \"x\"\n"
+            "    </BODY>\n"
+            "  </HTML>\n");
+}
+
+TEST(EntityTreeOutlineTest, TextBeforeAnInsertedBodyJoinsTheBody) {
+  Page page("Hello <B>world</B>");
+  EXPECT_EQ(page.Tokens(), "<HTML> <BODY> \"Hello \" <B> \"world\" </B> </BODY> </HTML> ");
+}
+
+TEST(EntityTreeOutlineTest, SecondBodyIsDiscardedAndSkipped) {
+  Page page("<HTML><BODY>a<BODY class=b>b</BODY></HTML>");
+  CHtmlTokenItem* pSecond = page.Find("<BODY class=b>");
+  EXPECT_EQ(FlagsOf(pSecond) & kDiscarded, kDiscarded);
+  CHtmlEntityNode* pBody = page.Tree()->GetEntityNode(CHtmlEntityTree::emBodyEntity);
+  ASSERT_NE(pBody, nullptr);
+  EXPECT_EQ(pBody->GetTokenPosition(), page.FindPos("<BODY>"));
+  EXPECT_EQ(page.Dump(),
+            "+ <HTML> [p]\n"
+            "  + <BODY>\n"  // the inner BODY took its end tag; BODY's end tag is optional
+            "    \"a\"\n"
+            "    \"b\"\n"
+            "    </BODY> [p]\n"
+            "  </HTML> [p]\n");
+}
+
+TEST(EntityTreeOutlineTest, ASingleHeadTagGetsNoHeadEndTag) {
+  Page page("<META name=a content=b><P>Text</P>");
+  EXPECT_NE(page.Find("<HEAD>"), nullptr);
+  EXPECT_EQ(page.Find("</HEAD>"), nullptr);
+  EXPECT_EQ(page.Tokens(), "<HTML> <HEAD> <META name=a content=b> <BODY> <P> \"Text\" </P> </BODY> </HTML> ");
+  Page two("<TITLE>t</TITLE><P>xx");
+  EXPECT_EQ(two.Tokens(), "<HTML> <HEAD> <TITLE> \"t\" </TITLE> </HEAD> <BODY> <P> \"xx\" </BODY> </HTML> ");
+}
+
+TEST(EntityTreeOutlineTest, AHeadTagAfterTheBodyBeganIsBodyContent) {
+  Page page("<P>x</P><META name=a><P>y</P>");
+  EXPECT_EQ(page.Find("<HEAD>"), nullptr);
+}
+
+TEST(EntityTreeOutlineTest, AnEmptyListGetsTheBareOutline) {
+  CHtmlTokenList list;
+  EXPECT_EQ(list.BuildEntityTree(0x10004), 1);
+  test::DumpTree(&list);
+  EXPECT_EQ(test::DumpTree(&list, false),
+            "+ <HTML>\n"
+            "  + <BODY>\n"
+            "    </BODY>\n"
+            "  </HTML>\n");
+}
+
+TEST(EntityTreeOutlineTest, OtherFlavoursRepairNothing) {
+  for (int nFlags : {0x20007, 0x7, 0}) {
+    Page page("junk<P>a<P>bb", nFlags);
+    EXPECT_EQ(page.Tokens(), "\"junk\" <P> \"a\" <P> \"bb\" ") << nFlags;
+    EXPECT_EQ(page.Dump(false), "\"junk\"\n+ <P>\n  \"a\"\n+ <P>\n  \"bb\"\n") << nFlags;
+    EXPECT_EQ(page.Tree()->GetEntityNode(CHtmlEntityTree::emHtmlEntity), nullptr);
+    const CHtmlEntityTree::OutlineRecord* pBody = page.Tree()->GetOutlineRecord(CHtmlEntityTree::emOutlineBodyContent);
+    ASSERT_NE(pBody, nullptr);
+    EXPECT_EQ(pBody->m_posFirst, nullptr);
+  }
+}
+
+TEST(EntityTreeOutlineTest, RecordsHoldFirstStartLastEndAndCounts) {
+  Page page("<HTML><BODY>a</BODY><BODY>b</BODY></HTML>");
+  const CHtmlEntityTree::OutlineRecord* pBody = page.Tree()->GetOutlineRecord(CHtmlEntityTree::emOutlineBody);
+  ASSERT_NE(pBody, nullptr);
+  EXPECT_EQ(pBody->m_nStartCount, 2);
+  EXPECT_EQ(pBody->m_nEndCount, 2);
+  EXPECT_EQ(pBody->m_posFirst, page.FindPos("<BODY>"));
+  EXPECT_EQ(page.Tree()->GetOutlineRecord(7), nullptr);
+  EXPECT_EQ(page.Tree()->GetOutlineRecord(-1), nullptr);
+  // The inner end and start tags lie between the outer ones and go.
+  EXPECT_EQ(FlagsOf(page.Find("</BODY>", 0)) & kDiscarded, kDiscarded);
+  EXPECT_EQ(FlagsOf(page.Find("<BODY>", 1)) & kDiscarded, kDiscarded);
+  EXPECT_EQ(FlagsOf(page.Find("</BODY>", 1)) & kDiscarded, 0u);
+}
+
+// ---- building ----
+
+TEST(EntityTreeBuildTest, BoldAcrossAParagraphIsReopenedInsideAndAfterIt) {
+  Page page("<HTML><BODY><B>x<P>y</P>z</BODY></HTML>");
+  EXPECT_EQ(page.Tokens(), "<HTML> <BODY> <B> \"x\" <P> <B> \"y\" </P> <B> \"z\" </BODY> </HTML> ");
+  CHtmlTokenItem* pCopy1 = page.Find("<B>", 1);
+  CHtmlTokenItem* pCopy2 = page.Find("<B>", 2);
+  EXPECT_EQ(FlagsOf(pCopy1) & (kRecovered | kReopened), kRecovered | kReopened);
+  EXPECT_EQ(FlagsOf(pCopy2) & (kRecovered | kReopened), kRecovered | kReopened);
+  EXPECT_EQ(FlagsOf(page.Find("<B>", 0)) & kReopened, 0u);
+  EXPECT_EQ(page.Dump(false),
+            "+ <HTML>\n"
+            "  + <BODY>\n"
+            "    + <B>\n"
+            "      \"x\"\n"
+            "    + <P>\n"
+            "      + <B>\n"
+            "        \"y\"\n"
+            "      </P>\n"
+            "    + <B>\n"
+            "      \"z\"\n"
+            "    </BODY>\n"
+            "  </HTML>\n");
+}
+
+TEST(EntityTreeBuildTest, NestedInlineTagsReopenInTheirOrder) {
+  Page page("<HTML><BODY><B><I>x<P>y</P>z</I></B></BODY></HTML>");
+  EXPECT_EQ(page.Tokens(),
+            "<HTML> <BODY> <B> <I> \"x\" <P> <B> <I> \"y\" </P> <B> <I> \"z\" </I> </B> </BODY> </HTML> ");
+}
+
+TEST(EntityTreeBuildTest, AnchorsAreNotReopened) {
+  Page page("<HTML><BODY><A href=x>x<P>y</P></BODY></HTML>");
+  EXPECT_EQ(page.Find("<A href=x>", 1), nullptr);
+}
+
+TEST(EntityTreeBuildTest, ANestedListClosesTheItem) {
+  Page page("<UL><LI>a<UL><LI>b</UL></UL>");
+  EXPECT_EQ(page.Dump(false),
+            "+ <HTML>\n"
+            "  + <BODY>\n"
+            "    + <UL>\n"
+            "      + <LI>\n"
+            "        \"a\"\n"
+            "      + <UL>\n"
+            "        + <LI>\n"
+            "          \"b\"\n"
+            "        </UL>\n"
+            "      </UL>\n"
+            "    </BODY>\n"
+            "  </HTML>\n");
+}
+
+TEST(EntityTreeBuildTest, CellDirectlyInATableIsAcceptedAndMarked) {
+  Page page("<TABLE><TD>x</TD><TR><TD>y</TD></TR></TABLE>");
+  EXPECT_EQ(FlagsOf(page.Find("<TD>", 0)) & kMisplaced, kMisplaced);
+  EXPECT_EQ(FlagsOf(page.Find("<TR>")) & kMisplaced, 0u);
+  EXPECT_EQ(FlagsOf(page.Find("<TD>", 1)) & kMisplaced, 0u);
+  CHtmlEntityNode* pTable = page.Tree()->SearchParentEntityNode(page.FindPos("<TABLE>"), nullptr);
+  ASSERT_NE(pTable, nullptr);
+  EXPECT_EQ(pTable->GetTagId(), 0x21090);
+  EXPECT_EQ(pTable->GetChildCount(), 4);  // <TABLE>, TD, TR, </TABLE>
+}
+
+TEST(EntityTreeBuildTest, EndTagHeldByTheTopClosesUpToItsElement) {
+  // TD may hold a TABLE end tag, so it is not closed first: the end tag
+  // itself closes TD and TR without end leaves and ends the TABLE.
+  Page page("<HTML><BODY><DIV><TABLE><TR><TD>x</TABLE>y</DIV></BODY></HTML>");
+  EXPECT_EQ(page.Dump(false),
+            "+ <HTML>\n"
+            "  + <BODY>\n"
+            "    + <DIV>\n"
+            "      + <TABLE>\n"
+            "        + <TR>\n"
+            "          + <TD>\n"
+            "            \"x\"\n"
+            "        </TABLE>\n"
+            "      \"y\"\n"
+            "      </DIV>\n"
+            "    </BODY>\n"
+            "  </HTML>\n");
+}
+
+TEST(EntityTreeBuildTest, EndTagOfABlockReopensTheInlineTagsItClosed) {
+  Page page("<HTML><BODY><DIV><SPAN><B>x</DIV>y</BODY></HTML>");
+  EXPECT_EQ(page.Dump(false),
+            "+ <HTML>\n"
+            "  + <BODY>\n"
+            "    + <DIV>\n"
+            "      + <SPAN>\n"
+            "        + <B>\n"
+            "          \"x\"\n"
+            "      </DIV>\n"
+            "    + <B>\n"
+            "      \"y\"\n"
+            "    </BODY>\n"
+            "  </HTML>\n");
+  EXPECT_EQ(FlagsOf(page.Find("<B>", 1)) & (kRecovered | kReopened), kRecovered | kReopened);
+}
+
+TEST(EntityTreeBuildTest, EmptyElementsAreLeaves) {
+  Page page("<HTML><BODY>a<BR>b<IMG src=x.gif></BR></BODY></HTML>");
+  EXPECT_EQ(page.Dump(false),
+            "+ <HTML>\n"
+            "  + <BODY>\n"
+            "    \"a\"\n"
+            "    <BR>\n"
+            "    \"b\"\n"
+            "    <IMG src=x.gif>\n"
+            "    </BR>\n"
+            "    </BODY>\n"
+            "  </HTML>\n");
+}
+
+TEST(EntityTreeBuildTest, RegistersTheLastElementOfEachOutlineKind) {
+  Page page("<HTML><HEAD><TITLE>t</TITLE></HEAD><FRAMESET><FRAME src=a.htm></FRAMESET></HTML>");
+  CHtmlEntityTree* pTree = page.Tree();
+  ASSERT_NE(pTree->GetEntityNode(CHtmlEntityTree::emHeadEntity), nullptr);
+  EXPECT_EQ(pTree->GetEntityNode(CHtmlEntityTree::emHeadEntity)->GetTokenPosition(), page.FindPos("<HEAD>"));
+  ASSERT_NE(pTree->GetEntityNode(CHtmlEntityTree::emFramesetEntity), nullptr);
+  EXPECT_EQ(pTree->GetEntityNode(CHtmlEntityTree::emFramesetEntity)->GetTokenPosition(), page.FindPos("<FRAMESET>"));
+  EXPECT_EQ(pTree->GetEntityNode(static_cast<CHtmlEntityTree::EmEntityNodeType>(5)), nullptr);
+  EXPECT_EQ(pTree->GetEntityNode(static_cast<CHtmlEntityTree::EmEntityNodeType>(-1)), nullptr);
+}
+
+TEST(EntityTreeBuildTest, ParentSearchDescendsOnlyThroughFirstElements) {
+  Page page("<HTML><BODY><P>a</P><P>b</P></BODY></HTML>");
+  CHtmlEntityTree* pTree = page.Tree();
+  CHtmlEntityNode* pFirstP = pTree->SearchParentEntityNode(page.FindPos("a"), nullptr);
+  ASSERT_NE(pFirstP, nullptr);
+  EXPECT_EQ(pFirstP->GetTokenPosition(), page.FindPos("<P>"));
+  // The second P is never visited.
+  EXPECT_EQ(pTree->SearchParentEntityNode(page.FindPos("b"), nullptr), nullptr);
+  EXPECT_EQ(pTree->SearchParentEntityNode(page.FindPos("<HTML>"), nullptr),
+            pTree->GetEntityNode(CHtmlEntityTree::emHtmlEntity));
+  // Starting at the element that holds it finds it.
+  CHtmlEntityNode* pSecondP = static_cast<CHtmlEntityNode*>(pFirstP->GetNextSiblingNode());
+  ASSERT_NE(pSecondP, nullptr);
+  EXPECT_EQ(pTree->SearchParentEntityNode(page.FindPos("b"), pSecondP), pSecondP);
+}
+
+TEST(EntityTreeBuildTest, LeavesLeadBackToTheirTokens) {
+  Page page("<HTML><BODY>a<BR></BODY></HTML>");
+  CHtmlEntityNode* pBody = page.Tree()->GetEntityNode(CHtmlEntityTree::emBodyEntity);
+  ASSERT_NE(pBody, nullptr);
+  POSITION pos = pBody->GetFirstChildPosition();
+  CHtmlTokenNode* pStart = static_cast<CHtmlTokenNode*>(pBody->GetNextChild(pos));
+  CHtmlTokenNode* pText = static_cast<CHtmlTokenNode*>(pBody->GetNextChild(pos));
+  ASSERT_NE(pStart->GetTagItem(&page.list), nullptr);
+  EXPECT_EQ(pStart->GetTagItem(&page.list)->GetTagId(), 0x40);
+  EXPECT_EQ(pStart->GetTextItem(&page.list), nullptr);
+  ASSERT_NE(pText->GetTextItem(&page.list), nullptr);
+  EXPECT_EQ(std::string(static_cast<const char*>(pText->GetTextItem(&page.list)->GetText())), "a");
+  EXPECT_EQ(pText->GetTagItem(&page.list), nullptr);
+}
+
+TEST(EntityTreeBuildTest, BuildNeedsAListAndMayRunTwice) {
+  CHtmlEntityTree tree;
+  EXPECT_EQ(tree.Build(nullptr, 0x10007), 0);
+  EXPECT_EQ(tree.GetEntityNode(CHtmlEntityTree::emRootEntity), nullptr);
+  EXPECT_EQ(tree.BuildTree(0), 0);
+  EXPECT_EQ(tree.CheckMatchTags(0x10000), 1);
+
+  Page page("<HTML><BODY><P>x</P></BODY></HTML>");
+  EXPECT_EQ(page.built, 1);
+  std::string once = page.Dump();
+  EXPECT_EQ(page.list.BuildEntityTree(0x10007), 1);
+  EXPECT_EQ(page.Dump(), once);
+  // The same tree object over the same list, rebuilt in place.
+  CHtmlEntityTree* pTree = page.Tree();
+  EXPECT_EQ(pTree->Build(&page.list, 0x10007), 1);
+  EXPECT_EQ(pTree->GetBasedTokenList(), &page.list);
+  EXPECT_EQ(page.Dump(), once);
+}
+
+TEST(EntityTreeBuildTest, PackRebuildsItsTree) {
+  std::string text = "<P>one<P>two";
+  CByteString source(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+  CHtmlPack pack(source, nullptr);
+  ASSERT_EQ(pack.Parse(static_cast<CHtmlPack::EmParseFlag>(2)), 1);
+  EXPECT_EQ(pack.GetEntityTree(), nullptr);
+  EXPECT_EQ(pack.RebuildEntityTree(), 1);
+  ASSERT_NE(pack.GetEntityTree(), nullptr);
+  EXPECT_NE(pack.GetEntityTree()->GetEntityNode(CHtmlEntityTree::emBodyEntity), nullptr);
+}
+
+// ---- pages deeper than the stack ----
+
+std::string Repeat(const std::string& s, int n) {
+  std::string out;
+  out.reserve(s.size() * static_cast<std::size_t>(n));
+  for (int i = 0; i < n; ++i) out += s;
+  return out;
+}
+
+int Depth(CHtmlEntityNode* pRoot) {
+  int nDepth = 0;
+  for (CHtmlEntityNode* pNode = pRoot; pNode != nullptr; ++nDepth) {
+    CHtmlEntityNode* pNext = nullptr;
+    for (POSITION pos = pNode->GetLastChildPosition(); pos != nullptr && pNext == nullptr;) {
+      CHtmlTreeNode* pChild = pNode->GetPrevChild(pos);
+      if (pChild->IsEntityNode()) pNext = static_cast<CHtmlEntityNode*>(pChild);
+    }
+    pNode = pNext;
+  }
+  return nDepth;
+}
+
+TEST(EntityTreeDepthTest, NestingBeyondTheStackNeitherCrashesNorOverruns) {
+  for (const std::string& open : {std::string("<DIV>"), std::string("<foo>"), std::string("<B>")}) {
+    SCOPED_TRACE(open);
+    Page page(Repeat(open, 10000) + "x" + Repeat("</DIV>", 3));
+    ASSERT_EQ(page.built, 1);
+    CHtmlEntityNode* pRoot = page.Tree()->GetEntityNode(CHtmlEntityTree::emRootEntity);
+    ASSERT_NE(pRoot, nullptr);
+    EXPECT_GT(Depth(pRoot), 100);
+    // Every non-discarded token has a leaf somewhere: count them.
+    int nLeaves = 0;
+    std::vector<CHtmlEntityNode*> work{pRoot};
+    while (!work.empty()) {
+      CHtmlEntityNode* pNode = work.back();
+      work.pop_back();
+      for (POSITION pos = pNode->GetFirstChildPosition(); pos != nullptr;) {
+        CHtmlTreeNode* pChild = pNode->GetNextChild(pos);
+        if (pChild->IsEntityNode())
+          work.push_back(static_cast<CHtmlEntityNode*>(pChild));
+        else
+          ++nLeaves;
+      }
+    }
+    int nTokens = 0;
+    for (POSITION pos = page.list.GetHeadPosition(); pos != nullptr;)
+      if (!page.list.GetNext(pos)->IsDiscardedToken()) ++nTokens;
+    EXPECT_EQ(nLeaves, nTokens);
+  }  // the tree is deleted here, level by level without recursion
+}
+
+TEST(EntityTreeDepthTest, DeepPageSurvivesTheWholePackCycle) {
+  std::string text = Repeat("<SPAN><FONT>", 6000) + "deep" + Repeat("</FONT></SPAN>", 6000);
+  CByteString source(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+  CHtmlPack pack(source, nullptr);
+  ASSERT_EQ(pack.Parse(static_cast<CHtmlPack::EmParseFlag>(4)), 1);
+  CByteString out;
+  EXPECT_EQ(pack.Save(&out, static_cast<CHtmlPack::EmSaveFlag>(2)), 1);
+  EXPECT_EQ(pack.RebuildEntityTree(), 1);
+}
+
+}  // namespace
+}  // namespace telvanix

@@ -1,0 +1,103 @@
+// Page-shaped repair cases: tests/data/tree/NAME.html is parsed at level 4
+// and must give NAME.expected (the saved page, the mismatch count, the tree
+// and the discarded tokens). Each case is then saved and parsed again, and
+// that second repair must find nothing left to repair.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "html/tree_dump.h"
+#include "telvanix/html/html_pack.h"
+#include "test_util.h"
+
+namespace telvanix {
+namespace {
+
+struct ParsedPage {
+  explicit ParsedPage(const std::string& text)
+      : source(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size())),
+        pack(source, nullptr) {
+    parsed = pack.Parse(static_cast<CHtmlPack::EmParseFlag>(4));
+  }
+  std::string Saved() {
+    CByteString out;
+    if (!pack.Save(&out, static_cast<CHtmlPack::EmSaveFlag>(2))) return "(save failed)";
+    return std::string(reinterpret_cast<const char*>(out.GetContent()), static_cast<std::size_t>(out.GetLength()));
+  }
+  CHtmlTokenList* List() { return pack.GetTokenList(); }
+
+  CByteString source;
+  CHtmlPack pack;
+  int parsed = 0;
+};
+
+// Carriage returns are shown as "\r" so that the expected files stay plain
+// line-feed text.
+std::string ShowCarriageReturns(const std::string& s) {
+  std::string out;
+  for (char c : s) {
+    if (c == '\r') out += "\\r";
+    else out += c;
+  }
+  return out;
+}
+
+std::string Describe(ParsedPage& page) {
+  std::string out = "== saved\n" + ShowCarriageReturns(page.Saved()) + "\n";
+  CHtmlEntityTree* pTree = page.pack.GetEntityTree();
+  out += "== mismatches\n" + std::to_string(pTree != nullptr ? pTree->GetMismatchCount() : -1) + "\n";
+  out += "== tree\n" + test::DumpTree(page.List());
+  std::string discarded = test::DumpDiscarded(page.List());
+  if (!discarded.empty()) out += "== discarded\n" + discarded;
+  return out;
+}
+
+std::vector<std::string> CaseNames() {
+  std::vector<std::string> names;
+  std::error_code ec;
+  for (const auto& entry : std::filesystem::directory_iterator(std::string(TELVANIX_TEST_DATA_DIR) + "/tree", ec)) {
+    if (entry.path().extension() == ".html") names.push_back(entry.path().stem().string());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+TEST(TreeCasesTest, CasesArePresent) { EXPECT_GE(CaseNames().size(), 10u); }
+
+TEST(TreeCasesTest, EachCaseGivesItsExpectedTree) {
+  for (const std::string& name : CaseNames()) {
+    SCOPED_TRACE(name);
+    std::string input = test::ReadDataFile("tree/" + name + ".html");
+    std::string expected = test::ReadDataFile("tree/" + name + ".expected");
+    ParsedPage page(input);
+    ASSERT_EQ(page.parsed, 1);
+    if (expected.empty()) {
+      ADD_FAILURE() << "missing tree/" << name << ".expected";
+      continue;
+    }
+    EXPECT_EQ(Describe(page), expected);
+  }
+}
+
+TEST(TreeCasesTest, RepairIsStable) {
+  for (const std::string& name : CaseNames()) {
+    SCOPED_TRACE(name);
+    ParsedPage first(test::ReadDataFile("tree/" + name + ".html"));
+    ASSERT_EQ(first.parsed, 1);
+    std::string saved = first.Saved();
+    std::string shape = test::DumpTree(first.List(), false);
+
+    ParsedPage second(saved);
+    ASSERT_EQ(second.parsed, 1);
+    EXPECT_EQ(test::CountTokensWithFlag(second.List(), 0x10000), 0) << "second repair inserted tokens";
+    EXPECT_EQ(test::DumpDiscarded(second.List()), "") << "second repair discarded tokens";
+    EXPECT_EQ(test::DumpTree(second.List(), false), shape);
+    EXPECT_EQ(second.Saved(), saved);
+  }
+}
+
+}  // namespace
+}  // namespace telvanix

@@ -1,0 +1,190 @@
+// Tree nodes: leaf kinds, ownership of formats and host parameters, child
+// walking, and deleting a very deep tree without recursion.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+#include "telvanix/html/tree_node.h"
+
+namespace telvanix {
+namespace {
+
+struct CountedObject : CRglObject {
+  explicit CountedObject(int* pCounter) : m_pCounter(pCounter) {}
+  ~CountedObject() override { ++*m_pCounter; }
+  int* m_pCounter;
+};
+
+POSITION FakePos(std::uintptr_t n) { return reinterpret_cast<POSITION>(n * 16); }
+
+TEST(TreeNodeTest, TextAndTagLeavesAreToldApartByBit30Only) {
+  CHtmlTokenNode text(nullptr, FakePos(1), 0x40000000);
+  EXPECT_EQ(text.IsTextNode(), 1);
+  EXPECT_EQ(text.IsTagNode(), 0);
+  EXPECT_EQ(text.IsTokenNode(), 1);
+  EXPECT_EQ(text.IsEntityNode(), 0);
+  EXPECT_EQ(text.GetNodeType(), CHtmlTreeNode::emTokenNode);
+
+  CHtmlTokenNode endTag(nullptr, FakePos(2), 0x21000 | 0x10000000);
+  EXPECT_EQ(endTag.IsTagNode(), 1);
+  EXPECT_EQ(endTag.IsTextNode(), 0);
+
+  CHtmlTokenNode unknownTag(nullptr, FakePos(3), 0x20000000 | 0x1234);
+  EXPECT_EQ(unknownTag.IsTagNode(), 1);
+}
+
+TEST(TreeNodeTest, TokenLookupsNeedAListAndAPosition) {
+  CHtmlTokenNode leaf(nullptr, nullptr, 0x21000);
+  EXPECT_EQ(leaf.GetTagItem(nullptr), nullptr);
+  EXPECT_EQ(leaf.GetTextItem(nullptr), nullptr);
+}
+
+TEST(TreeNodeTest, TagFormatIsOwnedAndReplaced) {
+  int nDeleted = 0;
+  {
+    CHtmlTokenNode leaf(nullptr, FakePos(1), 0x21000);
+    EXPECT_EQ(leaf.GetTagFormat(), nullptr);
+    CountedObject* pFirst = new CountedObject(&nDeleted);
+    EXPECT_EQ(leaf.SetTagFormat(pFirst), 1);
+    EXPECT_EQ(leaf.GetTagFormat(), pFirst);
+    EXPECT_EQ(leaf.SetTagFormat(new CountedObject(&nDeleted)), 1);
+    EXPECT_EQ(nDeleted, 1);
+    // Setting the one it already holds must not delete it.
+    EXPECT_EQ(leaf.SetTagFormat(leaf.GetTagFormat()), 1);
+    EXPECT_EQ(nDeleted, 1);
+    EXPECT_EQ(leaf.RemoveTagFormat(), 1);
+    EXPECT_EQ(nDeleted, 2);
+    EXPECT_EQ(leaf.GetTagFormat(), nullptr);
+    EXPECT_EQ(leaf.RemoveTagFormat(), 1);
+    leaf.SetTagFormat(new CountedObject(&nDeleted));
+  }
+  EXPECT_EQ(nDeleted, 3);
+}
+
+TEST(TreeNodeTest, ExParamIsOwnedAndCopiedByValue) {
+  CHtmlTreeNode::CExParam param(7);
+  CHtmlTreeNode::CExParam copy(param);
+  EXPECT_EQ(copy.GetParam(), 7);
+  CHtmlTreeNode::CExParam other(1);
+  other = param;
+  EXPECT_EQ(other.GetParam(), 7);
+  other.SetParam(9);
+  EXPECT_EQ(param.GetParam(), 7);
+
+  CHtmlEntityNode node(nullptr, FakePos(1), 0x21020);
+  EXPECT_EQ(node.GetExParam(), nullptr);
+  node.SetExParam(new CHtmlTreeNode::CExParam(3));
+  ASSERT_NE(node.GetExParam(), nullptr);
+  EXPECT_EQ(node.GetExParam()->GetParam(), 3);
+  node.SetExParam(new CHtmlTreeNode::CExParam(4));  // the first is deleted (sanitizers see a leak otherwise)
+  EXPECT_EQ(node.GetExParam()->GetParam(), 4);
+}
+
+TEST(TreeNodeTest, LeafCopiesAreShallow) {
+  CHtmlEntityNode parent(nullptr, nullptr, 0);
+  CHtmlTokenNode leaf(&parent, FakePos(5), 0x20020);
+  int nDeleted = 0;
+  leaf.SetTagFormat(new CountedObject(&nDeleted));
+  CHtmlTokenNode copy(leaf);
+  EXPECT_EQ(copy.GetParentNode(), &parent);
+  EXPECT_EQ(copy.GetTokenPosition(), FakePos(5));
+  EXPECT_EQ(copy.GetTagId(), 0x20020);
+  EXPECT_EQ(copy.GetTagFormat(), leaf.GetTagFormat());
+  // Only one of the two may delete the shared format.
+  CRglObject* pShared = copy.GetTagFormat();
+  CHtmlTokenNode assigned(nullptr, nullptr, 0x40000000);
+  assigned = copy;
+  EXPECT_EQ(assigned.GetTagFormat(), pShared);
+  EXPECT_EQ(assigned.GetParentNode(), &parent);
+  copy.SetTagFormat(nullptr);  // deletes the shared object once
+  EXPECT_EQ(nDeleted, 1);
+  // Forget it in the others without deleting again.
+  CHtmlTokenNode blank(nullptr, nullptr, 0);
+  leaf = blank;
+  assigned = blank;
+  EXPECT_EQ(nDeleted, 1);
+}
+
+TEST(TreeNodeTest, ChildrenAreWalkedInOrderAndSiblingsFound) {
+  CHtmlEntityNode root(nullptr, nullptr, 0);
+  EXPECT_EQ(root.GetChildCount(), 0);
+  EXPECT_EQ(root.GetFirstChild(), nullptr);
+  EXPECT_EQ(root.GetLastChild(), nullptr);
+  EXPECT_EQ(root.GetFirstChildPosition(), nullptr);
+  EXPECT_EQ(root.GetStartTagNode(), nullptr);
+
+  CHtmlEntityNode* pP = new CHtmlEntityNode(&root, FakePos(1), 0x21000);
+  root.AddChildNode(pP);
+  CHtmlTokenNode* pStart = new CHtmlTokenNode(pP, FakePos(1), 0x21000);
+  CHtmlTokenNode* pText = new CHtmlTokenNode(pP, FakePos(2), 0x40000000);
+  CHtmlTokenNode* pEnd = new CHtmlTokenNode(pP, FakePos(3), 0x21000 | 0x10000000);
+  pP->AddChildNode(pStart);
+  pP->AddChildNode(pText);
+  pP->AddChildNode(pEnd);
+
+  EXPECT_EQ(pP->GetChildCount(), 3);
+  EXPECT_EQ(pP->GetStartTagNode(), pStart);
+  EXPECT_EQ(pP->GetFirstChild(), pStart);
+  EXPECT_EQ(pP->GetLastChild(), pEnd);
+
+  CHtmlTreeNode* seen[3] = {};
+  int n = 0;
+  for (POSITION pos = pP->GetFirstChildPosition(); pos != nullptr && n < 3;) seen[n++] = pP->GetNextChild(pos);
+  EXPECT_EQ(n, 3);
+  EXPECT_EQ(seen[0], pStart);
+  EXPECT_EQ(seen[1], pText);
+  EXPECT_EQ(seen[2], pEnd);
+  POSITION back = pP->GetLastChildPosition();
+  EXPECT_EQ(pP->GetPrevChild(back), pEnd);
+  EXPECT_EQ(pP->GetPrevChild(back), pText);
+
+  EXPECT_EQ(pStart->GetNextSiblingNode(), pText);
+  EXPECT_EQ(pText->GetNextSiblingNode(), pEnd);
+  EXPECT_EQ(pEnd->GetNextSiblingNode(), nullptr);
+  EXPECT_EQ(pEnd->GetPrevSiblingNode(), pText);
+  EXPECT_EQ(pStart->GetPrevSiblingNode(), nullptr);
+  EXPECT_EQ(root.GetNextSiblingNode(), nullptr);
+  EXPECT_EQ(pP->GetParentNode(), &root);
+
+  POSITION none = nullptr;
+  EXPECT_EQ(pP->GetNextChild(none), nullptr);
+}
+
+TEST(TreeNodeTest, DeletingAVeryDeepTreeDoesNotRecurse) {
+  // Deep enough that one destructor frame per level would exhaust the call
+  // stack (and certainly the sanitizers' larger frames).
+  constexpr int kDepth = 300000;
+  int nFormats = 0;
+  CHtmlEntityNode* pRoot = new CHtmlEntityNode(nullptr, nullptr, 0);
+  CHtmlEntityNode* pCurrent = pRoot;
+  for (int i = 0; i < kDepth; ++i) {
+    CHtmlEntityNode* pChild = new CHtmlEntityNode(pCurrent, FakePos(i + 1), 0x21020);
+    pCurrent->AddChildNode(pChild);
+    CHtmlTokenNode* pLeaf = new CHtmlTokenNode(pChild, FakePos(i + 1), 0x21020);
+    pLeaf->SetTagFormat(new CountedObject(&nFormats));
+    pChild->AddChildNode(pLeaf);
+    pCurrent = pChild;
+  }
+  pCurrent->AddChildNode(new CHtmlTokenNode(pCurrent, FakePos(kDepth + 1), 0x40000000));
+  delete pRoot;
+  EXPECT_EQ(nFormats, kDepth);
+}
+
+TEST(TreeNodeTest, DeletingAWideTreeDeletesEveryNode) {
+  int nFormats = 0;
+  CHtmlEntityNode* pRoot = new CHtmlEntityNode(nullptr, nullptr, 0);
+  for (int i = 0; i < 50; ++i) {
+    CHtmlEntityNode* pChild = new CHtmlEntityNode(pRoot, FakePos(i + 1), 0x21000);
+    pRoot->AddChildNode(pChild);
+    for (int j = 0; j < 25; ++j) {
+      CHtmlTokenNode* pLeaf = new CHtmlTokenNode(pChild, FakePos(1000 + j), 0x40000000);
+      pLeaf->SetTagFormat(new CountedObject(&nFormats));
+      pChild->AddChildNode(pLeaf);
+    }
+  }
+  delete pRoot;
+  EXPECT_EQ(nFormats, 50 * 25);
+}
+
+}  // namespace
+}  // namespace telvanix
