@@ -1,0 +1,404 @@
+// The topic document's walk, skeleton and head/body accessors.
+#include "telvanix/topic/html_file_ex.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "topic/topic_page.h"
+
+namespace telvanix {
+namespace {
+
+using test::TopicPage;
+
+std::string TagText(CHtmlFileEx& doc, POSITION pos) {
+  CHtmlTokenItem* token = pos ? doc.GetTokenList()->GetTokenItem(pos) : nullptr;
+  return token ? std::string(token->GetPrintableText(CHtmlTokenItem::emTextTokenOnly)) : std::string("<none>");
+}
+
+TEST(TopicWalk, FirstBodyLastHeadAndListsInDocumentOrder) {
+  TopicPage page(
+      "<html><head id=h1></head><head id=h2><title>T</title><title>U</title></head>"
+      "<body id=b1><p style=\"color:red\">x</p><a name=top></a><a href=\"a.htm\">a</a>"
+      "<map name=m><area href=\"b.htm\"></map><img src=a.gif><img>"
+      "<!-- c --><script src=s.js></script><script>x()</script></body>"
+      "<body id=b2></body></html>");
+  CHtmlFileEx& doc = page.doc();
+  EXPECT_EQ(1, doc.Analyse());
+  EXPECT_EQ("<body id=b1>", TagText(doc, doc.GetBodyStartPosition()));
+  EXPECT_EQ("<head id=h2>", TagText(doc, doc.GetHeadStartPosition()));
+  EXPECT_EQ("<title>", TagText(doc, doc.GetTitlePosition()));
+  EXPECT_EQ(1, doc.GetStyledTagPositions().GetSize());
+  EXPECT_EQ(2, doc.GetAnchorPositions().GetSize());  // start tags only
+  EXPECT_EQ(1, doc.GetNamedAnchorPositions().GetSize());
+  EXPECT_EQ(3, doc.GetMapTagPositions().GetSize());  // MAP, AREA, /MAP
+  EXPECT_EQ(2, doc.GetImagePositions().GetSize());
+  EXPECT_EQ(1, doc.GetCommentPositions().GetSize());
+  EXPECT_EQ(2, doc.GetScriptPositions().GetSize());
+
+  unsigned int index = 0;
+  const char* src = doc.GetFirstScriptSource(index);
+  ASSERT_NE(nullptr, src);
+  EXPECT_STREQ("s.js", src);
+  EXPECT_EQ(nullptr, doc.GetNextScriptSource(index));
+
+  std::string hrefs;
+  for (const char* h = doc.GetFirstAnchorHref(index); h; h = doc.GetNextAnchorHref(index))
+    hrefs += std::string(h) + ";";
+  EXPECT_EQ("a.htm;b.htm;", hrefs);
+}
+
+TEST(TopicWalk, StylesheetLinkRevDecidesBeforeRel) {
+  {
+    // rel says stylesheet but rev says otherwise; the second has no href.
+    TopicPage page(
+        "<html><head><link rel=stylesheet rev=made href=a.css><link rel=StyleSheet>"
+        "<link REL=\"STYLESHEET\" href=\"b.css\"><link rel=stylesheet href=c.css></head></html>");
+    CString file;
+    EXPECT_EQ(1, page->GetExternalStyleSheetFileName(file));
+    EXPECT_STREQ("b.css", file);
+    EXPECT_EQ(4, page->GetLinkTagPositions().GetSize());
+  }
+  {
+    TopicPage page("<html><head><link rev=StyleSheet rel=alternate href=\"r&amp;d.css\"></head></html>");
+    CString file;
+    EXPECT_EQ(1, page->GetExternalStyleSheetFileName(file));
+    EXPECT_STREQ("r&d.css", file);
+  }
+}
+
+TEST(TopicWalk, DiscardedTokensAreNotRecordedAndReanalysisSeesEdits) {
+  TopicPage page("<html><head><title>A</title></head><body><img src=a.gif></body></html>");
+  CHtmlFileEx& doc = page.doc();
+  ASSERT_EQ(1, doc.Analyse());
+  ASSERT_EQ(1, doc.GetImagePositions().GetSize());
+  POSITION img = doc.GetImagePositions()[0];
+  doc.GetTokenList()->GetTokenItem(img)->DiscardToken();
+  EXPECT_EQ(1, doc.GetImagePositions().GetSize());  // not re-analysed yet
+  doc.Analyse();
+  EXPECT_EQ(0, doc.GetImagePositions().GetSize());
+}
+
+TEST(TopicSkeleton, DefaultFileIsSixTagsWithSaverLineBreaks) {
+  CHtmlFileEx doc;
+  EXPECT_EQ(1, doc.CreateDefaultHtmlFile());
+  EXPECT_TRUE(doc.GetHtmlStartPosition() && doc.GetHeadEndPosition() && doc.GetBodyEndPosition());
+  CByteString out;
+  ASSERT_EQ(1, doc.Save(&out, CHtmlPack::emSave));
+  EXPECT_STREQ("<HTML>\r\n<HEAD>\r\n</HEAD>\r\n<BODY>\r\n</BODY>\r\n</HTML>", static_cast<const char*>(out));
+}
+
+TEST(TopicSkeleton, DefaultFileReplacesAFilePagesContent) {
+  TopicPage page("<html><body><p>old</p></body></html>");
+  EXPECT_EQ(1, page->CreateDefaultHtmlFile());
+  EXPECT_EQ(6, page->GetTokenList()->GetCount());
+  EXPECT_EQ(1, page->Analyse());  // must not read the old source again
+  EXPECT_EQ(6, page->GetTokenList()->GetCount());
+}
+
+TEST(TopicEmpty, EmptyDocumentAnalysesAndEveryGetterGivesZero) {
+  CHtmlFileEx doc;
+  EXPECT_EQ(1, doc.Analyse());
+  CString text;
+  COLORREF color = 0;
+  int n = 0;
+  EXPECT_EQ(0, doc.GetHtmlTitle(text));
+  EXPECT_EQ(0, doc.GetColor(CHtmlFileEx::emColorText, color));
+  EXPECT_EQ(0, doc.GetWaterMark(n));
+  EXPECT_EQ(0, doc.GetBackgroundImage(text));
+  EXPECT_EQ(0, doc.GetBackgroundSound(text, n));
+  EXPECT_EQ(0, doc.GetBodyHtmlText(text));
+  EXPECT_EQ(0, doc.GetExternalStyleSheetFileName(text));
+  EXPECT_EQ(0, doc.SetHtmlTitle("x"));
+  EXPECT_EQ(0, doc.SetColor(CHtmlFileEx::emColorText, 0));
+  EXPECT_EQ(0, doc.SetBodyHtmlText("<p>x</p>", 1));  // no anchor for BODY tags
+  EXPECT_EQ(0, doc.GetTokenList()->GetCount());
+}
+
+TEST(TopicColors, SetColorWritesNamesAndNoColorDeletes) {
+  TopicPage page("<html><body bgcolor=\"#ffffff\" text=black>x</body></html>");
+  CHtmlFileEx& doc = page.doc();
+  COLORREF color = 0;
+  EXPECT_EQ(1, doc.GetColor(CHtmlFileEx::emColorBgColor, color));
+  EXPECT_EQ(0xFFFFFFu, color);
+  EXPECT_EQ(1, doc.SetColor(CHtmlFileEx::emColorBgColor, 0xFF000000u));
+  EXPECT_EQ(0, doc.GetColor(CHtmlFileEx::emColorBgColor, color));
+  EXPECT_EQ(1, doc.SetColor(CHtmlFileEx::emColorLink, RGB(255, 0, 0)));
+  EXPECT_EQ(1, doc.SetColor(CHtmlFileEx::emColorVLink, RGB(1, 2, 3)));
+  EXPECT_EQ(0, doc.SetColor(static_cast<CHtmlFileEx::EmColor>(6), RGB(1, 2, 3)));
+  EXPECT_EQ(0, doc.SetColor(static_cast<CHtmlFileEx::EmColor>(0), 0xFF000000u));
+  EXPECT_EQ(0, doc.GetColor(static_cast<CHtmlFileEx::EmColor>(6), color));
+  // Deleting an attribute that is not there reports the delete's 0.
+  EXPECT_EQ(0, doc.SetColor(CHtmlFileEx::emColorALink, 0xFF000000u));
+  EXPECT_EQ("<html><body text=\"black\" link=\"red\" vlink=\"#010203\">x</body></html>", page.Saved());
+}
+
+TEST(TopicColors, ColorSettersDoNotCreateBody) {
+  TopicPage page("<html><head></head></html>");
+  EXPECT_EQ(0, page->SetColor(CHtmlFileEx::emColorText, RGB(0, 0, 0)));
+  EXPECT_EQ(nullptr, page->GetBodyStartPosition());
+  EXPECT_EQ("<html><head></head></html>", page.Saved());
+}
+
+TEST(TopicBackground, WaterMarkAndImageCreateBodyTags) {
+  TopicPage page("<html><head></head></html>");
+  CHtmlFileEx& doc = page.doc();
+  EXPECT_EQ(1, doc.SetWaterMark(1));
+  EXPECT_EQ(1, doc.SetBackgroundImage("a b.gif"));
+  int fixed = 0;
+  EXPECT_EQ(1, doc.GetWaterMark(fixed));
+  EXPECT_EQ(1, fixed);
+  CString file;
+  EXPECT_EQ(1, doc.GetBackgroundImage(file));
+  EXPECT_STREQ("a b.gif", file);
+  std::string saved = page.Saved();
+  EXPECT_NE(std::string::npos, saved.find("</head>"));
+  EXPECT_LT(saved.find("</head>"), saved.find("<BODY bgproperties=\"fixed\" background=\"a b.gif\">"));
+  EXPECT_LT(saved.find("<BODY"), saved.find("</BODY>"));
+  EXPECT_LT(saved.find("</BODY>"), saved.find("</html>"));
+
+  EXPECT_EQ(1, doc.SetWaterMark(0));
+  EXPECT_EQ(1, doc.SetBackgroundImage(nullptr));
+  EXPECT_EQ(0, doc.GetWaterMark(fixed));
+  EXPECT_EQ(0, doc.GetBackgroundImage(file));
+}
+
+TEST(TopicBackground, WaterMarkValueIsCaseBlindAndImageDecoded) {
+  TopicPage page("<html><body bgproperties=FIXED background=\"a&amp;b.gif\"></body></html>");
+  int fixed = 0;
+  EXPECT_EQ(1, page->GetWaterMark(fixed));
+  EXPECT_EQ(1, fixed);
+  CString file;
+  EXPECT_EQ(1, page->GetBackgroundImage(file));
+  EXPECT_STREQ("a&b.gif", file);
+}
+
+TEST(TopicSound, LoopOneWritesNoLoopAttributeAndOtherValuesDo) {
+  const char* source = "<html><head></head><body></body></html>";
+  {
+    TopicPage page(source);
+    EXPECT_EQ(1, page->SetBackgroundSound("s.wav", 1));
+    EXPECT_NE(std::string::npos, page.Saved().find("</head><BGSOUND src=\"s.wav\">")) << page.Saved();
+  }
+  for (int loop : {0, -1, 3}) {
+    TopicPage page(source);
+    EXPECT_EQ(1, page->SetBackgroundSound("s.wav", loop));
+    std::string expected = "<BGSOUND src=\"s.wav\" loop=" + std::to_string(loop) + ">";
+    EXPECT_NE(std::string::npos, page.Saved().find(expected)) << page.Saved();
+    CString file;
+    int read = 99;
+    EXPECT_EQ(1, page->GetBackgroundSound(file, read));
+    EXPECT_EQ(loop, read);
+  }
+}
+
+TEST(TopicSound, ExistingTagIsUpdatedAndNullNameRemovesIt) {
+  TopicPage page("<html><head></head><body><bgsound src=old.wav loop=2></body></html>");
+  CHtmlFileEx& doc = page.doc();
+  EXPECT_EQ(1, doc.SetBackgroundSound("new.wav", 1));  // loop 1 leaves the old loop alone
+  CString file;
+  int loop = 0;
+  EXPECT_EQ(1, doc.GetBackgroundSound(file, loop));
+  EXPECT_STREQ("new.wav", file);
+  EXPECT_EQ(2, loop);
+  EXPECT_EQ(1, doc.SetBackgroundSound("", 1));
+  EXPECT_EQ(0, doc.GetBackgroundSound(file, loop));
+  EXPECT_EQ("<html><head></head><body></body></html>", page.Saved());
+}
+
+TEST(TopicSound, LoopAbsentIsMinusOneAndBlanksAroundNegativeAreTrimmed) {
+  {
+    TopicPage page("<html><body><bgsound src=a.wav></body></html>");
+    CString file;
+    int loop = 0;
+    EXPECT_EQ(1, page->GetBackgroundSound(file, loop));
+    EXPECT_EQ(-1, loop);
+  }
+  {
+    TopicPage page("<html><body><bgsound src=\"a.wav\" loop=\" -3 \"></body></html>");
+    CString file;
+    int loop = 0;
+    EXPECT_EQ(1, page->GetBackgroundSound(file, loop));
+    EXPECT_EQ(-3, loop);
+  }
+  {
+    // A BGSOUND without src is not recorded.
+    TopicPage page("<html><body><bgsound loop=2></body></html>");
+    CString file;
+    int loop = 0;
+    EXPECT_EQ(0, page->GetBackgroundSound(file, loop));
+  }
+}
+
+TEST(TopicSound, WithoutHeadEndGoesAfterHtmlStartAndWithNeitherFails) {
+  {
+    TopicPage page("<html><body></body></html>");
+    EXPECT_EQ(1, page->SetBackgroundSound("a.wav", 1));
+    EXPECT_EQ(0u, page.Saved().find("<html><BGSOUND src=\"a.wav\">"));
+  }
+  {
+    TopicPage page("<p>only text</p>");
+    EXPECT_EQ(0, page->SetBackgroundSound("a.wav", 1));
+    EXPECT_EQ("<p>only text</p>", page.Saved());
+  }
+}
+
+TEST(TopicTitle, LineBreaksRemovedAndNotDecoded) {
+  TopicPage page("<html><head><title>\r\n  A\r\nB &amp; C  </title></head></html>");
+  CString title;
+  EXPECT_EQ(1, page->GetHtmlTitle(title));
+  EXPECT_STREQ("AB &amp; C", title);
+}
+
+TEST(TopicTitle, EmptyTitleElementGivesZero) {
+  TopicPage page("<html><head><title></title></head></html>");
+  CString title = "stale";
+  EXPECT_EQ(0, page->GetHtmlTitle(title));
+  EXPECT_TRUE(title.IsEmpty());
+}
+
+TEST(TopicTitle, SetReplacesTextOrInsertsIt) {
+  {
+    TopicPage page("<html><head><title>Old</title></head></html>");
+    EXPECT_EQ(1, page->SetHtmlTitle("A < B"));
+    EXPECT_EQ("<html><head><title>A &lt; B</title></head></html>", page.Saved());
+    CString title;
+    EXPECT_EQ(1, page->GetHtmlTitle(title));
+    EXPECT_STREQ("A &lt; B", title);
+  }
+  {
+    TopicPage page("<html><head><title></title></head></html>");
+    EXPECT_EQ(1, page->SetHtmlTitle("New"));
+    EXPECT_EQ("<html><head><title>New</title></head></html>", page.Saved());
+  }
+  {
+    TopicPage page("<html><head></head><body></body></html>");
+    EXPECT_EQ(1, page->SetHtmlTitle("T"));
+    std::string saved = page.Saved();
+    EXPECT_NE(std::string::npos, saved.find("<TITLE>T</TITLE>")) << saved;
+    EXPECT_LT(saved.find("<head>"), saved.find("<TITLE>"));
+    EXPECT_LT(saved.find("</TITLE>"), saved.find("</head>"));
+    EXPECT_EQ(0, page->SetHtmlTitle(nullptr));
+  }
+}
+
+TEST(TopicTitle, HeadIsCreatedWhenMissingButNotWithoutHtml) {
+  {
+    TopicPage page("<html><body></body></html>");
+    EXPECT_EQ(1, page->SetHtmlTitle("T"));
+    CString title;
+    EXPECT_EQ(1, page->GetHtmlTitle(title));
+    EXPECT_STREQ("T", title);
+    std::string saved = page.Saved();
+    EXPECT_LT(saved.find("<HEAD>"), saved.find("<TITLE>"));
+    EXPECT_LT(saved.find("</TITLE>"), saved.find("</HEAD>"));
+    EXPECT_LT(saved.find("</HEAD>"), saved.find("<body>"));
+  }
+  {
+    TopicPage page("<body><p>x</p></body>");
+    EXPECT_EQ(0, page->SetHtmlTitle("T"));
+    EXPECT_EQ("<body><p>x</p></body>", page.Saved());
+  }
+}
+
+TEST(TopicStylesheet, SetInsertsLinkLiteralOrUpdatesAndNullRemoves) {
+  TopicPage page("<html><head><title>t</title></head></html>");
+  CHtmlFileEx& doc = page.doc();
+  EXPECT_EQ(1, doc.SetExternalStyleSheetFileName("a&b.css"));
+  std::string saved = page.Saved();
+  // The saver starts inserted head tags on a line of their own, one blank in.
+  EXPECT_EQ("<html><head>\r\n <LINK rel=\"StyleSheet\" href=\"a&amp;b.css\">\r\n <title>t</title></head></html>", saved);
+  CString file;
+  EXPECT_EQ(1, doc.GetExternalStyleSheetFileName(file));
+  EXPECT_STREQ("a&b.css", file);
+  EXPECT_EQ(1, doc.SetExternalStyleSheetFileName("c.css"));  // updates, no second LINK
+  EXPECT_EQ(1, doc.GetExternalStyleSheetFileName(file));
+  EXPECT_STREQ("c.css", file);
+  EXPECT_EQ(1, doc.SetExternalStyleSheetFileName(nullptr));
+  EXPECT_EQ(0, doc.GetExternalStyleSheetFileName(file));
+  EXPECT_EQ("<html><head><title>t</title></head></html>", page.Saved());
+}
+
+TEST(TopicStylesheet, ImportsOfStyleBlocksFollowTheLink) {
+  TopicPage page(
+      "<html><head><link rel=stylesheet href=main.css>"
+      "<style>@import url(\"one.css\");\r\n@import 'two.css';\r\np { color: red }</style>"
+      "<style></style><style>@import url(three.css);</style></head></html>");
+  CHtmlFileEx::CStringArrayEx files;
+  CString stale = "stale.css";
+  files.Add(stale);
+  EXPECT_EQ(1, page->GetExternalStyleSheetFileNameEx(files));
+  ASSERT_EQ(4, files.GetSize());
+  EXPECT_STREQ("main.css", files[0]);
+  EXPECT_STREQ("one.css", files[1]);
+  EXPECT_STREQ("two.css", files[2]);
+  EXPECT_STREQ("three.css", files[3]);
+}
+
+TEST(TopicBody, InsertAtStartAndEndAndReadBack) {
+  TopicPage page("<html><body>\r\n<p>mid</p>\r\n</body></html>");
+  CHtmlFileEx& doc = page.doc();
+  EXPECT_EQ(1, doc.SetBodyHtmlText("<h1>top</h1>", 1));
+  EXPECT_EQ(1, doc.SetBodyHtmlText("<p>end</p>", 0));
+  EXPECT_EQ(0, doc.SetBodyHtmlText("", 0));
+  EXPECT_EQ(0, doc.SetBodyHtmlText(nullptr, 0));
+  CString body;
+  EXPECT_EQ(1, doc.GetBodyHtmlText(body));
+  EXPECT_STREQ("<h1>top</h1><p>mid</p><p>end</p>", body);
+  // The walk ran again: the new tags are seen.
+  EXPECT_TRUE(doc.GetBodyStartPosition() != nullptr);
+}
+
+TEST(TopicBody, BodyTagsAreMadeAfterFramesetEndOrHeadEnd) {
+  TopicPage page("<html><head></head><frameset><frame src=a.htm></frameset></html>");
+  EXPECT_EQ(1, page->SetBodyHtmlText("<p>x</p>", 1));
+  std::string saved = page.Saved();
+  EXPECT_LT(saved.find("</frameset>"), saved.find("<BODY>"));
+  EXPECT_LT(saved.find("<BODY>"), saved.find("<p>x</p>"));
+  EXPECT_LT(saved.find("<p>x</p>"), saved.find("</BODY>"));
+  unsigned int index = 0;
+  EXPECT_STREQ("a.htm", page->GetFirstFrameSource(index));
+}
+
+TEST(TopicEnumerators, ImagesDecodedBookmarksAndFrames) {
+  TopicPage page(
+      "<html><body><img src=\"a&amp;b.gif\"><img alt=x><img src=c.gif>"
+      "<a name=\"n1\" id=\"i1\">x</a><h2 id=sec>y</h2><a name=n2></a>"
+      "<iframe src=\"in.htm\"></iframe></body></html>");
+  CHtmlFileEx& doc = page.doc();
+  unsigned int index = 0;
+  std::string images;
+  for (CString s = doc.GetFirstImage(index); !s.IsEmpty(); s = doc.GetNextImage(index))
+    images += std::string(s) + ";";
+  EXPECT_EQ("a&b.gif;c.gif;", images);
+  std::string marks;
+  for (const char* s = doc.GetFirstBookmark(index); s; s = doc.GetNextBookmark(index))
+    marks += std::string(s) + ";";
+  EXPECT_EQ("n1;i1;sec;n2;", marks);
+  EXPECT_STREQ("in.htm", doc.GetFirstFrameSource(index));
+  EXPECT_EQ(nullptr, doc.GetNextFrameSource(index));
+}
+
+TEST(TopicCopy, CopyHasItsOwnTokensAndRecordedPositions) {
+  TopicPage page("<html><head><title>A</title></head><body><img src=a.gif></body></html>");
+  ASSERT_EQ(1, page->Analyse());
+  CHtmlFileEx copy(page.doc());
+  EXPECT_EQ(1, copy.IsAnalysed());
+  EXPECT_EQ(1, copy.GetImagePositions().GetSize());
+  EXPECT_NE(page->GetTitlePosition(), copy.GetTitlePosition());
+  EXPECT_EQ(1, copy.SetHtmlTitle("B"));
+  CString title;
+  EXPECT_EQ(1, page->GetHtmlTitle(title));
+  EXPECT_STREQ("A", title);
+  EXPECT_EQ(1, copy.GetHtmlTitle(title));
+  EXPECT_STREQ("B", title);
+
+  CHtmlFileEx assigned;
+  assigned = copy;
+  EXPECT_EQ(1, assigned.GetHtmlTitle(title));
+  EXPECT_STREQ("B", title);
+}
+
+}  // namespace
+}  // namespace telvanix
