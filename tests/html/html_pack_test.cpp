@@ -1,0 +1,330 @@
+// The document pack: source modes, parse levels and their accumulating
+// flags, saving to files and buffers with each save flag, and the layout
+// printer (page-shaped cases under data/html/layout: NAME.html beside the
+// expected NAME.saveN for each save flag N that is checked).
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "telvanix/html/entity_tree.h"
+#include "telvanix/html/html_pack.h"
+#include "test_util.h"
+
+namespace telvanix {
+namespace {
+
+std::string Str(const CString& s) { return std::string(static_cast<const char*>(s), static_cast<size_t>(s.GetLength())); }
+std::string Bytes(const CByteString& b) {
+  return b.GetLength() ? std::string(reinterpret_cast<const char*>(b.GetContent()), static_cast<size_t>(b.GetLength()))
+                       : std::string();
+}
+CByteString Buffer(const std::string& text) {
+  CByteString b;
+  if (!text.empty())
+    b.Assign(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+  return b;
+}
+
+std::string SaveToString(CHtmlPack& pack, CHtmlPack::EmSaveFlag flag) {
+  CByteString out;
+  EXPECT_EQ(1, pack.Save(&out, flag));
+  return Bytes(out);
+}
+
+// Exposes the protected print-type hook.
+class CPrintTypePack : public CHtmlPack {
+ public:
+  using CHtmlPack::GetTagPrintType;
+};
+
+TEST(HtmlPackCases, LayoutSavesGiveTheirExpectedText) {
+  namespace fs = std::filesystem;
+  fs::path dir = fs::path(TELVANIX_TEST_DATA_DIR) / "html" / "layout";
+  int checks = 0;
+  for (const auto& entry : fs::directory_iterator(dir)) {
+    if (entry.path().extension() != ".html")
+      continue;
+    std::string name = entry.path().stem().string();
+    std::string page = test::ReadDataFile("html/layout/" + name + ".html");
+    for (int flag = 2; flag <= 4; ++flag) {
+      fs::path expectedPath = dir / (name + ".save" + std::to_string(flag));
+      if (!fs::exists(expectedPath))
+        continue;
+      SCOPED_TRACE(name + " save " + std::to_string(flag));
+      CByteString source = Buffer(page);
+      CHtmlPack pack(source, nullptr);
+      ASSERT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
+      EXPECT_EQ(test::ReadDataFile("html/layout/" + expectedPath.filename().string()),
+                SaveToString(pack, static_cast<CHtmlPack::EmSaveFlag>(flag)));
+      ++checks;
+    }
+  }
+  EXPECT_GE(checks, 6);
+}
+
+TEST(HtmlPack, SourceModes) {
+  CHtmlPack empty;
+  EXPECT_EQ(1, empty.GetSourceMode());
+  EXPECT_EQ(1, empty.IsParsed());
+  CHtmlPack file("/no/such/page.htm");
+  EXPECT_EQ(2, file.GetSourceMode());
+  EXPECT_EQ(0, file.IsParsed());
+  CByteString bytes = Buffer("<p>");
+  CHtmlPack buffer(bytes, nullptr);
+  EXPECT_EQ(3, buffer.GetSourceMode());
+  CHtmlPack bufferWithPath(bytes, "/x/page.htm");
+  EXPECT_EQ(2, bufferWithPath.GetSourceMode());
+  EXPECT_EQ(111, CHtmlTagItem::ms_nTagSyntaxTableSize);
+}
+
+TEST(HtmlPack, ParseLevelsAccumulateFlags) {
+  CByteString bytes = Buffer("<html><body><p>a<p>b</body></html>");
+  CHtmlPack pack(bytes, nullptr);
+  EXPECT_EQ(0, pack.Parse(static_cast<CHtmlPack::EmParseFlag>(6)));
+  EXPECT_EQ(0, pack.Parse(static_cast<CHtmlPack::EmParseFlag>(0)));
+  EXPECT_EQ(0, pack.GetAnalyseFlags());
+  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseTokens));
+  EXPECT_EQ(0x101, pack.GetAnalyseFlags());
+  CHtmlTokenItem* head = pack.GetTokenList()->GetHead();
+  ASSERT_NE(nullptr, head);
+  EXPECT_EQ(0x101u, head->GetTokenFlag() & 0x103u);
+  EXPECT_EQ(nullptr, pack.GetEntityTree());
+  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
+  EXPECT_EQ(0x103, pack.GetAnalyseFlags());
+  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseTree));
+  EXPECT_EQ(0x107, pack.GetAnalyseFlags());
+  EXPECT_NE(nullptr, pack.GetEntityTree());
+  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseXmlTree));
+  EXPECT_EQ(0x20107, pack.GetAnalyseFlags());
+  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseHtmlTree));
+  EXPECT_EQ(0x30107, pack.GetAnalyseFlags());
+  // Tokenised once: deeper parses keep the same tokens.
+  EXPECT_EQ(head, pack.GetTokenList()->GetHead());
+}
+
+TEST(HtmlPack, HtmlTreeRepairsTheOutline) {
+  CByteString bytes = Buffer("<P>a<P>bc");
+  CHtmlPack pack(bytes, nullptr);
+  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseHtmlTree));
+  ASSERT_NE(nullptr, pack.GetEntityTree());
+  // The inserted outline tags are not original, so they get their line
+  // breaks even under flag 2; the original run in between prints as read.
+  EXPECT_EQ("<HTML>\r\n<BODY>\r\n <P>a<P>bc\r\n</BODY>\r\n</HTML>", SaveToString(pack, CHtmlPack::emSave));
+  EXPECT_EQ(1, pack.IsTokenListModified());
+  EXPECT_EQ(1, pack.RebuildEntityTree());
+}
+
+TEST(HtmlPack, EmptyPackParses) {
+  CHtmlPack pack;
+  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseTokens));
+  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
+  EXPECT_EQ(0x3, pack.GetAnalyseFlags());  // no original mark for an empty pack
+  EXPECT_EQ(0, pack.IsTokenListModified());
+  EXPECT_EQ("", SaveToString(pack, CHtmlPack::emSave));
+  EXPECT_EQ(0, pack.Save(static_cast<CByteString*>(nullptr), CHtmlPack::emSave));
+  EXPECT_EQ(0, pack.Save(static_cast<const char*>(nullptr), CHtmlPack::emSave));
+}
+
+TEST(HtmlPack, MissingSourcesFail) {
+  CByteString none;
+  CHtmlPack buffer(none, nullptr);
+  EXPECT_EQ(0, buffer.Parse(CHtmlPack::emParseTokens));
+  CHtmlPack missing("/no/such/dir/page.htm");
+  EXPECT_EQ(0, missing.Parse(CHtmlPack::emParseTokens));
+  test::TempDir dir;
+  dir.Write("empty.htm", "");
+  CHtmlPack empty((dir / "empty.htm").c_str());
+  EXPECT_EQ(0, empty.Parse(CHtmlPack::emParseTokens));  // an empty file cannot be mapped
+  EXPECT_EQ(0, empty.OpenMappingView((dir / "empty.htm").c_str()));
+  EXPECT_EQ(1, empty.CloseMappingView());
+}
+
+TEST(HtmlPack, FilePackReadsThroughAMapping) {
+  test::TempDir dir;
+  const std::string page = "<html>\r\n<p class=a>x &amp; y</p>\r\n</html>\r\n";
+  dir.Write("page.htm", page);
+  CHtmlPack pack((dir / "page.htm").c_str());
+  ASSERT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
+  EXPECT_EQ(0x103, pack.GetAnalyseFlags());
+  EXPECT_EQ(page, SaveToString(pack, CHtmlPack::emSave));
+  EXPECT_EQ(0, pack.IsTokenListModified());
+  EXPECT_STREQ("a", pack.GetTokenList()->GetTagItem(pack.GetTokenList()->GetTagHeadPosition("p"))->GetAttributeValue(
+                        "class"));
+}
+
+TEST(HtmlPack, SavingOverItsOwnFile) {
+  test::TempDir dir;
+  dir.Write("page.htm", "<p>one</p>\r\n");
+  CHtmlPack pack((dir / "page.htm").c_str());
+  ASSERT_EQ(1, pack.Parse(CHtmlPack::emParseTokens));
+  // Unchanged, flag 2: nothing written (the file changed meanwhile stays).
+  dir.Write("page.htm", "changed on disk");
+  EXPECT_EQ(1, pack.Save(static_cast<const char*>(nullptr), CHtmlPack::emSave));
+  EXPECT_EQ("changed on disk", dir.Read("page.htm"));
+  // Naming the same file (any case) counts as saving over itself.
+  std::string upper = dir / "PAGE.HTM";
+  EXPECT_EQ(1, pack.Save(upper.c_str(), CHtmlPack::emSave));
+  EXPECT_EQ("changed on disk", dir.Read("page.htm"));
+  // Flag 3 always writes.
+  EXPECT_EQ(1, pack.Save(static_cast<const char*>(nullptr), CHtmlPack::emSaveLayout));
+  EXPECT_EQ("<p>one</p>", dir.Read("page.htm"));
+  // A change makes flag 2 write.
+  dir.Write("page.htm", "changed again");
+  pack.GetTokenList()->GetHead()->GetSafeTagItemPtr()->SetAttribute("id", "x");
+  EXPECT_EQ(1, pack.IsTokenListModified());
+  EXPECT_EQ(1, pack.Save(static_cast<const char*>(nullptr), CHtmlPack::emSave));
+  EXPECT_EQ("<p id=\"x\">one</p>\r\n", dir.Read("page.htm"));
+}
+
+TEST(HtmlPack, SaveFlagOneRefusesExistingTargets) {
+  test::TempDir dir;
+  dir.Write("taken.htm", "old");
+  CByteString bytes = Buffer("<b>x</b>");
+  CHtmlPack pack(bytes, nullptr);
+  ASSERT_EQ(1, pack.Parse(CHtmlPack::emParseTokens));
+  EXPECT_EQ(0, pack.Save((dir / "taken.htm").c_str(), CHtmlPack::emSaveNoOverwrite));
+  EXPECT_EQ("old", dir.Read("taken.htm"));
+  EXPECT_EQ(1, pack.Save((dir / "new.htm").c_str(), CHtmlPack::emSaveNoOverwrite));
+  EXPECT_EQ("<b>x</b>", dir.Read("new.htm"));
+  EXPECT_EQ(1, pack.Save((dir / "taken.htm").c_str(), CHtmlPack::emSave));
+  EXPECT_EQ("<b>x</b>", dir.Read("taken.htm"));
+  // A buffer pack has no file of its own.
+  EXPECT_EQ(0, pack.Save(static_cast<const char*>(nullptr), CHtmlPack::emSave));
+  EXPECT_EQ(0, pack.Save((dir / "no/such/dir/x.htm").c_str(), CHtmlPack::emSave));
+}
+
+TEST(HtmlPack, InsertedTagGetsALineOfItsOwn) {
+  CByteString bytes = Buffer("<div>abc");
+  CHtmlPack pack(bytes, nullptr);
+  ASSERT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
+  CHtmlTokenList* list = pack.GetTokenList();
+  list->InsertAfter(list->GetTailPosition(), new CHtmlTagItem("<p>"));
+  // After text on the same line: a line break and the current indentation.
+  EXPECT_EQ("<div>abc\r\n <p>", SaveToString(pack, CHtmlPack::emSaveLayout));
+  // At the very start of the list nothing is written before it.
+  list->InsertBefore(list->GetHeadPosition(), new CHtmlTagItem("<p>"));
+  EXPECT_EQ("<p>\r\n<div>abc\r\n <p>", SaveToString(pack, CHtmlPack::emSaveLayout));
+}
+
+TEST(HtmlPack, OriginalRunsKeepTheirLayoutUnderFlagTwo) {
+  CByteString bytes = Buffer("<div>abc</div>\r\n<p>x</p>");
+  CHtmlPack pack(bytes, nullptr);
+  ASSERT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
+  CHtmlTokenList* list = pack.GetTokenList();
+  POSITION text = list->GetHeadPosition();
+  list->GetNext(text);
+  list->InsertAfter(text, new CHtmlTagItem("<p>"));
+  // The inserted P breaks the line; the original </div> after a token that
+  // is not original gets its own before step too; the rest is as read.
+  EXPECT_EQ("<div>abc\r\n<p>\r\n</div>\r\n<p>x</p>", SaveToString(pack, CHtmlPack::emSave));
+}
+
+TEST(HtmlPack, ObjectParametersIndentUnderFlagFour) {
+  CByteString bytes = Buffer("<body>\r\n<object id=o>\r\n<param name=a>\r\n<param name=b>\r\n</object>\r\n</body>");
+  CHtmlPack pack(bytes, nullptr);
+  ASSERT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
+  CHtmlTokenList* list = pack.GetTokenList();
+  for (POSITION pos = list->GetTagHeadPosition("param"); pos; list->GetNextTag("param", pos))
+    list->GetTokenItem(pos)->SetManualIndentBefore(CHtmlTokenItem::emManualIndentKeep);
+  EXPECT_EQ("<body><object id=o>\r\n  <param name=a>\r\n  <param name=b>\r\n </object>\r\n</body>",
+            SaveToString(pack, CHtmlPack::emSaveLayoutObject));
+  // Without the OBJECT print types the parameters keep the body's level.
+  EXPECT_EQ("<body><object id=o>\r\n <param name=a>\r\n <param name=b></object>\r\n</body>",
+            SaveToString(pack, CHtmlPack::emSaveLayout));
+}
+
+TEST(HtmlPack, TakenOverIndentationIsKept) {
+  // A tag at a line start that already has blanks takes those blanks over
+  // as the indentation (tabs included) and writes nothing before itself; a
+  // later tag on a new line reuses them.
+  CByteString bytes = Buffer("<div>\r\n\t\t<b>x</b></div>");
+  CHtmlPack pack(bytes, nullptr);
+  ASSERT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
+  CHtmlTokenList* list = pack.GetTokenList();
+  list->InsertAfter(list->GetHeadPosition(), new CHtmlTagItem("<p>"));
+  POSITION text = list->GetTagHeadPosition("b");
+  list->GetNext(text);
+  ASSERT_NE(nullptr, list->GetTextItem(text));
+  CHtmlTagItem* br = new CHtmlTagItem("<br>");
+  br->SetManualIndentBefore(CHtmlTokenItem::emManualIndentKeep);
+  list->InsertAfter(text, br);
+  EXPECT_EQ("<div>\r\n\t\t<p><b>x\r\n\t\t<br></b></div>", SaveToString(pack, CHtmlPack::emSave));
+}
+
+TEST(HtmlPack, PrintTypesFromCodeAndManualFlags) {
+  CPrintTypePack pack;
+  int before = -1, after = -1;
+  EXPECT_EQ(0, pack.GetTagPrintType(nullptr, before, after));
+  EXPECT_EQ(0, before);
+  EXPECT_EQ(0, after);
+  CHtmlTagItem div("<div>"), endDiv("</div>"), html("<html>");
+  EXPECT_EQ(1, pack.GetTagPrintType(&div, before, after));
+  EXPECT_EQ(4, before);
+  EXPECT_EQ(5, after);
+  pack.GetTagPrintType(&endDiv, before, after);
+  EXPECT_EQ(6, before);
+  EXPECT_EQ(4, after);
+  html.SetManualIndentBefore(CHtmlTokenItem::emManualIndentNewLine);
+  html.SetManualIndentBefore(CHtmlTokenItem::emManualIndentKeep);
+  html.SetManualIndentAfter(CHtmlTokenItem::emManualIndentKeep);
+  pack.GetTagPrintType(&html, before, after);
+  EXPECT_EQ(4, before);  // value 2 wins over value 1
+  EXPECT_EQ(4, after);
+  CHtmlTagItem p("<p>");
+  p.SetManualIndentAfter(CHtmlTokenItem::emManualIndentNewLine);
+  pack.GetTagPrintType(&p, before, after);
+  EXPECT_EQ(4, before);  // from the code
+  EXPECT_EQ(1, after);
+}
+
+TEST(HtmlPack, ModificationTracking) {
+  CByteString bytes = Buffer("<p>a</p>");
+  CHtmlPack pack(bytes, nullptr);
+  pack.Parse(CHtmlPack::emParseTokens);
+  EXPECT_EQ(0, pack.IsTokenListModified());
+  pack.GetTokenList()->GetTail()->DiscardToken();
+  EXPECT_EQ(1, pack.IsTokenListModified());
+  EXPECT_EQ("<p>a", SaveToString(pack, CHtmlPack::emSave));
+
+  CHtmlPack empty;
+  empty.GetTokenList()->AddTail(new CHtmlTextItem("x"));
+  EXPECT_EQ(1, empty.IsTokenListModified());
+  CHtmlTextItem* plain = new CHtmlTextItem;
+  plain->SetOriginalData("y");
+  CHtmlPack other;
+  other.GetTokenList()->AddTail(plain);
+  EXPECT_EQ(1, other.IsTokenListModified());  // no original mark
+}
+
+TEST(HtmlPack, ChangeFilenameAndPaths) {
+  test::TempDir dir;
+  dir.Write("a.htm", "<p>a</p>");
+  dir.Write("b.htm", "<p>b</p>");
+  CHtmlPack pack((dir / "a.htm").c_str());
+  EXPECT_EQ(0, pack.ChangeFilename(nullptr));
+  EXPECT_EQ(0, pack.ChangeFilename(""));
+  // The old content is read before the target changes.
+  EXPECT_EQ(1, pack.ChangeFilename((dir / "c.htm").c_str()));
+  EXPECT_EQ(1, pack.IsParsed());
+  EXPECT_EQ(1, pack.Save(static_cast<const char*>(nullptr), CHtmlPack::emSaveLayout));
+  EXPECT_EQ("<p>a</p>", dir.Read("c.htm"));
+  EXPECT_EQ(dir / "c.htm", Str(pack.GetFilePathName(nullptr)));
+  EXPECT_EQ(dir / "img/x.gif", Str(pack.GetFilePathName("img/x.gif")));
+  EXPECT_EQ(dir / "x.gif", Str(pack.GetFilePathName("sub/../x.gif")));
+
+  CHtmlPack empty;
+  EXPECT_EQ(0, empty.ChangeFilename((dir / "none.htm").c_str()));
+  EXPECT_EQ(1, empty.GetSourceMode());
+  EXPECT_EQ(1, empty.ChangeFilename((dir / "b.htm").c_str()));
+  EXPECT_EQ(2, empty.GetSourceMode());
+  EXPECT_EQ("<p>b</p>", SaveToString(empty, CHtmlPack::emSave));
+
+  CByteString bytes = Buffer("<p>");
+  CHtmlPack buffer(bytes, nullptr);
+  EXPECT_EQ(0, buffer.ChangeFilename((dir / "b.htm").c_str()));
+  EXPECT_EQ("", Str(buffer.GetFilePathName("x.gif")));
+}
+
+}  // namespace
+}  // namespace telvanix
