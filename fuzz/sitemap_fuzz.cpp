@@ -10,7 +10,7 @@
 using namespace telvanix;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  if (size > (1u << 20))
+  if (size > (1u << 16))
     return 0;
   CByteString source;
   if (size)

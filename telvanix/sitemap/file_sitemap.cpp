@@ -27,6 +27,8 @@ void CHtmlFileSitemap::CopyFrom(const CHtmlFileSitemap& other) {
   m_SiteProperties = other.m_SiteProperties;
   m_arrNeedFrameNames.Copy(other.m_arrNeedFrameNames);
   m_arrNeedWindowNames.Copy(other.m_arrNeedWindowNames);
+  m_setNeedFrameNames = other.m_setNeedFrameNames;
+  m_setNeedWindowNames = other.m_setNeedWindowNames;
 }
 
 void CHtmlFileSitemap::Default() {
@@ -36,6 +38,8 @@ void CHtmlFileSitemap::Default() {
   m_SiteProperties.Default();
   m_arrNeedFrameNames.RemoveAll();
   m_arrNeedWindowNames.RemoveAll();
+  m_setNeedFrameNames.clear();
+  m_setNeedWindowNames.clear();
 }
 
 const char* CHtmlFileSitemap::GetTitle() const { return m_strTitle.IsEmpty() ? nullptr : static_cast<const char*>(m_strTitle); }
@@ -56,19 +60,23 @@ int CHtmlFileSitemap::SetBase(const char* base) {
 int CHtmlFileSitemap::AddSitemap(CHtmlSitemap* sitemap) { return sitemap_detail::AddOwned(m_arrSitemaps, sitemap); }
 CHtmlSitemap* CHtmlFileSitemap::GetSitemap(int index) const { return sitemap_detail::OwnedAt(m_arrSitemaps, index); }
 
-int CHtmlFileSitemap::AddNeedName(CStringArray& names, const char* name) {
+int CHtmlFileSitemap::AddNeedName(CStringArray& names, std::unordered_set<std::string>& known, const char* name) {
   if (!name || !*name)
     return 0;
-  for (int i = 0; i < names.GetSize(); ++i) {
-    if (names.GetAt(i).CompareNoCase(name) == 0)
-      return 0;
-  }
+  CString folded(name);
+  folded.MakeLower();
+  if (!known.insert(folded.str()).second)
+    return 0;
   names.Add(CString(name));
   return 1;
 }
 
-int CHtmlFileSitemap::AddNeedFrameName(const char* name) { return AddNeedName(m_arrNeedFrameNames, name); }
-int CHtmlFileSitemap::AddNeedWindowName(const char* name) { return AddNeedName(m_arrNeedWindowNames, name); }
+int CHtmlFileSitemap::AddNeedFrameName(const char* name) {
+  return AddNeedName(m_arrNeedFrameNames, m_setNeedFrameNames, name);
+}
+int CHtmlFileSitemap::AddNeedWindowName(const char* name) {
+  return AddNeedName(m_arrNeedWindowNames, m_setNeedWindowNames, name);
+}
 
 const char* CHtmlFileSitemap::GetFirstFrameName(int& cursor) const {
   cursor = 0;

@@ -3,6 +3,9 @@
 // order with their nesting levels -- read from a page and printed back as one.
 #pragma once
 
+#include <string>
+#include <unordered_set>
+
 #include "telvanix/foundation/byte_string.h"
 #include "telvanix/foundation/keyword_map.h"
 #include "telvanix/foundation/rgl_array.h"
@@ -134,7 +137,7 @@ class TELVANIX_API CHtmlFileSitemap : public CRglObject {
 
   void DeleteOwned();
   void CopyFrom(const CHtmlFileSitemap& other);
-  int AddNeedName(CStringArray& names, const char* name);
+  static int AddNeedName(CStringArray& names, std::unordered_set<std::string>& known, const char* name);
   int ReadBytes(const unsigned char* data, int length);
 
   CString m_strBase;
@@ -143,6 +146,9 @@ class TELVANIX_API CHtmlFileSitemap : public CRglObject {
   CHtmlSiteProperties m_SiteProperties;
   CStringArray m_arrNeedFrameNames;
   CStringArray m_arrNeedWindowNames;
+  // The same names folded to lower case, so that a file naming many frames stays linear.
+  std::unordered_set<std::string> m_setNeedFrameNames;
+  std::unordered_set<std::string> m_setNeedWindowNames;
 };
 
 }  // namespace telvanix
