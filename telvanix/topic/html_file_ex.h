@@ -185,36 +185,36 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   const char* GetFirstFrameSource(unsigned int& index);
   const char* GetNextFrameSource(unsigned int& index);
 
-  // Read-only views of what the walk recorded (analyse first when needed;
-  // the views are then current until the next edit or Analyse).
-  POSITION GetHtmlStartPosition() const { return m_posHtmlStart; }
-  POSITION GetHtmlEndPosition() const { return m_posHtmlEnd; }
-  POSITION GetHeadStartPosition() const { return m_posHeadStart; }
-  POSITION GetHeadEndPosition() const { return m_posHeadEnd; }
-  POSITION GetBodyStartPosition() const { return m_posBodyStart; }
-  POSITION GetBodyEndPosition() const { return m_posBodyEnd; }
-  POSITION GetFramesetStartPosition() const { return m_posFramesetStart; }
-  POSITION GetFramesetEndPosition() const { return m_posFramesetEnd; }
-  POSITION GetTitlePosition() const { return m_posTitle; }
-  POSITION GetBasePosition() const { return m_posBase; }
-  POSITION GetStyleSheetLinkPosition() const { return m_posStyleSheetLink; }
-  POSITION GetBgSoundPosition() const { return m_posBgSound; }
-  const CPositionArray& GetLinkTagPositions() const { return m_arrLinkTags; }
-  const CPositionArray& GetAnchorPositions() const { return m_arrAnchors; }
-  const CPositionArray& GetNamedAnchorPositions() const { return m_arrNamedAnchors; }
-  const CPositionArray& GetMapTagPositions() const { return m_arrMapTags; }
-  const CPositionArray& GetImagePositions() const { return m_arrImages; }
-  const CPositionArray& GetObjectPositions() const { return m_arrObjects; }
-  const CPositionArray& GetEmbedPositions() const { return m_arrEmbeds; }
-  const CPositionArray& GetFramePositions() const { return m_arrFrames; }
-  const CPositionArray& GetIFramePositions() const { return m_arrIFrames; }
-  const CPositionArray& GetScriptPositions() const { return m_arrScripts; }
-  const CPositionArray& GetMetaPositions() const { return m_arrMetas; }
-  const CPositionArray& GetStylePositions() const { return m_arrStyles; }
-  const CPositionArray& GetCommentPositions() const { return m_arrComments; }
-  const CPositionArray& GetStyledTagPositions() const { return m_arrStyledTags; }
+  // Read-only views of what the walk recorded (each analyses first when
+  // needed; setters other than SetBodyHtmlText do not re-run the walk).
+  POSITION GetHtmlStartPosition() { EnsureAnalysed(); return m_posHtmlStart; }
+  POSITION GetHtmlEndPosition() { EnsureAnalysed(); return m_posHtmlEnd; }
+  POSITION GetHeadStartPosition() { EnsureAnalysed(); return m_posHeadStart; }
+  POSITION GetHeadEndPosition() { EnsureAnalysed(); return m_posHeadEnd; }
+  POSITION GetBodyStartPosition() { EnsureAnalysed(); return m_posBodyStart; }
+  POSITION GetBodyEndPosition() { EnsureAnalysed(); return m_posBodyEnd; }
+  POSITION GetFramesetStartPosition() { EnsureAnalysed(); return m_posFramesetStart; }
+  POSITION GetFramesetEndPosition() { EnsureAnalysed(); return m_posFramesetEnd; }
+  POSITION GetTitlePosition() { EnsureAnalysed(); return m_posTitle; }
+  POSITION GetBasePosition() { EnsureAnalysed(); return m_posBase; }
+  POSITION GetStyleSheetLinkPosition() { EnsureAnalysed(); return m_posStyleSheetLink; }
+  POSITION GetBgSoundPosition() { EnsureAnalysed(); return m_posBgSound; }
+  const CPositionArray& GetLinkTagPositions() { EnsureAnalysed(); return m_arrLinkTags; }
+  const CPositionArray& GetAnchorPositions() { EnsureAnalysed(); return m_arrAnchors; }
+  const CPositionArray& GetNamedAnchorPositions() { EnsureAnalysed(); return m_arrNamedAnchors; }
+  const CPositionArray& GetMapTagPositions() { EnsureAnalysed(); return m_arrMapTags; }
+  const CPositionArray& GetImagePositions() { EnsureAnalysed(); return m_arrImages; }
+  const CPositionArray& GetObjectPositions() { EnsureAnalysed(); return m_arrObjects; }
+  const CPositionArray& GetEmbedPositions() { EnsureAnalysed(); return m_arrEmbeds; }
+  const CPositionArray& GetFramePositions() { EnsureAnalysed(); return m_arrFrames; }
+  const CPositionArray& GetIFramePositions() { EnsureAnalysed(); return m_arrIFrames; }
+  const CPositionArray& GetScriptPositions() { EnsureAnalysed(); return m_arrScripts; }
+  const CPositionArray& GetMetaPositions() { EnsureAnalysed(); return m_arrMetas; }
+  const CPositionArray& GetStylePositions() { EnsureAnalysed(); return m_arrStyles; }
+  const CPositionArray& GetCommentPositions() { EnsureAnalysed(); return m_arrComments; }
+  const CPositionArray& GetStyledTagPositions() { EnsureAnalysed(); return m_arrStyledTags; }
   // Tags carrying an "id" attribute, and A tags with a "name" (bookmarks).
-  const CPositionArray& GetBookmarkTagPositions() const { return m_arrBookmarkTags; }
+  const CPositionArray& GetBookmarkTagPositions() { EnsureAnalysed(); return m_arrBookmarkTags; }
 
   // ---- referenced files ----
   // Fills the multimedia list once per analysis. 1.
