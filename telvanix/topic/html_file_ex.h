@@ -116,6 +116,10 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   // The tokens strictly between the BODY start and end tags, each printed
   // alone (without the whitespace that followed it). 0 without both tags.
   int GetBodyHtmlText(CString& out);
+  // The words a reader sees, for an indexer (pure_text.h): option 2 breaks lines at
+  // blocks and BR, 0 gives one line; window is never used; a non-null name is the
+  // text of a page that has no words. Empty on failure.
+  CString GetPureText(int option, HWND window, const char* name);
 
   // ---- colours and background (BODY start tag) ----
   // 0xFF000000 deletes the attribute; other values are written as a colour
