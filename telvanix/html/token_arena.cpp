@@ -9,9 +9,61 @@ namespace telvanix {
 namespace {
 constexpr std::size_t kMinBlock = 64 * 1024;
 constexpr std::size_t kHeader = 16;  // keeps block data 16-aligned
+// What a thread keeps of the blocks of arenas that went away.
+constexpr std::size_t kSpareLimit = 32u << 20;
+
+struct SpareBlocks {
+  void* blocks[4] = {};
+  std::size_t sizes[4] = {};
+  ~SpareBlocks() {
+    for (void*& b : blocks) {
+      std::free(b);
+      b = nullptr;
+    }
+  }
+};
+thread_local SpareBlocks t_spare;
+
+// A kept block of at least minSize bytes, or null.
+void* TakeSpare(std::size_t minSize, std::size_t& size) {
+  int best = -1;
+  for (int i = 0; i < 4; ++i)
+    if (t_spare.blocks[i] && t_spare.sizes[i] >= minSize && (best < 0 || t_spare.sizes[i] < t_spare.sizes[best]))
+      best = i;
+  if (best < 0)
+    return nullptr;
+  void* block = t_spare.blocks[best];
+  size = t_spare.sizes[best];
+  t_spare.blocks[best] = nullptr;
+  return block;
+}
+
+// Keeps a block for the next arena when there is room; true when kept.
+bool KeepSpare(void* block, std::size_t size) {
+  if (size > kSpareLimit)
+    return false;
+  int slot = -1;
+  for (int i = 0; i < 4; ++i) {
+    if (!t_spare.blocks[i]) {
+      slot = i;
+      break;
+    }
+    if (slot < 0 || t_spare.sizes[i] < t_spare.sizes[slot])
+      slot = i;
+  }
+  if (t_spare.blocks[slot]) {
+    if (t_spare.sizes[slot] >= size)
+      return false;
+    std::free(t_spare.blocks[slot]);
+  }
+  t_spare.blocks[slot] = block;
+  t_spare.sizes[slot] = size;
+  return true;
+}
 }  // namespace
 
-CHtmlTokenArena::CHtmlTokenArena() : m_pBlocks(nullptr), m_pNext(nullptr), m_pEnd(nullptr), m_nReserved(0) {}
+CHtmlTokenArena::CHtmlTokenArena()
+    : m_nUsedBefore(0), m_pBlocks(nullptr), m_pNext(nullptr), m_pEnd(nullptr), m_nReserved(0) {}
 
 CHtmlTokenArena::~CHtmlTokenArena() {
   while (m_pBlocks) {
@@ -21,7 +73,16 @@ CHtmlTokenArena::~CHtmlTokenArena() {
   }
 }
 
-void CHtmlTokenArena::FreeBlock(Block* block) { std::free(block); }
+void CHtmlTokenArena::FreeBlock(Block* block) {
+  if (!KeepSpare(block, block->nSize))
+    std::free(block);
+}
+
+std::size_t CHtmlTokenArena::GetUsedBytes() const {
+  if (!m_pBlocks)
+    return 0;
+  return m_nUsedBefore + static_cast<std::size_t>(m_pNext - (reinterpret_cast<char*>(m_pBlocks) + kHeader));
+}
 
 void CHtmlTokenArena::NewBlock(std::size_t minSize) {
   // Grow with what is already held, so a large page needs few blocks and
@@ -31,9 +92,17 @@ void CHtmlTokenArena::NewBlock(std::size_t minSize) {
     size = kMinBlock;
   if (size < minSize)
     size = minSize;
-  void* raw = std::malloc(kHeader + size);
-  if (!raw)
-    throw std::bad_alloc();
+  if (m_pBlocks)
+    m_nUsedBefore += static_cast<std::size_t>(m_pNext - (reinterpret_cast<char*>(m_pBlocks) + kHeader));
+  std::size_t spareSize = 0;
+  void* raw = TakeSpare(size, spareSize);
+  if (raw) {
+    size = spareSize;
+  } else {
+    raw = std::malloc(kHeader + size);
+    if (!raw)
+      throw std::bad_alloc();
+  }
   Block* block = static_cast<Block*>(raw);
   block->nSize = size;
   block->pNext = m_pBlocks;
@@ -80,6 +149,7 @@ void CHtmlTokenArena::Reset() {
   }
   keep->pNext = nullptr;
   m_pBlocks = keep;
+  m_nUsedBefore = 0;
   m_nReserved = keep->nSize;
   m_pNext = reinterpret_cast<char*>(keep) + kHeader;
   m_pEnd = m_pNext + keep->nSize;

@@ -2,7 +2,9 @@
 // bump allocator per list, emptied as a whole when the list is cleared and
 // reused for the next page. A page averages about a dozen bytes a token, so
 // the fixed cost of one heap allocation per token, attribute or text would
-// dominate reading; here each of them is a pointer increment.
+// dominate reading; here each of them is a pointer increment. Blocks of an
+// arena that goes away are kept for the next arena of the same thread, so a
+// host that makes one document per page still reuses the memory.
 #pragma once
 
 #include <cstddef>
@@ -38,8 +40,10 @@ class TELVANIX_API CHtmlTokenArena {
   // page, the others are handed back.
   void Reset();
 
-  // Bytes held in blocks (for measurements).
+  // Bytes held in blocks, and bytes handed out since the last Reset (for
+  // measurements).
   std::size_t GetReservedBytes() const { return m_nReserved; }
+  std::size_t GetUsedBytes() const;
 
  private:
   struct Block {
@@ -50,6 +54,7 @@ class TELVANIX_API CHtmlTokenArena {
   void NewBlock(std::size_t minSize);
   static void FreeBlock(Block* block);
 
+  std::size_t m_nUsedBefore;  // handed out from blocks before the current one
   Block* m_pBlocks;  // current block first
   char* m_pNext;
   char* m_pEnd;

@@ -101,6 +101,7 @@ class TELVANIX_API CHtmlTokenList : public CRglObject {
 
   // Bytes the list's arena holds (for measurements).
   std::size_t GetArenaBytes() const { return m_Arena.GetReservedBytes(); }
+  std::size_t GetArenaUsedBytes() const { return m_Arena.GetUsedBytes(); }
 
  protected:
   // One commit step of the tokenizer each; they return the position just
