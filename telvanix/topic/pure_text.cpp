@@ -250,6 +250,8 @@ class CPureTextWalk {
       case kTagApplet:
       case EndOf(kTagApplet):
       case kTagEmbed:
+      case kTagIFrame:
+      case EndOf(kTagIFrame):
         m_Writer.Blank();
         return;
       case kTagPre:

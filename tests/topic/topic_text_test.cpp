@@ -1,0 +1,185 @@
+// The topic text parser: opening pages, text, keywords and the window rule.
+#include "telvanix/topic/topic_text.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "telvanix/platform/window.h"
+#include "telvanix/topic/html_file_ex.h"
+#include "test_util.h"
+
+namespace telvanix {
+namespace {
+
+HWND Handle(std::uintptr_t value) { return reinterpret_cast<HWND>(value); }
+
+// The host's windows in these tests: handles below 0x100.
+BOOL IsTestWindow(HWND hWnd) { return reinterpret_cast<std::uintptr_t>(hWnd) < 0x100 ? TRUE : FALSE; }
+
+class WindowPredicateScope {
+ public:
+  explicit WindowPredicateScope(IsWindowPredicate predicate) : m_previous(SetIsWindowPredicate(predicate)) {}
+  ~WindowPredicateScope() { SetIsWindowPredicate(m_previous); }
+
+ private:
+  IsWindowPredicate m_previous;
+};
+
+std::string Joined(const CStringArray& keywords) {
+  std::string joined;
+  for (int i = 0; i < keywords.GetSize(); ++i)
+    joined += "[" + keywords[i].str() + "]";
+  return joined;
+}
+
+class TopicTextTest : public ::testing::Test {
+ protected:
+  // Writes the page and opens it; the parser's result.
+  int Open(const std::string& html, HWND window = nullptr, DWORD flags = 0, const char* name = "topic.htm") {
+    m_dir.Write(name, html);
+    return m_parser.OpenDocument((m_dir / name).c_str(), window, flags, nullptr, nullptr, nullptr);
+  }
+  // Keywords of a page with the given head.
+  std::string Keywords(const std::string& head) {
+    if (!Open("<html><head>" + head + "</head><body>x</body></html>"))
+      return "<open failed>";
+    CString text, second;
+    CStringArray keywords;
+    keywords.Add("stale");
+    if (!m_parser.GetFirstTopicText(text, second, &keywords))
+      return "<no text>";
+    return Joined(keywords);
+  }
+
+  test::TempDir m_dir;
+  CHtmlTopicText m_parser;
+};
+
+TEST_F(TopicTextTest, NoTextWithoutAnOpenDocument) {
+  CString text("unchanged"), second;
+  CStringArray keywords;
+  EXPECT_EQ(0, m_parser.GetFirstTopicText(text, second, &keywords));
+  EXPECT_EQ("unchanged", text);
+
+  EXPECT_EQ(0, m_parser.OpenDocument(nullptr, nullptr, 0, nullptr, nullptr, nullptr));
+  EXPECT_EQ(0, m_parser.OpenDocument((m_dir / "missing.htm").c_str(), nullptr, 0, nullptr, nullptr, nullptr));
+  EXPECT_EQ(nullptr, m_parser.GetDocument());
+  EXPECT_EQ(0, m_parser.GetFirstTopicText(text, second, &keywords));
+  // An empty page cannot be loaded either.
+  EXPECT_EQ(0, Open(""));
+  EXPECT_EQ(0, m_parser.GetFirstTopicText(text, second, nullptr));
+  EXPECT_EQ(1, m_parser.CloseDocument());
+}
+
+TEST_F(TopicTextTest, FirstTextIsThePagesPlainTextAndThereIsNoNext) {
+  ASSERT_EQ(1, Open("<html><head><title>Title</title></head><body><h1>Head</h1><p>Body &amp; soul</p></body></html>",
+                    nullptr, 0, "Topic Page.HTM"));
+  EXPECT_EQ("Topic Page.HTM", m_parser.GetFileName());
+  EXPECT_EQ(0u, m_parser.GetFlags());
+  CString text, second("second"), third;
+  EXPECT_EQ(1, m_parser.GetFirstTopicText(text, second, nullptr));
+  EXPECT_EQ("Head\r\nBody & soul", text);
+  EXPECT_EQ("second", second);
+  // Asked again, the same text.
+  EXPECT_EQ(1, m_parser.GetFirstTopicText(text, second, nullptr));
+  EXPECT_EQ("Head\r\nBody & soul", text);
+
+  CStringArray keywords;
+  CString other("kept");
+  EXPECT_EQ(0, m_parser.GetNextTopicText(other, second, &keywords));
+  EXPECT_EQ(0, m_parser.GetNextTopicText(other, second, third, &keywords));
+  EXPECT_EQ(0, m_parser.GetFirstTopicText(other, second, third, &keywords));
+  EXPECT_EQ("kept", other);
+  EXPECT_EQ(0, keywords.GetSize());
+}
+
+TEST_F(TopicTextTest, FlagBitZeroAsksForOneLine) {
+  ASSERT_EQ(1, Open("<p>one</p><p>two</p>", nullptr, 0x3));
+  EXPECT_EQ(3u, m_parser.GetFlags());
+  CString text, second;
+  ASSERT_EQ(1, m_parser.GetFirstTopicText(text, second, nullptr));
+  EXPECT_EQ("one two", text);
+  m_parser.CloseDocument();
+  ASSERT_EQ(1, Open("<p>one</p><p>two</p>", nullptr, 0x2));
+  ASSERT_EQ(1, m_parser.GetFirstTopicText(text, second, nullptr));
+  EXPECT_EQ("one\r\ntwo", text);
+}
+
+TEST_F(TopicTextTest, KeywordsComeFromMetaTagsInDocumentOrder) {
+  EXPECT_EQ("[help][index][search]", Keywords("<meta name=\"keywords\" content=\"help, index ,search\">"));
+  EXPECT_EQ("[a][][b]", Keywords("<meta name=keywords content=\"a,,b\">"));
+  EXPECT_EQ("[a][b][]", Keywords("<meta name=keywords content=\" a , b,\">"));
+  EXPECT_EQ("[one][two][three]",
+            Keywords("<meta name=\"Keywords\" content=\"one\"><meta name=description content=\"no\">"
+                     "<META NAME=KEYWORDS CONTENT=\"two,three\">"));
+  // No content, an empty content, or another name: nothing, and the array is
+  // still emptied.
+  EXPECT_EQ("", Keywords("<meta name=keywords><meta name=keywords content=\"\"><meta name=keyword content=x>"));
+  // As written in the page.
+  EXPECT_EQ("[a &amp; b]", Keywords("<meta name=keywords content=\"a &amp; b\">"));
+}
+
+TEST_F(TopicTextTest, WindowIsKeptOnlyWhenItIsAWindow) {
+  const std::string noWords = "<html><head><title>T</title></head><body></body></html>";
+  CString text, second;
+  {
+    // No predicate registered: no handle is a window.
+    WindowPredicateScope scope(nullptr);
+    ASSERT_EQ(1, Open(noWords, Handle(0x10), 0, "empty.htm"));
+    EXPECT_EQ(nullptr, m_parser.GetWindow());
+    ASSERT_EQ(1, m_parser.GetFirstTopicText(text, second, nullptr));
+    EXPECT_EQ("", text);
+  }
+  WindowPredicateScope scope(&IsTestWindow);
+  ASSERT_EQ(1, Open(noWords, Handle(0x1000), 0, "empty.htm"));
+  EXPECT_EQ(nullptr, m_parser.GetWindow());
+  ASSERT_EQ(1, m_parser.GetFirstTopicText(text, second, nullptr));
+  EXPECT_EQ("", text);
+  // A window makes the file name the text of a page without words.
+  ASSERT_EQ(1, Open(noWords, Handle(0x10), 0, "empty.htm"));
+  EXPECT_EQ(Handle(0x10), m_parser.GetWindow());
+  ASSERT_EQ(1, m_parser.GetFirstTopicText(text, second, nullptr));
+  EXPECT_EQ("empty.htm", text);
+  // Reopening with a handle that is not a window forgets the old one.
+  ASSERT_EQ(1, Open(noWords, Handle(0x2000), 0, "empty.htm"));
+  EXPECT_EQ(nullptr, m_parser.GetWindow());
+}
+
+TEST_F(TopicTextTest, ClosedParserOpensAgain) {
+  ASSERT_EQ(1, Open("<p>first</p>", nullptr, 0, "a.htm"));
+  EXPECT_EQ(1, m_parser.CloseDocument());
+  EXPECT_EQ(nullptr, m_parser.GetDocument());
+  CString text, second;
+  EXPECT_EQ(0, m_parser.GetFirstTopicText(text, second, nullptr));
+  ASSERT_EQ(1, Open("<p>second</p>", nullptr, 0, "b.htm"));
+  ASSERT_EQ(1, m_parser.GetFirstTopicText(text, second, nullptr));
+  EXPECT_EQ("second", text);
+  // Opening over an open document replaces it.
+  ASSERT_EQ(1, Open("<p>third</p>", nullptr, 0, "c.htm"));
+  ASSERT_EQ(1, m_parser.GetFirstTopicText(text, second, nullptr));
+  EXPECT_EQ("third", text);
+  // A failed open leaves no document behind.
+  EXPECT_EQ(0, m_parser.OpenDocument((m_dir / "none.htm").c_str(), nullptr, 0, nullptr, nullptr, nullptr));
+  EXPECT_EQ(0, m_parser.GetFirstTopicText(text, second, nullptr));
+}
+
+TEST(TopicTextFactory, MakesAFreshParserTheCallerDeletes) {
+  std::unique_ptr<CHtmlTopicTextParser> parser(GetTopicTextParser());
+  ASSERT_NE(nullptr, parser);
+  auto* concrete = dynamic_cast<CHtmlTopicText*>(parser.get());
+  ASSERT_NE(nullptr, concrete);
+  EXPECT_EQ(nullptr, concrete->GetDocument());
+  EXPECT_EQ(nullptr, concrete->GetWindow());
+  EXPECT_EQ(0u, concrete->GetFlags());
+  EXPECT_TRUE(concrete->GetFileName().IsEmpty());
+  test::TempDir dir;
+  dir.Write("p.htm", "<p>x</p>");
+  // The destructor closes the open document (a leak would fail under ASan).
+  EXPECT_EQ(1, parser->OpenDocument((dir / "p.htm").c_str(), nullptr, 0, nullptr, nullptr, nullptr));
+}
+
+}  // namespace
+}  // namespace telvanix
