@@ -186,7 +186,7 @@ void CHtmlFileSitemap::CReader::EndTag(EmTagKind kind) {
       if (m_bInTitle) {
         m_bInTitle = false;
         m_bTitleRead = true;
-        m_File.m_strTitle = m_strTitle;
+        m_File.m_strTitle = m_strTitle.Trim();
       }
       break;
     default:
@@ -202,7 +202,7 @@ void CHtmlFileSitemap::CReader::Text(const char* text) {
 int CHtmlFileSitemap::CReader::Finish() {
   FlushObject();
   if (m_bInTitle && !m_bTitleRead)
-    m_File.m_strTitle = m_strTitle;
+    m_File.m_strTitle = m_strTitle.Trim();
   m_bInTitle = false;
   return m_nFound;
 }
@@ -397,8 +397,14 @@ void CHtmlFileSitemap::CReader::ReadSite() {
         typeInfo = nullptr;
         break;
       case emParamCategoryDesc:
-        if (!currentCategory()->GetDesc())
-          category->SetDesc(value);
+        // A category has one description; a second one stands for a category
+        // whose name was empty (it prints so), not for a correction.
+        if (currentCategory()->GetDesc()) {
+          category = new CHtmlSiteCategory;
+          site.AddSiteCategory(category);
+          typeInfo = nullptr;
+        }
+        category->SetDesc(value);
         break;
       case emParamType:
         addTypeInfo(CHtmlSiteCategoryTypeInfo::emTypeInfoInclusive, value);
@@ -411,7 +417,8 @@ void CHtmlFileSitemap::CReader::ReadSite() {
         break;
       case emParamTypeDesc:
       case emParamTypeExclusiveDesc:
-        if (!typeInfo)
+        // Likewise a second description starts a type without a name.
+        if (!typeInfo || typeInfo->GetTypeDesc())
           addTypeInfo(param.nCode == emParamTypeDesc ? CHtmlSiteCategoryTypeInfo::emTypeInfoInclusive
                                                      : CHtmlSiteCategoryTypeInfo::emTypeInfoExclusive,
                       nullptr);

@@ -156,7 +156,7 @@ TEST(SitemapReader, SitePropertiesAndNeededNames) {
       Param("Window Styles", "0x800025") + Param("WindowStyles", "0x800027") + Param("ExWindow Styles", "512") +
       Param("ImageType", "Folder") + Param("NumberImages", "x") + Param("Image Width", "16") +
       Param("NumberTypes", "2") + Param("CategoryDesc", "orphan") + Param("Category", "Level") +
-      Param("CategoryDesc", "How hard") + Param("CategoryDesc", "ignored") + Param("TypeExclusive", "easy") +
+      Param("CategoryDesc", "How hard") + Param("TypeExclusive", "easy") +
       Param("TypeExclusiveDesc", "Easy") + Param("TypeHidden", "secret") + Param("Instruction", "go") +
       "</OBJECT><ul><li>" + Entry(Param("Name", "A") + Param("Frame", "MAIN") + Param("WindowName", "pop")) + "</ul>";
   EXPECT_EQ(ReadText(file, page), 1);
@@ -194,6 +194,24 @@ TEST(SitemapReader, SitePropertiesAndNeededNames) {
   EXPECT_STREQ(file.GetFirstWindowName(cursor), "win");
   EXPECT_STREQ(file.GetNextWindowName(cursor), "pop");
   EXPECT_STREQ(file.GetSitemap(0)->GetFrameName(), "MAIN");
+}
+
+// A category or type printed without its (empty) name leaves only its
+// description; reading must not pour that into the one before it.
+TEST(SitemapReader, SecondDescriptionsStartNamelessCategoriesAndTypes) {
+  CHtmlFileSitemap file;
+  ReadText(file, "<object type=\"text/site properties\">" + Param("Category", "C") + Param("CategoryDesc", "first") +
+                     Param("CategoryDesc", "second") + Param("Type", "t") + Param("TypeDesc", "d1") +
+                     Param("TypeDesc", "d2") + "</object>");
+  const CHtmlSiteProperties* site = file.GetSiteProperties();
+  ASSERT_EQ(site->GetSiteCategoryArraySize(), 2);
+  EXPECT_STREQ(site->GetSiteCategory(0)->GetDesc(), "first");
+  EXPECT_EQ(site->GetSiteCategory(1)->GetName(), nullptr);
+  EXPECT_STREQ(site->GetSiteCategory(1)->GetDesc(), "second");
+  ASSERT_EQ(site->GetSiteCategory(1)->GetCategoryTypeInfoArraySize(), 2);
+  EXPECT_STREQ(site->GetSiteCategory(1)->GetCategoryTypeInfo(0)->GetTypeDesc(), "d1");
+  EXPECT_EQ(site->GetSiteCategory(1)->GetCategoryTypeInfo(1)->GetType(), nullptr);
+  EXPECT_STREQ(site->GetSiteCategory(1)->GetCategoryTypeInfo(1)->GetTypeDesc(), "d2");
 }
 
 TEST(SitemapReader, BadInputReadsWhatItCan) {
