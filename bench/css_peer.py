@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Times a reference CSS parser (tinycss2, from the Debian package
 python3-tinycss2) on the same stylesheet bytes as bench/css_bench.cpp, so the
 two MB/s figures can be set side by side. Corpus: every .css file under

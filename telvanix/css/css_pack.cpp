@@ -2,6 +2,8 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <string>
@@ -25,6 +27,8 @@ struct CCssPack::CBuildState {
     kDeadSelector = 0x1,  // a selector run starting here leads to no rule
     kDeadContext = 0x2,   // a contextual selector run starting here does
     kDeadBlock = 0x4,     // the block opened here is not closed
+    kDeadBody = 0x8,      // a declaration block read on from here is not closed
+    kDeadAtBlock = 0x10,  // an at-rule block opened here is not closed
   };
 
   CBuildState(const unsigned char* b, const unsigned char* e) : begin(b), end(e) {}
@@ -145,7 +149,7 @@ const unsigned char* CCssPack::CommitLglAtStatement(const unsigned char* begin, 
   q = CssSkipAny(q, end, kCssFlagsAtPrelude);
   q = CssSkipSpaces(q, end, 1);
   if (q < end && *q == '{')
-    q = CssSkipBlock(q, end);
+    q = SkipAtRuleBlock(q, end);
   else if (q < end && *q == ';')
     ++q;
   q = CssSkipSpaces(q, end, 1);
@@ -160,6 +164,48 @@ const unsigned char* CCssPack::CommitLglAtStatement(const unsigned char* begin, 
   line->Analyse();
   AppendLine(line);
   return q;
+}
+
+const unsigned char* CCssPack::SkipAtRuleBlock(const unsigned char* p, const unsigned char* end) {
+  CBuildState* state = m_pBuildState;
+  if (!state || end != state->end || IsDBCS())
+    return CssSkipBlock(p, end);
+  if (state->IsDead(p, CBuildState::kDeadAtBlock))
+    return p;
+  const unsigned char* r = CssSkipBlock(p, end);
+  if (r != p)
+    return r;
+  state->Mark(p, CBuildState::kDeadAtBlock);
+  // Not closed. Walk it again as CssSkipBlock did: the block of an inner "{"
+  // that leaves the depth at d closes only if a later "}" brings the depth
+  // below d, so the inner blocks that cannot close are remembered and nested
+  // unclosed at-rules are not each scanned to the end again.
+  std::vector<std::pair<const unsigned char*, int>> opens;  // position, depth inside
+  std::vector<int> lowest(1, INT32_MAX);                      // lowest depth after each open
+  int depth = 1;
+  for (const unsigned char* x = p + 1; x < end && *x != 0;) {
+    if (*x == '/') {
+      const unsigned char* c = CssSkipComment(x, end);
+      if (c > x) {
+        x = c;
+        continue;
+      }
+    } else if (*x == '{') {
+      opens.emplace_back(x, ++depth);
+      lowest.push_back(INT32_MAX);
+    } else if (*x == '}') {
+      --depth;
+      lowest.back() = std::min(lowest.back(), depth);
+    }
+    ++x;
+  }
+  int running = INT32_MAX;
+  for (size_t i = opens.size(); i-- > 0;) {
+    running = std::min(running, lowest[i + 1]);
+    if (running >= opens[i].second)
+      state->Mark(opens[i].first, CBuildState::kDeadAtBlock);
+  }
+  return p;
 }
 
 const unsigned char* CCssPack::CommitLglCssDefination(const unsigned char* begin, const unsigned char* end) {
@@ -263,7 +309,13 @@ const unsigned char* CCssPack::CommitLglCssDefination(const unsigned char* begin
     state->visited.emplace_back(brace, CBuildState::kDeadBlock);
   }
   const unsigned char* b = brace + 1;
+  const bool jump = state && !IsDBCS();
   for (;;) {
+    if (state) {
+      if (state->IsDead(b, CBuildState::kDeadBody))
+        return fail();
+      state->visited.emplace_back(b, CBuildState::kDeadBody);
+    }
     b = CssSkipSpaces(b, end, 1);
     if (b >= end || *b == 0)
       return fail();
@@ -274,6 +326,15 @@ const unsigned char* CCssPack::CommitLglCssDefination(const unsigned char* begin
       b = d;
       if (b < end && *b == ';')
         ++b;
+    } else if (jump) {
+      // Every later start inside the same name run, before any quoted
+      // stretch, ends that run at the same place and fails alike: stepping
+      // byte by byte would only repeat this failure, so go to its end.
+      const unsigned char* q = CssSkipAny(b, end, kCssFlagsPropertyName | emCssStopSemicolon | emCssStopCloseBrace);
+      const unsigned char* x = b + 1;
+      while (x < q && *x != '\'' && *x != '"' && *x != '(' && *x != '[' && *x != '/' && *x != '<' && *x != '-')
+        ++x;
+      b = (*b == '\'' || *b == '"' || *b == '(' || *b == '[') ? b + 1 : x;
     } else {
       ++b;
     }

@@ -113,6 +113,8 @@ class TELVANIX_API CCssPack : public CRglObject {
   struct CBuildState;
 
   void AppendLine(CCssLogicalLine* line);
+  // CssSkipBlock for an at-rule, remembering unclosed blocks while building.
+  const unsigned char* SkipAtRuleBlock(const unsigned char* p, const unsigned char* end);
   // The first style line of the same name, or null.
   CCssStyle* FindSameStyle(CCssStyle* style);
   // AddStyleItem for a style the pack may keep: merged (and deleted) or appended.
