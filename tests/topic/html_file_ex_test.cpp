@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 
 #include "topic/topic_page.h"
@@ -398,6 +399,24 @@ TEST(TopicCopy, CopyHasItsOwnTokensAndRecordedPositions) {
   assigned = copy;
   EXPECT_EQ(1, assigned.GetHtmlTitle(title));
   EXPECT_STREQ("B", title);
+}
+
+TEST(TopicCopy, CopyOutlivesItsSource) {
+  std::unique_ptr<CHtmlFileEx> copy;
+  {
+    TopicPage page("<html><head><title>Kept</title></head><body><img src=\"a.gif\"></body></html>");
+    ASSERT_EQ(1, page->Analyse());
+    copy = std::make_unique<CHtmlFileEx>(page.doc());
+  }
+  CString title;
+  EXPECT_EQ(1, copy->GetHtmlTitle(title));
+  EXPECT_STREQ("Kept", title);
+  unsigned int index = 0;
+  EXPECT_STREQ("a.gif", copy->GetFirstImage(index));
+  CByteString out;
+  EXPECT_EQ(1, copy->Save(&out, CHtmlPack::emSave));
+  EXPECT_STREQ("<html><head><title>Kept</title></head><body><img src=\"a.gif\"></body></html>",
+               static_cast<const char*>(out));
 }
 
 }  // namespace
