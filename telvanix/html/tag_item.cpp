@@ -244,16 +244,23 @@ void CHtmlTagItem::ScanTagName(const unsigned char* p, const unsigned char* last
   // to a closing ">" at the very end.
   if (p >= last || !Is(*p, kTagFirst))
     return;
-  const unsigned char* start = p++;
-  while (p < last && Is(*p, kTagNext))
-    ++p;
+  // The name is hashed while it is scanned.
+  const unsigned char* start = p;
+  DWORD h = kNameCodes[*p & 127];
+  for (++p; p < last && Is(*p, kTagNext); ++p) {
+    unsigned char code = kNameCodes[*p & 127];
+    if (code)
+      h = h * 44u + code;
+  }
   if (p == last && *last != '>')
     return;
+  if (p - start >= 3 && start[0] == '!' && start[1] == '-' && start[2] == '-')
+    h = kCommentHash;
   info.m_pName = start;
   info.m_nLength = static_cast<int>(p - start);
   EnsureTable();
-  info.m_nHash = HashName(start, p);
-  info.m_nIndex = LookupHash(info.m_nHash);
+  info.m_nHash = h;
+  info.m_nIndex = LookupHash(h);
 }
 
 int CHtmlTagItem::IsValidTagToken(const unsigned char* start, const unsigned char* end) {
@@ -330,10 +337,9 @@ int CHtmlTagItem::GetCommentMark(CHtmlTagItem* pItem, CString& mark, CString& da
 CHtmlTagItem::CHtmlTagItem()
     : CHtmlTokenItem(emTokenTag),
       m_nTagId(0),
-      m_nTagIndex(0),
       m_pAttributes(nullptr),
       m_nAttributeCount(0),
-      m_nAttributeCapacity(0),
+      m_nTagIndex(0),
       m_bOwnAttributes(0) {
   EnsureTable();
 }
@@ -363,7 +369,6 @@ void CHtmlTagItem::FreeAttributes() {
   }
   m_pAttributes = nullptr;
   m_nAttributeCount = 0;
-  m_nAttributeCapacity = 0;
   m_bOwnAttributes = 0;
 }
 
@@ -371,8 +376,8 @@ void CHtmlTagItem::MakeAttributesOwned() {
   if (m_bOwnAttributes)
     return;
   int count = m_nAttributeCount;
-  int capacity = count + 4;
-  TagAttribute* owned = static_cast<TagAttribute*>(std::malloc(sizeof(TagAttribute) * static_cast<std::size_t>(capacity)));
+  TagAttribute* owned =
+      static_cast<TagAttribute*>(std::malloc(sizeof(TagAttribute) * static_cast<std::size_t>(count > 0 ? count : 1)));
   if (!owned)
     throw std::bad_alloc();
   for (int i = 0; i < count; ++i) {
@@ -384,8 +389,8 @@ void CHtmlTagItem::MakeAttributesOwned() {
   }
   m_pAttributes = owned;
   m_nAttributeCount = count;
-  m_nAttributeCapacity = capacity;
   m_bOwnAttributes = 1;
+  m_bHeapParts = 1;
 }
 
 int CHtmlTagItem::Copy(CHtmlTagItem* pOther) {
@@ -415,10 +420,10 @@ void CHtmlTagItem::Identify(const TagNameInfo& info) {
   m_nTagIndex = 0;
   if (info.m_pName) {
     if (info.m_nIndex < 0) {
-      m_nTagIndex = emUnknownTagIndex;
+      m_nTagIndex = static_cast<short>(emUnknownTagIndex);
       m_nTagId = (info.m_nHash & 0x0FFFFFFFu) + emTagIdUnknownBit;
     } else {
-      m_nTagIndex = info.m_nIndex;
+      m_nTagIndex = static_cast<short>(info.m_nIndex);
       m_nTagId = ms_tTagSyntaxTable[info.m_nIndex].m_nTagId;
     }
     if (info.m_bEndTag)
@@ -568,7 +573,6 @@ int CHtmlTagItem::ParseAttributes(CHtmlTokenArena* pArena, const TagNameInfo* pI
       }
       m_pAttributes = attrs;
       m_nAttributeCount = count;
-      m_nAttributeCapacity = count;
       m_bOwnAttributes = 0;
     } else {
       TagAttribute* attrs = static_cast<TagAttribute*>(std::malloc(sizeof(TagAttribute) * static_cast<std::size_t>(count)));
@@ -581,8 +585,8 @@ int CHtmlTagItem::ParseAttributes(CHtmlTokenArena* pArena, const TagNameInfo* pI
       }
       m_pAttributes = attrs;
       m_nAttributeCount = count;
-      m_nAttributeCapacity = count;
       m_bOwnAttributes = 1;
+      m_bHeapParts = 1;
     }
   }
   std::free(heapRecs);
@@ -590,9 +594,9 @@ int CHtmlTagItem::ParseAttributes(CHtmlTokenArena* pArena, const TagNameInfo* pI
   if ((m_nTagId & emTagIdUnknownBit) && m_nAttributeCount) {
     const TagAttribute& lastRec = m_pAttributes[m_nAttributeCount - 1];
     if (lastRec.m_nNameLength == 1 && lastRec.m_pszName[0] == '/')
-      m_nTagIndex = emUnknownEmptyTagIndex;
+      m_nTagIndex = static_cast<short>(emUnknownEmptyTagIndex);
     else if (lastRec.m_nNameLength == 1 && lastRec.m_pszName[0] == '?')
-      m_nTagIndex = emUnknownXmlPiTagIndex;
+      m_nTagIndex = static_cast<short>(emUnknownXmlPiTagIndex);
   }
   return 1;
 }
@@ -671,7 +675,7 @@ int CHtmlTagItem::IsXmlTag() {
 int CHtmlTagItem::ChangeUnknownTagIndex(int nIndex) {
   if (!IsUnknownTag() || nIndex < 1 || nIndex > 4)
     return 0;
-  m_nTagIndex = nIndex;
+  m_nTagIndex = static_cast<short>(nIndex);
   return 1;
 }
 
@@ -706,15 +710,12 @@ void CHtmlTagItem::SetRecord(TagAttribute& rec, const char* name, int nNameLen, 
 
 int CHtmlTagItem::InsertRecord(int nAt, const char* name, const char* value) {
   MakeAttributesOwned();
-  if (m_nAttributeCount == m_nAttributeCapacity) {
-    int grown = m_nAttributeCapacity + 4;
-    TagAttribute* bigger =
-        static_cast<TagAttribute*>(std::realloc(m_pAttributes, sizeof(TagAttribute) * static_cast<std::size_t>(grown)));
-    if (!bigger)
-      throw std::bad_alloc();
-    m_pAttributes = bigger;
-    m_nAttributeCapacity = grown;
-  }
+  // Edits are rare: the owned array grows by exactly one record.
+  TagAttribute* bigger = static_cast<TagAttribute*>(
+      std::realloc(m_pAttributes, sizeof(TagAttribute) * static_cast<std::size_t>(m_nAttributeCount + 1)));
+  if (!bigger)
+    throw std::bad_alloc();
+  m_pAttributes = bigger;
   std::memmove(m_pAttributes + nAt + 1, m_pAttributes + nAt,
                sizeof(TagAttribute) * static_cast<std::size_t>(m_nAttributeCount - nAt));
   SetRecord(m_pAttributes[nAt], name, name ? static_cast<int>(std::strlen(name)) : 0, value,
@@ -859,7 +860,7 @@ void CHtmlTagItem::AppendPrintableText(CByteString& out, EmTextFlag nFlag) {
   }
   out += ">";
   if (nFlag == emTextWithIndentAfter && m_nIndentLength)
-    out.Append(m_pIndent, m_nIndentLength);
+    out.Append(GetIndentAfter(), m_nIndentLength);
 }
 
 CString CHtmlTagItem::GetPrintableText(EmTextFlag nFlag) {

@@ -167,11 +167,10 @@ class TELVANIX_API CHtmlTagItem : public CHtmlTokenItem {
   int InsertRecord(int nAt, const char* name, const char* value);
 
   DWORD m_nTagId;
-  int m_nTagIndex;
   TagAttribute* m_pAttributes;
   int m_nAttributeCount;
-  int m_nAttributeCapacity;
-  int m_bOwnAttributes;
+  short m_nTagIndex;
+  unsigned char m_bOwnAttributes;  // the records and their texts are heap blocks
 };
 
 }  // namespace telvanix

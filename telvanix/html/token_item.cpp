@@ -18,19 +18,9 @@ namespace telvanix {
 // from, so that delete on a token is right whatever made it.
 
 namespace {
-constexpr std::size_t kTokenHeader = 16;
+constexpr std::size_t kTokenHeader = 8;
 constexpr std::uint64_t kFromHeap = 0x48454150u;   // "HEAP"
 constexpr std::uint64_t kFromArena = 0x4152454eu;  // "AREN"
-
-unsigned char* CopyBytes(const unsigned char* p, int n) {
-  unsigned char* block = static_cast<unsigned char*>(std::malloc(static_cast<std::size_t>(n) + 1));
-  if (!block)
-    throw std::bad_alloc();
-  if (n > 0)
-    std::memcpy(block, p, static_cast<std::size_t>(n));
-  block[n] = 0;
-  return block;
-}
 
 inline bool IsBlank(unsigned char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 }  // namespace
@@ -63,6 +53,11 @@ void CHtmlTokenItem::operator delete(void* p, CHtmlTokenArena& arena) noexcept {
   (void)arena;
 }
 
+bool CHtmlTokenItem::IsArenaToken(const CHtmlTokenItem* pToken) {
+  return pToken &&
+         *reinterpret_cast<const std::uint64_t*>(reinterpret_cast<const char*>(pToken) - kTokenHeader) == kFromArena;
+}
+
 // ---- CHtmlTokenItem ----
 
 CHtmlTokenItem::CHtmlTokenItem(EmTokenType nType)
@@ -71,62 +66,82 @@ CHtmlTokenItem::CHtmlTokenItem(EmTokenType nType)
       m_pOriginal(nullptr),
       m_nOriginalLength(0),
       m_nIndentLength(0),
-      m_pIndent(nullptr),
-      m_bOwnOriginal(0),
-      m_bOwnIndent(0),
+      m_bOwnData(0),
+      m_bHeapParts(0),
       m_bSpacesBefore(0),
       m_nWordMode(0) {}
 
 CHtmlTokenItem::~CHtmlTokenItem() {
-  if (m_bOwnOriginal)
+  if (m_bOwnData)
     std::free(const_cast<unsigned char*>(m_pOriginal));
-  if (m_bOwnIndent)
-    std::free(const_cast<unsigned char*>(m_pIndent));
+}
+
+void CHtmlTokenItem::StoreData(const unsigned char* original, int nOriginal, const unsigned char* indent,
+                               int nIndent) {
+  if (nOriginal < 0)
+    nOriginal = 0;
+  if (nIndent < 0)
+    nIndent = 0;
+  unsigned char* block = nullptr;
+  if (nOriginal + nIndent > 0) {
+    // Copied before the old block goes: the parts may lie in it.
+    block = static_cast<unsigned char*>(std::malloc(static_cast<std::size_t>(nOriginal + nIndent) + 1));
+    if (!block)
+      throw std::bad_alloc();
+    if (nOriginal)
+      std::memcpy(block, original, static_cast<std::size_t>(nOriginal));
+    if (nIndent)
+      std::memcpy(block + nOriginal, indent, static_cast<std::size_t>(nIndent));
+    block[nOriginal + nIndent] = 0;
+  }
+  if (m_bOwnData)
+    std::free(const_cast<unsigned char*>(m_pOriginal));
+  m_pOriginal = block;
+  m_nOriginalLength = nOriginal;
+  m_nIndentLength = nIndent;
+  m_bOwnData = block ? 1 : 0;
+  if (block)
+    m_bHeapParts = 1;
 }
 
 void CHtmlTokenItem::AttachOriginalData(const unsigned char* p, int n) {
-  if (m_bOwnOriginal)
+  if (m_bOwnData)
     std::free(const_cast<unsigned char*>(m_pOriginal));
-  m_bOwnOriginal = 0;
-  m_pOriginal = n > 0 ? p : nullptr;
+  m_bOwnData = 0;
+  m_pOriginal = p;
   m_nOriginalLength = n > 0 ? n : 0;
+  m_nIndentLength = 0;
 }
 
 void CHtmlTokenItem::AttachIndentAfter(const unsigned char* p, int n) {
-  if (m_bOwnIndent)
-    std::free(const_cast<unsigned char*>(m_pIndent));
-  m_bOwnIndent = 0;
-  m_pIndent = n > 0 ? p : nullptr;
-  m_nIndentLength = n > 0 ? n : 0;
+  if (n <= 0) {
+    m_nIndentLength = 0;
+    return;
+  }
+  if (!m_bOwnData && m_pOriginal && p == m_pOriginal + m_nOriginalLength) {
+    m_nIndentLength = n;
+    return;
+  }
+  StoreData(m_pOriginal, m_nOriginalLength, p, n);
 }
 
 int CHtmlTokenItem::SetOriginalData(const unsigned char* first, const unsigned char* last) {
   if (!first || !last || last < first) {
-    AttachOriginalData(nullptr, 0);
+    StoreData(nullptr, 0, GetIndentAfter(), m_nIndentLength);
     return 0;
   }
-  // Copy before releasing: the range may lie in the present data.
-  int n = static_cast<int>(last - first + 1);
-  unsigned char* block = CopyBytes(first, n);
-  AttachOriginalData(nullptr, 0);
-  m_pOriginal = block;
-  m_nOriginalLength = n;
-  m_bOwnOriginal = 1;
+  StoreData(first, static_cast<int>(last - first + 1), GetIndentAfter(), m_nIndentLength);
   return 1;
 }
 
 int CHtmlTokenItem::SetOriginalData(const char* text) {
   if (!text) {
-    AttachOriginalData(nullptr, 0);
+    StoreData(nullptr, 0, GetIndentAfter(), m_nIndentLength);
     return 0;
   }
-  const unsigned char* p = reinterpret_cast<const unsigned char*>(text);
-  std::size_t n = std::strlen(text);
-  if (n == 0) {
-    AttachOriginalData(nullptr, 0);
-    return 1;
-  }
-  return SetOriginalData(p, p + n - 1);
+  StoreData(reinterpret_cast<const unsigned char*>(text), static_cast<int>(std::strlen(text)), GetIndentAfter(),
+            m_nIndentLength);
+  return 1;
 }
 
 int CHtmlTokenItem::SetOriginalData(const unsigned char* text) {
@@ -135,30 +150,21 @@ int CHtmlTokenItem::SetOriginalData(const unsigned char* text) {
 
 int CHtmlTokenItem::SetOriginalIndentAfter(const unsigned char* first, const unsigned char* last) {
   if (!first || !last || last < first) {
-    AttachIndentAfter(nullptr, 0);
+    StoreData(m_pOriginal, m_nOriginalLength, nullptr, 0);
     return 0;
   }
-  int n = static_cast<int>(last - first + 1);
-  unsigned char* block = CopyBytes(first, n);
-  AttachIndentAfter(nullptr, 0);
-  m_pIndent = block;
-  m_nIndentLength = n;
-  m_bOwnIndent = 1;
+  StoreData(m_pOriginal, m_nOriginalLength, first, static_cast<int>(last - first + 1));
   return 1;
 }
 
 int CHtmlTokenItem::SetOriginalIndentAfter(const char* text) {
   if (!text) {
-    AttachIndentAfter(nullptr, 0);
+    StoreData(m_pOriginal, m_nOriginalLength, nullptr, 0);
     return 0;
   }
-  const unsigned char* p = reinterpret_cast<const unsigned char*>(text);
-  std::size_t n = std::strlen(text);
-  if (n == 0) {
-    AttachIndentAfter(nullptr, 0);
-    return 1;
-  }
-  return SetOriginalIndentAfter(p, p + n - 1);
+  StoreData(m_pOriginal, m_nOriginalLength, reinterpret_cast<const unsigned char*>(text),
+            static_cast<int>(std::strlen(text)));
+  return 1;
 }
 
 int CHtmlTokenItem::Copy(CHtmlTokenItem* pOther) {
@@ -168,14 +174,7 @@ int CHtmlTokenItem::Copy(CHtmlTokenItem* pOther) {
     return 1;
   m_nTokenType = pOther->m_nTokenType;
   m_nTokenFlags = pOther->m_nTokenFlags;
-  if (pOther->m_nOriginalLength > 0)
-    SetOriginalData(pOther->m_pOriginal, pOther->m_pOriginal + pOther->m_nOriginalLength - 1);
-  else
-    AttachOriginalData(nullptr, 0);
-  if (pOther->m_nIndentLength > 0)
-    SetOriginalIndentAfter(pOther->m_pIndent, pOther->m_pIndent + pOther->m_nIndentLength - 1);
-  else
-    AttachIndentAfter(nullptr, 0);
+  StoreData(pOther->m_pOriginal, pOther->m_nOriginalLength, pOther->GetIndentAfter(), pOther->m_nIndentLength);
   return 1;
 }
 
@@ -212,16 +211,15 @@ CString CHtmlTokenItem::GetOriginalString() const {
 CString CHtmlTokenItem::GetIndentAfterString() const {
   if (!m_nIndentLength)
     return CString();
-  return CString(reinterpret_cast<const char*>(m_pIndent), m_nIndentLength);
+  return CString(reinterpret_cast<const char*>(GetIndentAfter()), m_nIndentLength);
 }
 
 void CHtmlTokenItem::AppendOriginal(CByteString& out, EmTextFlag nFlag) const {
   if (nFlag != emTextWithIndentAfter && nFlag != emTextTokenOnly)
     return;
-  if (m_nOriginalLength)
-    out.Append(m_pOriginal, m_nOriginalLength);
-  if (nFlag == emTextWithIndentAfter && m_nIndentLength)
-    out.Append(m_pIndent, m_nIndentLength);
+  int n = m_nOriginalLength + (nFlag == emTextWithIndentAfter ? m_nIndentLength : 0);
+  if (n)
+    out.Append(m_pOriginal, n);
 }
 
 // ---- CHtmlTextItem ----
@@ -263,6 +261,7 @@ int CHtmlTextItem::Copy(CHtmlTextItem* pOther) {
     }
     m_pWordText = copy;
     m_nWordMode = emWordString;
+    m_bHeapParts = 1;
   }
   return 1;
 }
@@ -310,10 +309,11 @@ int CHtmlTextItem::AnalyseIn(int nFlags, CHtmlTokenArena* pArena) {
   if (raw || !std::memchr(first, '&', static_cast<std::size_t>(n))) {
     // Without a reference the decoded text is the bytes widened one to one;
     // keep a view of them instead of a second copy.
-    if (m_bOwnOriginal && !pArena) {
+    if (m_bOwnData && !pArena) {
       m_pWordText = new CWordString;
       m_pWordText->Assign(first, n);
       m_nWordMode = emWordString;
+      m_bHeapParts = 1;
     } else {
       m_pWordBytes = first;
       m_nWordMode = emWordBytes;
@@ -335,6 +335,7 @@ int CHtmlTextItem::AnalyseIn(int nFlags, CHtmlTokenArena* pArena) {
     } else {
       m_pWordText = new CWordString(std::move(decoded));
       m_nWordMode = emWordString;
+      m_bHeapParts = 1;
     }
   }
   m_nTokenFlags |= emTokenAnalysed;
@@ -372,6 +373,7 @@ CWordString* CHtmlTextItem::MaterializeWordText() {
     text->Assign(m_pWordUnits, m_nWordLength);
   m_pWordText = text;
   m_nWordMode = emWordString;
+  m_bHeapParts = 1;
   return text;
 }
 
@@ -403,6 +405,7 @@ int CHtmlTextItem::SetText(const char* text) {
     word->Assign(reinterpret_cast<const unsigned char*>(text), -1);
   m_pWordText = word;
   m_nWordMode = emWordString;
+  m_bHeapParts = 1;
   return 1;
 }
 
@@ -412,6 +415,7 @@ int CHtmlTextItem::SetWordText(CWordString* pText) {
   CWordString* word = pText ? new CWordString(*pText) : new CWordString;
   m_pWordText = word;
   m_nWordMode = emWordString;
+  m_bHeapParts = 1;
   return 1;
 }
 
@@ -437,7 +441,7 @@ void CHtmlTextItem::AppendPrintableText(CByteString& out, EmTextFlag nFlag) {
         out.Append(chunk, used);
     }
     if (nFlag == emTextWithIndentAfter && m_nIndentLength)
-      out.Append(m_pIndent, m_nIndentLength);
+      out.Append(GetIndentAfter(), m_nIndentLength);
     return;
   }
   AppendOriginal(out, nFlag);

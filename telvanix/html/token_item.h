@@ -123,30 +123,40 @@ class TELVANIX_API CHtmlTokenItem : public CRglObject {
   CString GetOriginalString() const;
   CString GetIndentAfterString() const;
 
-  // The stored bytes themselves (not terminated; null when empty).
+  // The stored bytes themselves (not terminated; the indent after follows
+  // the original data directly).
   const unsigned char* GetOriginalData() const { return m_pOriginal; }
   int GetOriginalLength() const { return m_nOriginalLength; }
-  const unsigned char* GetIndentAfter() const { return m_pIndent; }
+  const unsigned char* GetIndentAfter() const { return m_pOriginal ? m_pOriginal + m_nOriginalLength : nullptr; }
   int GetIndentAfterLength() const { return m_nIndentLength; }
+
+  // Whether the token lives in a list's arena (read from a page).
+  static bool IsArenaToken(const CHtmlTokenItem* pToken);
+  // Whether deleting the token has anything to give back besides its own
+  // memory (heap copies of bytes, attributes or text).
+  bool HoldsHeapParts() const { return m_bHeapParts != 0; }
 
  protected:
   friend class CHtmlTokenList;
 
   // Refers to bytes that outlive the token (the list's copy of the page).
   void AttachOriginalData(const unsigned char* p, int n);
+  // The whitespace after the token; it must follow the attached bytes in
+  // the page, else both are copied to the token's own block.
   void AttachIndentAfter(const unsigned char* p, int n);
+  // Replaces the token's bytes by a heap block holding both parts.
+  void StoreData(const unsigned char* original, int nOriginal, const unsigned char* indent, int nIndent);
   void AppendOriginal(CByteString& out, EmTextFlag nFlag) const;
 
   EmTokenType m_nTokenType;
   DWORD m_nTokenFlags;
-  const unsigned char* m_pOriginal;
+  const unsigned char* m_pOriginal;  // original data, then the indent after
   int m_nOriginalLength;
   int m_nIndentLength;
-  const unsigned char* m_pIndent;
-  unsigned char m_bOwnOriginal;  // m_pOriginal is a heap block of this token
-  unsigned char m_bOwnIndent;
-  unsigned char m_bSpacesBefore;   // text tokens: whitespace was taken before it
-  unsigned char m_nWordMode;       // text tokens: where the word text is
+  unsigned char m_bOwnData;       // m_pOriginal is a heap block of this token
+  unsigned char m_bHeapParts;     // something of the token is on the heap
+  unsigned char m_bSpacesBefore;  // text tokens: whitespace was taken before it
+  unsigned char m_nWordMode;      // text tokens: where the word text is
 };
 
 class TELVANIX_API CHtmlTextItem : public CHtmlTokenItem {

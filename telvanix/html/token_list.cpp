@@ -45,8 +45,13 @@ void CHtmlTokenList::DeleteToken(CHtmlTokenItem* pToken) { delete pToken; }
 int CHtmlTokenList::ClearAll() {
   delete m_pEntityTree;
   m_pEntityTree = nullptr;
-  for (POSITION pos = m_TokenList.GetHeadPosition(); pos;)
-    DeleteToken(m_TokenList.GetNext(pos));
+  for (POSITION pos = m_TokenList.GetHeadPosition(); pos;) {
+    CHtmlTokenItem* token = m_TokenList.GetNext(pos);
+    // A token read from the page that never took heap memory goes with the
+    // arena as it is.
+    if (token && !(CHtmlTokenItem::IsArenaToken(token) && !token->HoldsHeapParts()))
+      DeleteToken(token);
+  }
   m_TokenList.RemoveAll();
   m_Arena.Reset();
   m_bPendingWhitespace = 0;
