@@ -1,0 +1,101 @@
+#include "telvanix/page_files.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <iconv.h>
+
+#include "telvanix/platform/code_page.h"
+#include "telvanix/project_files.h"
+
+namespace telvanix::tool {
+
+namespace fs = std::filesystem;
+
+std::vector<std::string> ExpandTopicOperands(const std::vector<std::string>& operands,
+                                             std::vector<std::string>& errors) {
+  std::vector<std::string> out;
+  for (const std::string& op : operands) {
+    std::error_code ec;
+    if (fs::is_directory(op, ec)) {
+      ProjectFiles files = ListProjectFiles(op);
+      for (const std::string& e : files.errors) errors.push_back(e);
+      for (const std::string& f : files.files)
+        if (ClassifyFile(f) == FileKind::kTopic) out.push_back((fs::path(op) / f).string());
+    } else {
+      out.push_back(op);
+    }
+  }
+  return out;
+}
+
+bool LoadPage(const std::string& path, CByteString& bytes, std::string& error) {
+  std::string data;
+  std::string why;
+  std::error_code ec;
+  if (fs::is_directory(path, ec)) {
+    error = path + ": is a folder, not a page";
+    return false;
+  }
+  if (!ReadWholeFile(path, data, why)) {
+    error = path + ": " + why;
+    return false;
+  }
+  if (data.size() > 0x7FFFFFF0u) {
+    error = path + ": too large (over 2 GB)";
+    return false;
+  }
+  bytes.Empty();
+  if (!data.empty()) bytes.Assign(reinterpret_cast<const unsigned char*>(data.data()), static_cast<int>(data.size()));
+  return true;
+}
+
+int WriteIfChanged(const std::string& path, const CByteString& original, const CByteString& bytes,
+                   std::string& error) {
+  if (original.GetLength() == bytes.GetLength() &&
+      (bytes.GetLength() == 0 ||
+       std::memcmp(original.GetContent(), bytes.GetContent(), static_cast<size_t>(bytes.GetLength())) == 0))
+    return 0;
+  if (!bytes.SaveToFile(path.c_str())) {
+    error = path + ": cannot be written (" + std::strerror(errno ? errno : EIO) + ")";
+    return -1;
+  }
+  return 1;
+}
+
+void PrintError(const std::string& message) { std::fprintf(stderr, "telvanix: %s\n", message.c_str()); }
+
+std::string ToUtf8(const char* text) {
+  std::string out;
+  if (!text || !*text) return out;
+  bool ascii = true;
+  for (const char* p = text; *p && ascii; ++p) ascii = static_cast<unsigned char>(*p) < 0x80;
+  if (ascii) return text;
+  // Pages are in the active code page; glibc's iconv knows all of them.
+  std::string from = "CP" + std::to_string(GetActiveCodePage());
+  iconv_t cd = iconv_open("UTF-8//TRANSLIT", from.c_str());
+  if (cd == reinterpret_cast<iconv_t>(-1)) cd = iconv_open("UTF-8", "CP1252");
+  size_t inLeft = std::strlen(text);
+  std::string buf(inLeft * 4 + 16, '\0');
+  char* in = const_cast<char*>(text);
+  char* dst = buf.data();
+  size_t outLeft = buf.size();
+  while (inLeft > 0) {
+    if (iconv(cd, &in, &inLeft, &dst, &outLeft) != static_cast<size_t>(-1)) break;
+    if (errno == E2BIG) break;
+    // An unmappable or cut byte becomes U+FFFD and the rest goes on.
+    ++in;
+    --inLeft;
+    if (outLeft >= 3) {
+      std::memcpy(dst, "\xEF\xBF\xBD", 3);
+      dst += 3;
+      outLeft -= 3;
+    }
+  }
+  iconv_close(cd);
+  out.assign(buf.data(), static_cast<size_t>(dst - buf.data()));
+  return out;
+}
+
+}  // namespace telvanix::tool

@@ -1,0 +1,141 @@
+// telvanix toc FILE.hhc|FILE.hhk [--check]: print a contents or index file
+// as an indented tree, and optionally check its entries against the project.
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <string>
+
+#include "telvanix/command_line.h"
+#include "telvanix/commands.h"
+#include "telvanix/page_files.h"
+#include "telvanix/references.h"
+#include "telvanix/sitemap/file_sitemap.h"
+#include "telvanix/sitemap/sitemap_entry.h"
+
+namespace telvanix::tool {
+
+namespace {
+
+const char kHelp[] =
+    "usage: telvanix toc FILE.hhc|FILE.hhk [--check] [--root DIR] [--json]\n"
+    "\n"
+    "Prints the entries of a contents or index file as an indented tree:\n"
+    "one line per entry, \"name -> topic\"; an index entry's further topics\n"
+    "follow on lines of their own.\n"
+    "\n"
+    "  --check      also check every topic an entry points to; the project\n"
+    "               folder is the file's own folder unless --root is given\n"
+    "  --root DIR   the project folder that entries are relative to\n"
+    "  --json       the entries (and problems) as one JSON object\n"
+    "\n"
+    "Exit status: 0 clean, 1 --check found missing topics, 2 usage or I/O error.\n";
+
+std::string Str(const char* s) { return s ? s : ""; }
+
+struct Problem {
+  int entry;
+  std::string reference;
+  std::string what;
+};
+
+int Run(const std::vector<std::string>& args) {
+  CommandLine cl;
+  if (!cl.Parse(args, {{"help", 0}, {"check", 0}, {"json", 0}, {"root", 1}})) {
+    PrintError(cl.error());
+    return kExitError;
+  }
+  if (cl.Has("help")) {
+    std::fputs(kHelp, stdout);
+    return kExitClean;
+  }
+  if (cl.operands().size() != 1) {
+    std::fputs(kHelp, stderr);
+    return kExitError;
+  }
+  const std::string file = cl.operands()[0];
+  CByteString bytes;
+  std::string error;
+  if (!LoadPage(file, bytes, error)) {
+    PrintError(error);
+    return kExitError;
+  }
+  CHtmlFileSitemap sitemap;
+  if (!sitemap.Read(bytes) && bytes.GetLength() > 0) {
+    PrintError(file + ": not a contents or index file (no entries could be read)");
+    return kExitError;
+  }
+  std::string root = cl.Values("root").empty() ? DirectoryOf(file) : cl.Values("root")[0];
+  if (root.empty()) root = ".";
+  std::string fromDir;
+  if (!cl.Values("root").empty()) {
+    // Entries are relative to the sitemap's own folder inside the project.
+    std::string f = file;
+    if (f.compare(0, root.size() + 1, root + "/") == 0) fromDir = DirectoryOf(f.substr(root.size() + 1));
+  }
+
+  std::vector<Problem> problems;
+  auto checkRef = [&](int entry, const char* text) {
+    if (!cl.Has("check") || !text || !*text) return;
+    Reference ref = ParseReference(fromDir, text);
+    if (ref.kind == RefKind::kOutside) {
+      problems.push_back({entry, text, "points outside the project"});
+    } else if (ref.kind == RefKind::kLocal) {
+      std::string onDisk;
+      Presence p = FindInProject(root, ref.path, onDisk);
+      if (p == Presence::kMissing)
+        problems.push_back({entry, text, "topic does not exist"});
+      else if (p != Presence::kExact)
+        problems.push_back({entry, text, "resolves only as " + onDisk});
+    }
+  };
+
+  nlohmann::json entries = nlohmann::json::array();
+  const bool json = cl.Has("json");
+  for (int i = 0; i < sitemap.GetSitemapArraySize(); ++i) {
+    const CHtmlSitemap* e = sitemap.GetSitemap(i);
+    if (!e) continue;
+    int level = e->GetLevel() < 1 ? 1 : e->GetLevel();
+    std::string indent(static_cast<size_t>(2 * (level - 1)), ' ');
+    std::string name = Str(e->GetName());
+    std::string local = Str(e->GetPrimary());
+    nlohmann::json je = {{"level", level}, {"name", ToUtf8(name.c_str())}, {"local", ToUtf8(local.c_str())}};
+    if (!json) {
+      std::printf("%s%s", indent.c_str(), name.empty() ? "(no name)" : name.c_str());
+      if (!local.empty()) std::printf(" -> %s", local.c_str());
+      if (e->GetMerge() && *e->GetMerge()) std::printf(" [merge %s]", e->GetMerge());
+      std::printf("\n");
+    }
+    checkRef(i, e->GetPrimary());
+    nlohmann::json sections = nlohmann::json::array();
+    for (int s = 0; s < e->GetSectionArraySize(); ++s) {
+      const CHtmlSitemapSection* sec = e->GetSection(s);
+      if (!sec) continue;
+      if (!json)
+        std::printf("%s  - %s -> %s\n", indent.c_str(), Str(sec->GetName()).c_str(), Str(sec->GetPrimary()).c_str());
+      sections.push_back({{"name", ToUtf8(sec->GetName())}, {"local", ToUtf8(sec->GetPrimary())}});
+      checkRef(i, sec->GetPrimary());
+    }
+    if (!sections.empty()) je["sections"] = sections;
+    entries.push_back(je);
+  }
+  if (json) {
+    nlohmann::json out = {{"file", ToUtf8(file.c_str())}, {"title", ToUtf8(sitemap.GetTitle())}, {"entries", entries}};
+    if (cl.Has("check")) {
+      nlohmann::json list = nlohmann::json::array();
+      for (const Problem& p : problems)
+        list.push_back({{"entry", p.entry}, {"reference", ToUtf8(p.reference.c_str())}, {"problem", p.what}});
+      out["problems"] = list;
+    }
+    std::printf("%s\n", out.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+  } else {
+    for (const Problem& p : problems)
+      std::printf("%s: entry %d: %s: %s\n", file.c_str(), p.entry + 1, p.reference.c_str(), p.what.c_str());
+  }
+  return problems.empty() ? kExitClean : kExitProblems;
+}
+
+}  // namespace
+
+extern const Command kTocCommand = {"toc", "print a contents or index file as a tree; --check its topics", Run};
+
+}  // namespace telvanix::tool
