@@ -120,7 +120,11 @@ class CPureTextWriter {
  private:
   bool IsBlankByte(unsigned char c) const {
     // A no-break space separates words for an indexer as a space does.
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f' || (c == 0xA0 && !m_bDbcs);
+    // Control bytes are never words: references the decoder reads as 0 or
+    // narrows to a low byte (a quote or dash beyond the code page) give them,
+    // and a zero must not cut the text short for a host reading it as a C
+    // string.
+    return c <= ' ' || c == 0x7F || (c == 0xA0 && !m_bDbcs);
   }
 
   void AppendDecoded(const unsigned char* p, int n, bool preformatted) {

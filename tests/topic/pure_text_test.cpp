@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 #include "telvanix/platform/code_page.h"
@@ -69,6 +70,16 @@ TEST(PureText, BreaksAndBlanksCollapse) {
   // No leading or trailing blanks, even around breaks.
   EXPECT_EQ("a", Lines("<br> \n <p> a </p><br>  "));
   EXPECT_EQ("", Lines("<html><body> <p>\n</p> </body></html>"));
+}
+
+TEST(PureText, ReferencesThatDecodeToControlBytesSeparateWords) {
+  // "&#X...;" (capital X) decodes to 0, and the low byte of a unit beyond
+  // the code page may be a control byte: neither may cut or glue the text.
+  EXPECT_EQ("User s Guide", Lines("<p>User&#X2019;s Guide</p>"));
+  EXPECT_EQ("a b c", Lines("<p>a&#x2003;b&#0;c</p>"));
+  TopicPage page("<p>User&#X2019;s Guide</p>");
+  CString text = page->GetPureText(2, nullptr, nullptr);
+  EXPECT_EQ(static_cast<size_t>(text.GetLength()), std::strlen(text));
 }
 
 TEST(PureText, OptionZeroKeepsOneLine) {
