@@ -2,12 +2,13 @@
 
 namespace telvanix::tool {
 
+extern const Command kCheckCommand;
 extern const Command kFormatCommand;
 extern const Command kRoundtripCommand;
 extern const Command kTocCommand;
 
 const std::vector<Command>& AllCommands() {
-  static const std::vector<Command> commands = {kFormatCommand, kTocCommand, kRoundtripCommand};
+  static const std::vector<Command> commands = {kCheckCommand, kFormatCommand, kTocCommand, kRoundtripCommand};
   return commands;
 }
 
