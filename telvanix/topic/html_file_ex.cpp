@@ -700,6 +700,7 @@ CString CHtmlFileEx::GetFirstBaggageImage(unsigned int& index, unsigned int& sta
 
 CString CHtmlFileEx::GetNextBaggageImage(unsigned int& index, unsigned int& stage) {
   try {
+    EnsureAnalysed();
     GetBaggageFilesReference();
     for (;;) {
       unsigned int number = stage & 0xFF;
