@@ -99,3 +99,29 @@ std::string ToUtf8(const char* text) {
 }
 
 }  // namespace telvanix::tool
+
+#include "telvanix/topic/html_file_ex.h"
+
+namespace telvanix::tool {
+
+bool OpenTopicPage(const std::string& path, OpenTopic& topic, std::string& error) {
+  if (!LoadPage(path, topic.source, error)) return false;
+  topic.doc = std::make_unique<CHtmlFileEx>(topic.source, path.c_str());
+  if (!topic.doc->Analyse() && topic.source.GetLength() > 0) {
+    error = path + ": cannot be parsed as a page";
+    return false;
+  }
+  return true;
+}
+
+int SaveTopicIfChanged(const std::string& path, OpenTopic& topic, std::string& error) {
+  if (!topic.doc->IsTokenListModified()) return 0;
+  CByteString saved;
+  if (!topic.doc->Save(&saved, CHtmlPack::emSave)) {
+    error = path + ": could not be saved";
+    return -1;
+  }
+  return WriteIfChanged(path, topic.source, saved, error);
+}
+
+}  // namespace telvanix::tool

@@ -3,6 +3,7 @@
 // when its bytes changed.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -29,5 +30,27 @@ void PrintError(const std::string& message);
 // Text as a JSON-safe string for output when bytes are not valid UTF-8:
 // pages are in the active code page, so 1252 bytes are mapped to code points.
 std::string ToUtf8(const char* text);
+
+}  // namespace telvanix::tool
+
+namespace telvanix {
+class CHtmlFileEx;
+}
+
+namespace telvanix::tool {
+
+// A topic page opened for reading or editing: its bytes as read and the
+// analysed document over them.
+struct OpenTopic {
+  CByteString source;
+  std::unique_ptr<CHtmlFileEx> doc;
+};
+
+// Loads and analyses a topic; false with a one-line `error` otherwise.
+bool OpenTopicPage(const std::string& path, OpenTopic& topic, std::string& error);
+
+// Saves the (edited) document over its file, atomically and only when the
+// bytes change. Returns 1 written, 0 unchanged, -1 on failure (error set).
+int SaveTopicIfChanged(const std::string& path, OpenTopic& topic, std::string& error);
 
 }  // namespace telvanix::tool
