@@ -15,20 +15,27 @@ CHtmlTagItem* CHtmlEntityStack::GetSentinelTag() {
 
 CHtmlEntityStack::CHtmlEntityStack() : CHtmlEntityStack(0) {}
 
+// The stack lives on the call stack of every build pass, so zeroing all
+// 4096 items each time would cost more than the pass itself on a small page.
+// Only the items up to the highest level written since the last Resume are
+// ever read (a push fills its item before anything reads it), so only those
+// are zeroed and copied.
+
 CHtmlEntityStack::CHtmlEntityStack(int bOwnsAttachments)
-    : m_nLevel(0), m_bOwnsAttachments(bOwnsAttachments) {
+    : m_nLevel(0), m_bOwnsAttachments(bOwnsAttachments), m_nHighWater(0) {
   Resume();
 }
 
 CHtmlEntityStack::CHtmlEntityStack(const CHtmlEntityStack& other)
-    : m_nLevel(other.m_nLevel), m_bOwnsAttachments(other.m_bOwnsAttachments) {
-  std::memcpy(m_Items, other.m_Items, sizeof(m_Items));
+    : m_nLevel(other.m_nLevel), m_bOwnsAttachments(other.m_bOwnsAttachments), m_nHighWater(other.m_nHighWater) {
+  std::memcpy(m_Items, other.m_Items, sizeof(EntityStackItem) * static_cast<std::size_t>(m_nHighWater + 1));
 }
 
 CHtmlEntityStack& CHtmlEntityStack::operator=(const CHtmlEntityStack& other) {
   if (this != &other) {
     m_nLevel = other.m_nLevel;
-    std::memcpy(m_Items, other.m_Items, sizeof(m_Items));
+    m_nHighWater = other.m_nHighWater;
+    std::memcpy(m_Items, other.m_Items, sizeof(EntityStackItem) * static_cast<std::size_t>(m_nHighWater + 1));
     m_bOwnsAttachments = other.m_bOwnsAttachments;
   }
   return *this;
@@ -38,7 +45,8 @@ CHtmlEntityStack::~CHtmlEntityStack() { BackStackLevel(0); }
 
 int CHtmlEntityStack::Resume() {
   m_nLevel = 0;
-  std::memset(m_Items, 0, sizeof(m_Items));
+  std::memset(m_Items, 0, sizeof(EntityStackItem) * static_cast<std::size_t>(m_nHighWater + 1));
+  m_nHighWater = 0;
   CHtmlTagItem* pSentinel = GetSentinelTag();
   m_Items[0].m_pTag = pSentinel;
   m_Items[0].m_nTagId = pSentinel->GetTagId();
@@ -52,6 +60,7 @@ int CHtmlEntityStack::Push(CHtmlTagItem* pTag, POSITION pos) {
   // keeps its innermost open element in the top slot.
   if (m_nLevel >= emMaxStackLevel) return 0;
   ++m_nLevel;
+  if (m_nLevel > m_nHighWater) m_nHighWater = m_nLevel;
   EntityStackItem& item = m_Items[m_nLevel];
   item.m_pTag = pTag;
   item.m_nTagId = pTag->GetTagId();

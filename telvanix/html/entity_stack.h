@@ -59,6 +59,9 @@ class TELVANIX_API CHtmlEntityStack {
   int m_nLevel;
   EntityStackItem m_Items[emStackSize];
   int m_bOwnsAttachments;
+  // Highest level written since the last Resume; items above it are never
+  // read, so Resume and copies touch only what was used.
+  int m_nHighWater;
 };
 
 }  // namespace telvanix

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "telvanix/html/tag_item.h"
+#include "telvanix/html/token_arena.h"
 #include "telvanix/html/token_item.h"
 #include "telvanix/html/token_list.h"
 
@@ -26,6 +27,17 @@ constexpr Flag kRecovered = CHtmlTokenItem::emTokenRecoveryInserted;
 constexpr Flag kOutside = CHtmlTokenItem::emTokenOutsideHtml;
 constexpr Flag kMisplaced = CHtmlTokenItem::emTokenMisplaced;
 constexpr Flag kReopened = CHtmlTokenItem::emTokenReopened;
+
+// The syntax-table row of a tag, read in place: the passes ask several
+// columns of every tag, and the accessors are calls into another unit. An
+// invalid index reads as row 0 does through the accessors (content 0,
+// occurrence 0, major type 0xFF000008).
+const TagSyntaxItem kInvalidRow = {0, 0, "", 0, 0, 0, 0, 0xFF000008u, 0};
+inline const TagSyntaxItem& Row(const CHtmlTagItem* pTag) {
+  const int n = pTag->GetTagIndex();
+  return (n > 0 && n < CHtmlTagItem::ms_nTagSyntaxTableSize) ? CHtmlTagItem::ms_tTagSyntaxTable[n] : kInvalidRow;
+}
+inline bool HasAllBits(DWORD dwValue, DWORD dwMask) { return (dwValue & dwMask) == dwMask; }
 
 inline bool HasFlag(const CHtmlTokenItem* pToken, DWORD dwFlag) {
   return pToken != nullptr && (pToken->GetTokenFlag() & dwFlag) != 0;
@@ -76,6 +88,7 @@ CHtmlEntityTree::~CHtmlEntityTree() { delete m_pRoot; }
 void CHtmlEntityTree::Resume() {
   delete m_pRoot;
   m_pRoot = nullptr;
+  m_NodeArena.Reset();
   for (CHtmlEntityNode*& pNode : m_pRegisteredEntities) pNode = nullptr;
   for (OutlineRecord& rec : m_OutlineRecords) rec = OutlineRecord{nullptr, nullptr, 0, 0};
   m_nMismatchCount = 0;
@@ -114,12 +127,13 @@ const CHtmlEntityTree::OutlineRecord* CHtmlEntityTree::GetOutlineRecord(int nRec
 int CHtmlEntityTree::CheckMatchTags(int nFlags) {
   if (m_pTokenList == nullptr) return 1;
   CHtmlTokenList& list = *m_pTokenList;
+  CHtmlTokenList::CTokenItemList& items = list.GetTokenItemList();
   CHtmlEntityStack stack(0);
   m_nMismatchCount = 0;
 
-  for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
+  for (POSITION pos = items.GetHeadPosition(); pos != nullptr;) {
     POSITION posToken = pos;
-    CHtmlTokenItem* pToken = list.GetNext(pos);
+    CHtmlTokenItem* pToken = items.GetNext(pos);
     if (pToken == nullptr || pToken->IsDiscardedToken()) continue;
     if (pToken->IsTextToken()) {
       m_bHasText = 1;
@@ -134,7 +148,7 @@ int CHtmlEntityTree::CheckMatchTags(int nFlags) {
       CollectXmlMatchInfo(pTag, posToken);
 
     if (!pTag->IsEndTag()) {
-      if (pTag->GetCntType() != 0 || pTag->IsUnknownTag()) stack.Push(pTag, posToken);
+      if (Row(pTag).m_nCntType != 0 || pTag->IsUnknownTag()) stack.Push(pTag, posToken);
       continue;
     }
 
@@ -169,12 +183,12 @@ int CHtmlEntityTree::CheckMatchTags(int nFlags) {
         pOpen->ChangeUnknownTagIndex(2);
         break;
       }
-      if (pOpen->GetCntType() == 0) {
+      if (Row(pOpen).m_nCntType == 0) {
         pTag->SetTokenFlag(kStrayEnd);
-      } else if (pOpen->GetOcrType() == 2) {
+      } else if (Row(pOpen).m_nOcrType == 2) {
         pOpen->SetTokenFlag(kUnclosed);
         ++m_nMismatchCount;
-      } else if (pOpen->GetOcrType() == 1) {
+      } else if (Row(pOpen).m_nOcrType == 1) {
         pOpen->SetTokenFlag(kUnclosed);
       }
     }
@@ -189,7 +203,7 @@ int CHtmlEntityTree::CheckMatchTags(int nFlags) {
     if (pOpen != nullptr) {
       if (pOpen->IsUnknownTag())
         pOpen->ChangeUnknownTagIndex(2);
-      else if (pOpen->GetCntType() != 0)
+      else if (Row(pOpen).m_nCntType != 0)
         pOpen->SetTokenFlag(kUnclosed);
     }
     stack.Pop();
@@ -406,22 +420,27 @@ inline CHtmlEntityNode* ParentOrSelf(CHtmlEntityNode* pNode) {
 int CHtmlEntityTree::BuildTree(int) {
   if (m_pTokenList == nullptr) return 0;
   CHtmlTokenList& list = *m_pTokenList;
+  CHtmlTokenList::CTokenItemList& items = list.GetTokenItemList();
   CHtmlEntityStack stack(0);
   stack.Resume();
   CSuspendList suspend(10);
   SuspendListGuard guard{*this, suspend};
 
   delete m_pRoot;
-  m_pRoot = new CHtmlEntityNode(nullptr, nullptr, 0);
+  m_NodeArena.Reset();
+  // About one leaf a token and an element for every third: room for all of
+  // them in one block.
+  m_NodeArena.Reserve(static_cast<std::size_t>(list.GetCount()) * 144 + 1024);
+  m_pRoot = new (m_NodeArena) CHtmlEntityNode(nullptr, nullptr, 0);
   CHtmlEntityNode* pCurrent = m_pRoot;
 
   for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
     // The next position is taken only after this token is handled: tokens
     // inserted right after it (reopened inline tags) are visited in turn.
     POSITION posToken = pos;
-    CHtmlTokenItem* pToken = list.GetTokenItem(posToken);
+    CHtmlTokenItem* pToken = items.GetAt(posToken);
     if (pToken == nullptr || pToken->IsDiscardedToken()) {
-      list.GetNext(pos);
+      items.GetNext(pos);
       continue;
     }
 
@@ -441,40 +460,53 @@ int CHtmlEntityTree::BuildTree(int) {
     }
 
     if (pToken->IsTextToken()) {
-      pCurrent->AddChildNode(new CHtmlTokenNode(pCurrent, posToken, kTextId));
+      AppendLeaf(pCurrent, posToken, kTextId);
     } else if (CHtmlTagItem* pTag = pToken->GetSafeTagItemPtr()) {
       const int nId = pTag->GetTagId();
-      if (pTag->GetCntType() == 0) {
-        pCurrent->AddChildNode(new CHtmlTokenNode(pCurrent, posToken, nId));
+      if (Row(pTag).m_nCntType == 0) {
+        AppendLeaf(pCurrent, posToken, nId);
       } else if (pTag->IsEndTag()) {
         EntityStackItem* pOpen = stack.GetTop();
         if (pOpen->m_pTag != nullptr && nId == (pOpen->m_nTagId | kEndBit)) {
-          pCurrent->AddChildNode(new CHtmlTokenNode(pCurrent, posToken, nId));
+          AppendLeaf(pCurrent, posToken, nId);
           stack.Pop();
           pCurrent = ParentOrSelf(pCurrent);
           if (stack.GetStackLevel() == 0) pCurrent = m_pRoot;
           if (HasFlag(stack.GetTop()->m_pTag, kReopened)) SolveSuspendTag(suspend, pTag, 1);
-          if (pTag->IsBlockLevelTag()) {
+          if (HasAllBits(Row(pTag).m_nMjrType, 0xA0000010u)) {
             RecoverSuspendTags(suspend, pTag, posToken);
             RemoveAllSuspendTag(suspend);
           }
         } else if (!BackToContainerByEndTag(pCurrent, stack, pTag, posToken, suspend)) {
-          pCurrent->AddChildNode(new CHtmlTokenNode(pCurrent, posToken, nId));
+          AppendLeaf(pCurrent, posToken, nId);
           SolveSuspendTag(suspend, pTag, 1);
         }
       } else {
-        CHtmlEntityNode* pNode = new CHtmlEntityNode(pCurrent, posToken, nId);
-        pCurrent->AddChildNode(pNode);
+        CHtmlEntityNode* pNode = AppendElement(pCurrent, posToken, nId);
         stack.Push(pTag, posToken);
         pCurrent = pNode;
-        pNode->AddChildNode(new CHtmlTokenNode(pNode, posToken, nId));
+        AppendLeaf(pNode, posToken, nId);
         RegisterEntity(pNode, pTag);
         RecoverSuspendTags(suspend, pTag, posToken);
       }
     }
-    list.GetNext(pos);
+    items.GetNext(pos);
   }
   return 0;
+}
+
+CHtmlTokenNode* CHtmlEntityTree::AppendLeaf(CHtmlEntityNode* pParent, POSITION pos, int nTagId) {
+  CHtmlTokenNode* pLeaf = new (m_NodeArena) CHtmlTokenNode(pParent, pos, nTagId);
+  pParent->m_ChildList.ReserveNodesFrom(m_NodeArena);
+  pParent->m_ChildList.AddTail(pLeaf);
+  return pLeaf;
+}
+
+CHtmlEntityNode* CHtmlEntityTree::AppendElement(CHtmlEntityNode* pParent, POSITION pos, int nTagId) {
+  CHtmlEntityNode* pNode = new (m_NodeArena) CHtmlEntityNode(pParent, pos, nTagId);
+  pParent->m_ChildList.ReserveNodesFrom(m_NodeArena);
+  pParent->m_ChildList.AddTail(pNode);
+  return pNode;
 }
 
 int CHtmlEntityTree::IsValidInnerToken(EntityStackItem* pTop, CHtmlTokenItem* pToken) {
@@ -489,14 +521,14 @@ int CHtmlEntityTree::IsValidInnerToken(EntityStackItem* pTop, CHtmlTokenItem* pT
 
 int CHtmlEntityTree::TagContain(CHtmlTagItem* pContainer, CHtmlTagItem* pChild) {
   if (pContainer == nullptr || pChild == nullptr) return 0;
-  const DWORD dwMjr = pChild->GetMjrType();
+  const DWORD dwMjr = Row(pChild).m_nMjrType;
   if ((dwMjr & 0xFF000000u) == 0xFF000000u) return 1;
 
   int nCntType;
   if (pContainer->IsUnknownTag())
     nCntType = HasFlag(pContainer, kPairedUnknown) ? 255 : 0;
   else
-    nCntType = pContainer->GetCntType();
+    nCntType = Row(pContainer).m_nCntType;
   const TagContainRule* pRule = GetTagContainRule(nCntType);
   if (pRule == nullptr) return 1;
 
@@ -550,7 +582,7 @@ int CHtmlEntityTree::RegisterEntity(CHtmlEntityNode* pNode, CHtmlTagItem* pTag) 
 int CHtmlEntityTree::GetNewSuspendTag(CSuspendList& list, EntityStackItem* pItem) {
   if (pItem == nullptr || pItem->m_pTag == nullptr) return 0;
   CHtmlTagItem* pTag = pItem->m_pTag;
-  if (pTag->GetOcrType() != 2 || !pTag->IsInlineLevelTag() || HasFlag(pTag, kReopened)) return 0;
+  if (Row(pTag).m_nOcrType != 2 || !HasAllBits(Row(pTag).m_nMjrType, 0xA0001000u) || HasFlag(pTag, kReopened)) return 0;
   if (!IsSuspendableTagId(pTag->GetTagId() & ~kEndBit)) return 0;
   list.AddHead(new CSuspendItem(pTag));
   return 1;
@@ -672,7 +704,7 @@ int CHtmlEntityTree::BackToContainerByEndTag(CHtmlEntityNode*& pCurrent, CHtmlEn
   stack.BackStackLevel(nFound);
   // The node walk can only run out above a nesting deeper than the stack.
   if (pNode == nullptr) pNode = m_pRoot;
-  pNode->AddChildNode(new CHtmlTokenNode(pNode, pos, nEndId));
+  AppendLeaf(pNode, pos, nEndId);
   stack.Pop();
   pCurrent = pNode->GetParentNode() != nullptr ? pNode->GetParentNode() : m_pRoot;
   return 1;

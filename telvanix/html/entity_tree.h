@@ -1,4 +1,6 @@
 // The element tree of a page, built over its token list and owned by it.
+// Its nodes live in the tree's own storage and go with the tree (or with the
+// next build); a host must not keep a node beyond that.
 // Building pairs start and end tags, repairs the HTML/HEAD/BODY outline,
 // closes elements that cannot hold what follows and reopens misnested inline
 // formatting in the next container. The repairs are made in the token list
@@ -9,6 +11,7 @@
 #include "telvanix/foundation/rgl_list.h"
 #include "telvanix/foundation/rgl_object.h"
 #include "telvanix/html/entity_stack.h"
+#include "telvanix/html/token_arena.h"
 #include "telvanix/html/tree_node.h"
 #include "telvanix/platform/export.h"
 #include "telvanix/platform/types.h"
@@ -164,12 +167,18 @@ class TELVANIX_API CHtmlEntityTree {
   static const TagContainRule* GetTagContainRule(int nCntType);
 
  private:
+  // New nodes in the tree's storage, appended to pParent's children.
+  CHtmlTokenNode* AppendLeaf(CHtmlEntityNode* pParent, POSITION pos, int nTagId);
+  CHtmlEntityNode* AppendElement(CHtmlEntityNode* pParent, POSITION pos, int nTagId);
+
   CHtmlEntityNode* m_pRoot;
   CHtmlTokenList* m_pTokenList;
   CHtmlEntityNode* m_pRegisteredEntities[4];
   OutlineRecord m_OutlineRecords[emOutlineRecordCount];
   int m_nMismatchCount;
   int m_bHasText;
+  // Where the nodes of the present tree live; emptied with the tree.
+  CHtmlTokenArena m_NodeArena;
 };
 
 }  // namespace telvanix

@@ -1,8 +1,33 @@
 #include "telvanix/html/tree_node.h"
 
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
+#include "telvanix/html/token_arena.h"
 #include "telvanix/html/token_list.h"
 
 namespace telvanix {
+
+// ---- Allocation ----
+
+void* CHtmlTreeNode::operator new(std::size_t size) {
+  void* raw = std::malloc(size + kNodeHeader);
+  if (raw == nullptr) throw std::bad_alloc();
+  *static_cast<std::uint64_t*>(raw) = kNodeFromHeap;
+  return static_cast<char*>(raw) + kNodeHeader;
+}
+
+void CHtmlTreeNode::operator delete(void* p) noexcept {
+  if (p == nullptr) return;
+  void* raw = static_cast<char*>(p) - kNodeHeader;
+  if (*static_cast<std::uint64_t*>(raw) == kNodeFromHeap) std::free(raw);
+}
+
+void CHtmlTreeNode::operator delete(void* p, CHtmlTokenArena& arena) noexcept {
+  (void)p;
+  (void)arena;
+}
 
 // ---- CHtmlTreeNode::CExParam ----
 
@@ -15,9 +40,6 @@ CHtmlTreeNode::CExParam& CHtmlTreeNode::CExParam::operator=(const CExParam& othe
 CHtmlTreeNode::CExParam::~CExParam() = default;
 
 // ---- CHtmlTreeNode ----
-
-CHtmlTreeNode::CHtmlTreeNode(CHtmlEntityNode* pParent, EmNodeType nType, POSITION pos, int nTagId)
-    : m_pParent(pParent), m_nNodeType(nType), m_posToken(pos), m_nTagId(nTagId), m_pExParam(nullptr) {}
 
 CHtmlTreeNode::CHtmlTreeNode(const CHtmlTreeNode& other)
     : CRglObject(),
@@ -67,9 +89,6 @@ CHtmlTreeNode* CHtmlTreeNode::GetPrevSiblingNode() const {
 
 // ---- CHtmlTokenNode ----
 
-CHtmlTokenNode::CHtmlTokenNode(CHtmlEntityNode* pParent, POSITION pos, int nTagId)
-    : CHtmlTreeNode(pParent, emTokenNode, pos, nTagId), m_pTagFormat(nullptr) {}
-
 CHtmlTokenNode::CHtmlTokenNode(const CHtmlTokenNode& other)
     : CHtmlTreeNode(other), m_pTagFormat(other.m_pTagFormat) {}
 
@@ -106,24 +125,56 @@ int CHtmlTokenNode::RemoveTagFormat() {
 
 // ---- CHtmlEntityNode ----
 
-CHtmlEntityNode::CHtmlEntityNode(CHtmlEntityNode* pParent, POSITION pos, int nTagId)
-    : CHtmlTreeNode(pParent, emEntityNode, pos, nTagId), m_ChildList(10) {}
+void CHtmlEntityNode::CChildList::GrantNodesFrom(CHtmlTokenArena& arena) {
+  // Most elements hold three children (start tag, text, end tag): the first
+  // grant is small, later ones are a whole block.
+  const int nNodes = m_nCount == 0 ? 3 : m_nBlockSize;
+  CNode* pNodes = static_cast<CNode*>(arena.Allocate(sizeof(CNode) * static_cast<std::size_t>(nNodes)));
+  // Chained first to last, so the first is handed out first; RemoveAll just
+  // forgets them (they belong to the arena, not to the block chain).
+  for (int i = nNodes - 1; i >= 0; --i) {
+    pNodes[i].pNext = m_pNodeFree;
+    m_pNodeFree = &pNodes[i];
+  }
+}
 
 CHtmlEntityNode::~CHtmlEntityNode() {
-  // Each element's children are moved onto this list before the element is
-  // deleted, so no destructor below this one ever has children to delete.
-  // They are moved before the element leaves the list, so the list does not
-  // run empty (and give back its block) once per level of a deep chain.
-  while (!m_ChildList.IsEmpty()) {
-    CHtmlTreeNode* pNode = m_ChildList.GetHead();
-    if (pNode != nullptr && pNode->IsEntityNode()) {
-      CChildList& grand = static_cast<CHtmlEntityNode*>(pNode)->m_ChildList;
-      while (!grand.IsEmpty()) m_ChildList.AddTail(grand.RemoveHead());
+  // Elements whose children are still to be deleted wait on a stack threaded
+  // through their parent pointers, which nothing reads any more. Each is
+  // deleted only once its children list is empty, so no destructor below this
+  // one has anything left to do.
+  CHtmlEntityNode* pPending = nullptr;
+  auto release = [&pPending](CHtmlEntityNode* pNode) {
+    for (POSITION pos = pNode->m_ChildList.GetHeadPosition(); pos != nullptr;) {
+      CHtmlTreeNode* pChild = pNode->m_ChildList.GetNext(pos);
+      if (pChild == nullptr) continue;
+      if (pChild->IsEntityNode()) {
+        CHtmlEntityNode* pEntity = static_cast<CHtmlEntityNode*>(pChild);
+        pEntity->m_pParent = pPending;
+        pPending = pEntity;
+      } else if (!IsBareArenaNode(pChild)) {
+        delete pChild;
+      }
     }
-    m_ChildList.RemoveHead();
-    delete pNode;
+    pNode->m_ChildList.RemoveAll();
+  };
+  release(this);
+  while (pPending != nullptr) {
+    CHtmlEntityNode* pNode = pPending;
+    pPending = pNode->m_pParent;
+    release(pNode);
+    if (!IsBareArenaNode(pNode)) delete pNode;
   }
-  m_ChildList.RemoveAll();
+}
+
+bool CHtmlEntityNode::IsBareArenaNode(const CHtmlTreeNode* pNode) {
+  // A node of the tree's storage that owns nothing (its children already
+  // released) needs no destructor: its memory goes with the storage. Most
+  // nodes are such, and deleting a large tree is then one walk over it.
+  const void* raw = reinterpret_cast<const char*>(pNode) - kNodeHeader;
+  if (*static_cast<const std::uint64_t*>(raw) != kNodeFromArena || pNode->GetExParam() != nullptr) return false;
+  if (pNode->IsEntityNode()) return static_cast<const CHtmlEntityNode*>(pNode)->m_ChildList.GetBlockCount() == 0;
+  return static_cast<const CHtmlTokenNode*>(pNode)->GetTagFormat() == nullptr;
 }
 
 CHtmlTreeNode* CHtmlEntityNode::AddChildNode(CHtmlTreeNode* pChild) {

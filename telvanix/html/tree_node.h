@@ -4,14 +4,19 @@
 // one text run or one tag and may carry a format object hung on it by a view.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "telvanix/foundation/rgl_list.h"
 #include "telvanix/foundation/rgl_object.h"
+#include "telvanix/html/token_arena.h"
 #include "telvanix/platform/export.h"
 #include "telvanix/platform/types.h"
 
 namespace telvanix {
 
 class CHtmlEntityNode;
+class CHtmlTokenArena;
 class CHtmlTokenList;
 class CHtmlTagItem;
 class CHtmlTextItem;
@@ -42,6 +47,19 @@ class TELVANIX_API CHtmlTreeNode : public CRglObject {
   CHtmlTreeNode& operator=(const CHtmlTreeNode& other);
   ~CHtmlTreeNode() override;
 
+  // Nodes come from the heap (plain new) or from a tree's storage; delete
+  // is right for both (storage memory goes back with the tree).
+  static void* operator new(std::size_t size);
+  static void* operator new(std::size_t size, CHtmlTokenArena& arena) {
+    void* raw = arena.Allocate(size + kNodeHeader);
+    *static_cast<std::uint64_t*>(raw) = kNodeFromArena;
+    return static_cast<char*>(raw) + kNodeHeader;
+  }
+  static void* operator new(std::size_t size, void* place) noexcept { (void)size; return place; }
+  static void operator delete(void* p) noexcept;
+  static void operator delete(void* p, CHtmlTokenArena& arena) noexcept;
+  static void operator delete(void* p, void* place) noexcept { (void)p; (void)place; }
+
   CHtmlEntityNode* GetParentNode() const { return m_pParent; }
   EmNodeType GetNodeType() const { return m_nNodeType; }
   POSITION GetTokenPosition() const { return m_posToken; }
@@ -60,10 +78,18 @@ class TELVANIX_API CHtmlTreeNode : public CRglObject {
   CHtmlTreeNode* GetPrevSiblingNode() const;
 
  protected:
-  CHtmlTreeNode(CHtmlEntityNode* pParent, EmNodeType nType, POSITION pos, int nTagId);
+  CHtmlTreeNode(CHtmlEntityNode* pParent, EmNodeType nType, POSITION pos, int nTagId)
+      : m_pParent(pParent), m_nNodeType(nType), m_posToken(pos), m_nTagId(nTagId), m_pExParam(nullptr) {}
+
+  // One word in front of every node tells where its memory came from, so
+  // that delete is right for nodes of a tree's storage and a host's own.
+  static constexpr std::size_t kNodeHeader = 8;
+  static constexpr std::uint64_t kNodeFromHeap = 0x48454150u;
+  static constexpr std::uint64_t kNodeFromArena = 0x4152454eu;
+
+  CHtmlEntityNode* m_pParent;
 
  private:
-  CHtmlEntityNode* m_pParent;
   EmNodeType m_nNodeType;
   POSITION m_posToken;
   int m_nTagId;
@@ -74,7 +100,8 @@ class TELVANIX_API CHtmlTreeNode : public CRglObject {
 // or a stray end tag.
 class TELVANIX_API CHtmlTokenNode : public CHtmlTreeNode {
  public:
-  CHtmlTokenNode(CHtmlEntityNode* pParent, POSITION pos, int nTagId);
+  CHtmlTokenNode(CHtmlEntityNode* pParent, POSITION pos, int nTagId)
+      : CHtmlTreeNode(pParent, emTokenNode, pos, nTagId), m_pTagFormat(nullptr) {}
   // Shallow: the format pointer is shared, not duplicated.
   CHtmlTokenNode(const CHtmlTokenNode& other);
   CHtmlTokenNode& operator=(const CHtmlTokenNode& other);
@@ -103,14 +130,28 @@ class TELVANIX_API CHtmlTokenNode : public CHtmlTreeNode {
 // position and tag id 0.
 class TELVANIX_API CHtmlEntityNode : public CHtmlTreeNode {
  public:
-  using CChildList = CRglList<CHtmlTreeNode*>;
+  // The children, in document order. A list like any other, except that the
+  // tree builder can hand it list nodes from the tree's storage, so building
+  // allocates nothing per element.
+  class TELVANIX_API CChildList : public CRglList<CHtmlTreeNode*> {
+   public:
+    CChildList() : CRglList<CHtmlTreeNode*>(10) {}
+    // When no free list node is left: a block of them from the arena.
+    void ReserveNodesFrom(CHtmlTokenArena& arena) {
+      if (m_pNodeFree == nullptr) GrantNodesFrom(arena);
+    }
 
-  CHtmlEntityNode(CHtmlEntityNode* pParent, POSITION pos, int nTagId);
+   private:
+    void GrantNodesFrom(CHtmlTokenArena& arena);
+  };
+
+  CHtmlEntityNode(CHtmlEntityNode* pParent, POSITION pos, int nTagId)
+      : CHtmlTreeNode(pParent, emEntityNode, pos, nTagId) {}
   // An element owns its children, so it cannot be copied.
   CHtmlEntityNode(const CHtmlEntityNode&) = delete;
   CHtmlEntityNode& operator=(const CHtmlEntityNode&) = delete;
-  // Deletes the whole subtree without recursing, so a page nested thousands
-  // of levels deep cannot exhaust the call stack.
+  // Deletes the whole subtree without recursing (and without allocating), so
+  // a page nested thousands of levels deep cannot exhaust the call stack.
   ~CHtmlEntityNode() override;
 
   // Appends a child (taking ownership) and returns it.
@@ -131,6 +172,9 @@ class TELVANIX_API CHtmlEntityNode : public CHtmlTreeNode {
 
   // Reached directly by the tree builder and the walkers.
   CChildList m_ChildList;
+
+ private:
+  static bool IsBareArenaNode(const CHtmlTreeNode* pNode);
 };
 
 }  // namespace telvanix

@@ -600,6 +600,45 @@ TEST(EntityTreeBuildTest, BuildNeedsAListAndMayRunTwice) {
   EXPECT_EQ(page.Dump(), once);
 }
 
+struct CountedFormat : CRglObject {
+  explicit CountedFormat(int* pCounter) : m_pCounter(pCounter) {}
+  ~CountedFormat() override { ++*m_pCounter; }
+  int* m_pCounter;
+};
+
+TEST(EntityTreeBuildTest, RebuildingDeletesWhatHostsHungOnNodes) {
+  int nDeleted = 0;
+  Page page("<HTML><BODY><P>a<B>b</B></P></BODY></HTML>");
+  CHtmlEntityNode* pBody = page.Tree()->GetEntityNode(CHtmlEntityTree::emBodyEntity);
+  ASSERT_NE(pBody, nullptr);
+  // A format on every leaf, a parameter on an element, and a node the host
+  // made itself and added.
+  std::vector<CHtmlEntityNode*> work{pBody};
+  int nLeaves = 0;
+  while (!work.empty()) {
+    CHtmlEntityNode* pNode = work.back();
+    work.pop_back();
+    for (POSITION pos = pNode->GetFirstChildPosition(); pos != nullptr;) {
+      CHtmlTreeNode* pChild = pNode->GetNextChild(pos);
+      if (pChild->IsEntityNode()) {
+        work.push_back(static_cast<CHtmlEntityNode*>(pChild));
+      } else {
+        static_cast<CHtmlTokenNode*>(pChild)->SetTagFormat(new CountedFormat(&nDeleted));
+        ++nLeaves;
+      }
+    }
+  }
+  EXPECT_EQ(nLeaves, 8);
+  pBody->SetExParam(new CHtmlTreeNode::CExParam(1));
+  CHtmlTokenNode* pOwn = new CHtmlTokenNode(pBody, nullptr, 0x40000000);
+  pOwn->SetTagFormat(new CountedFormat(&nDeleted));
+  pBody->AddChildNode(pOwn);
+  for (int i = 0; i < 25; ++i) pBody->AddChildNode(new CHtmlTokenNode(pBody, nullptr, 0x40000000));
+
+  EXPECT_EQ(page.list.BuildEntityTree(0x10007), 1);
+  EXPECT_EQ(nDeleted, nLeaves + 1);
+}
+
 TEST(EntityTreeBuildTest, PackRebuildsItsTree) {
   std::string text = "<P>one<P>two";
   CByteString source(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
