@@ -87,7 +87,10 @@ class TELVANIX_API CHtmlPack {
   // For a file pack: name resolved against the pack's path (the path itself
   // for null); empty for other packs.
   CString GetFilePathName(const char* name);
-  // New save target; see the class notes. 0 for null/empty or a buffer pack.
+  // A new save target. A file pack keeps its content (read first when not
+  // yet parsed); an empty pack with no tokens becomes a file pack of an
+  // existing file and reads it. 0 for null/empty, a buffer pack, or an empty
+  // pack whose file does not exist.
   int ChangeFilename(const char* path);
 
   int GetSourceMode() const { return m_nSourceMode; }

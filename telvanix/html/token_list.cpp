@@ -473,7 +473,6 @@ POSITION CHtmlTokenList::GetTagHeadPosition(const char* name) {
   POSITION pos = m_TokenList.GetHeadPosition();
   if (!name)
     return nullptr;
-  // The head itself counts: step back one so GetNextTag starts there.
   while (pos) {
     POSITION here = pos;
     CHtmlTagItem* tag = GetTagItem(here);
