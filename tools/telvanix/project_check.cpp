@@ -70,7 +70,9 @@ void CollectRepairs(CHtmlFileEx& doc, std::vector<std::string>& repairs) {
       ++dropped;
     } else if (token->IsInsertedToken() && !token->IsDiscardedToken() && token->IsTagToken()) {
       auto* tag = static_cast<CHtmlTagItem*>(token);
-      repairs.push_back(std::string("inserted <") + (tag->IsEndTag() ? "/" : "") + tag->GetTagName().str() + ">");
+      std::string name = tag->GetTagName().str();
+      if (tag->IsEndTag() && (name.empty() || name[0] != '/')) name.insert(0, "/");
+      repairs.push_back("inserted <" + name + ">");
     }
   }
   if (dropped) repairs.push_back("dropped " + std::to_string(dropped) + " token(s) outside the outline");
