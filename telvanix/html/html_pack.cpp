@@ -268,6 +268,10 @@ int CHtmlPack::Save(const char* path, EmSaveFlag nFlag) {
       return 1;
     if (nFlag == emSaveNoOverwrite && IsExistingFile(target))
       return 0;
+    // A source never read has an empty token list; writing that would wipe
+    // the page, so read it first (as ChangeFilename does) or write nothing.
+    if (!m_bParsed && m_nSourceMode != emSourceEmpty && !Parse(emParseTokens))
+      return 0;
     CByteString buffer;
     SaveTokenListToByteString(buffer, nFlag);
     CkolmStdioFile file;

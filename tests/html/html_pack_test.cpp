@@ -177,6 +177,19 @@ TEST(HtmlPack, SavingOverItsOwnFile) {
   EXPECT_EQ("<p id=\"x\">one</p>\r\n", dir.Read("page.htm"));
 }
 
+TEST(HtmlPack, LayoutSaveOfAnUnreadPageKeepsItsContent) {
+  test::TempDir dir;
+  dir.Write("page.htm", "<p>one</p><p>two</p>\r\n");
+  CHtmlPack pack((dir / "page.htm").c_str());
+  // Never parsed: the save reads the page first instead of writing an empty one.
+  EXPECT_EQ(1, pack.Save(static_cast<const char*>(nullptr), CHtmlPack::emSaveLayout));
+  EXPECT_NE(std::string::npos, dir.Read("page.htm").find("two"));
+  // A page that cannot be read is not replaced by nothing.
+  CHtmlPack missing((dir / "gone.htm").c_str());
+  EXPECT_EQ(0, missing.Save((dir / "out.htm").c_str(), CHtmlPack::emSaveLayout));
+  EXPECT_EQ(std::string::npos, dir.List().find("out.htm"));
+}
+
 TEST(HtmlPack, SaveFlagOneRefusesExistingTargets) {
   test::TempDir dir;
   dir.Write("taken.htm", "old");
