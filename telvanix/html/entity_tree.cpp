@@ -3,7 +3,6 @@
 #include <new>
 
 #include "telvanix/html/tag_item.h"
-#include "telvanix/html/token_arena.h"
 #include "telvanix/html/token_item.h"
 #include "telvanix/html/token_list.h"
 
@@ -83,12 +82,19 @@ CHtmlTagItem* NewOutlineTag(const char* pszText) {
 
 CHtmlEntityTree::CHtmlEntityTree() : m_pRoot(nullptr), m_pTokenList(nullptr) { Resume(); }
 
-CHtmlEntityTree::~CHtmlEntityTree() { delete m_pRoot; }
+CHtmlEntityTree::~CHtmlEntityTree() { ReleaseNodes(); }
+
+void CHtmlEntityTree::ReleaseNodes() {
+  // Nodes of the store that own nothing need no destructor; only when some
+  // node was given something to own is the tree walked and deleted.
+  if (m_pRoot != nullptr && m_NodeStore.m_nOwningNodes != 0) delete m_pRoot;
+  m_pRoot = nullptr;
+  m_NodeStore.m_Arena.Reset();
+  m_NodeStore.m_nOwningNodes = 0;
+}
 
 void CHtmlEntityTree::Resume() {
-  delete m_pRoot;
-  m_pRoot = nullptr;
-  m_NodeArena.Reset();
+  ReleaseNodes();
   for (CHtmlEntityNode*& pNode : m_pRegisteredEntities) pNode = nullptr;
   for (OutlineRecord& rec : m_OutlineRecords) rec = OutlineRecord{nullptr, nullptr, 0, 0};
   m_nMismatchCount = 0;
@@ -426,12 +432,13 @@ int CHtmlEntityTree::BuildTree(int) {
   CSuspendList suspend(10);
   SuspendListGuard guard{*this, suspend};
 
-  delete m_pRoot;
-  m_NodeArena.Reset();
+  ReleaseNodes();
   // About one leaf a token and an element for every third: room for all of
   // them in one block.
-  m_NodeArena.Reserve(static_cast<std::size_t>(list.GetCount()) * 144 + 1024);
-  m_pRoot = new (m_NodeArena) CHtmlEntityNode(nullptr, nullptr, 0);
+  m_NodeStore.m_Arena.Reserve(static_cast<std::size_t>(list.GetCount()) * 144 + 1024);
+  m_pRoot = new (m_NodeStore) CHtmlEntityNode(nullptr, nullptr, 0);
+  m_pRoot->SetNodeStore(&m_NodeStore);
+  m_pRoot->m_ChildList.SetNodeStore(&m_NodeStore);
   CHtmlEntityNode* pCurrent = m_pRoot;
 
   for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
@@ -496,15 +503,16 @@ int CHtmlEntityTree::BuildTree(int) {
 }
 
 CHtmlTokenNode* CHtmlEntityTree::AppendLeaf(CHtmlEntityNode* pParent, POSITION pos, int nTagId) {
-  CHtmlTokenNode* pLeaf = new (m_NodeArena) CHtmlTokenNode(pParent, pos, nTagId);
-  pParent->m_ChildList.ReserveNodesFrom(m_NodeArena);
+  CHtmlTokenNode* pLeaf = new (m_NodeStore) CHtmlTokenNode(pParent, pos, nTagId);
+  pLeaf->SetNodeStore(&m_NodeStore);
   pParent->m_ChildList.AddTail(pLeaf);
   return pLeaf;
 }
 
 CHtmlEntityNode* CHtmlEntityTree::AppendElement(CHtmlEntityNode* pParent, POSITION pos, int nTagId) {
-  CHtmlEntityNode* pNode = new (m_NodeArena) CHtmlEntityNode(pParent, pos, nTagId);
-  pParent->m_ChildList.ReserveNodesFrom(m_NodeArena);
+  CHtmlEntityNode* pNode = new (m_NodeStore) CHtmlEntityNode(pParent, pos, nTagId);
+  pNode->SetNodeStore(&m_NodeStore);
+  pNode->m_ChildList.SetNodeStore(&m_NodeStore);
   pParent->m_ChildList.AddTail(pNode);
   return pNode;
 }

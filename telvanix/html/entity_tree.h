@@ -11,7 +11,6 @@
 #include "telvanix/foundation/rgl_list.h"
 #include "telvanix/foundation/rgl_object.h"
 #include "telvanix/html/entity_stack.h"
-#include "telvanix/html/token_arena.h"
 #include "telvanix/html/tree_node.h"
 #include "telvanix/platform/export.h"
 #include "telvanix/platform/types.h"
@@ -170,6 +169,8 @@ class TELVANIX_API CHtmlEntityTree {
   // New nodes in the tree's storage, appended to pParent's children.
   CHtmlTokenNode* AppendLeaf(CHtmlEntityNode* pParent, POSITION pos, int nTagId);
   CHtmlEntityNode* AppendElement(CHtmlEntityNode* pParent, POSITION pos, int nTagId);
+  // Drops the tree: deletes the nodes that own something, frees the store.
+  void ReleaseNodes();
 
   CHtmlEntityNode* m_pRoot;
   CHtmlTokenList* m_pTokenList;
@@ -178,7 +179,7 @@ class TELVANIX_API CHtmlEntityTree {
   int m_nMismatchCount;
   int m_bHasText;
   // Where the nodes of the present tree live; emptied with the tree.
-  CHtmlTokenArena m_NodeArena;
+  CHtmlTreeNode::CNodeStore m_NodeStore;
 };
 
 }  // namespace telvanix

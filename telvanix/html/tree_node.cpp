@@ -24,9 +24,9 @@ void CHtmlTreeNode::operator delete(void* p) noexcept {
   if (*static_cast<std::uint64_t*>(raw) == kNodeFromHeap) std::free(raw);
 }
 
-void CHtmlTreeNode::operator delete(void* p, CHtmlTokenArena& arena) noexcept {
+void CHtmlTreeNode::operator delete(void* p, CNodeStore& store) noexcept {
   (void)p;
-  (void)arena;
+  (void)store;
 }
 
 // ---- CHtmlTreeNode::CExParam ----
@@ -47,7 +47,8 @@ CHtmlTreeNode::CHtmlTreeNode(const CHtmlTreeNode& other)
       m_nNodeType(other.m_nNodeType),
       m_posToken(other.m_posToken),
       m_nTagId(other.m_nTagId),
-      m_pExParam(other.m_pExParam) {}
+      m_pExParam(other.m_pExParam),
+      m_pStore(nullptr) {}
 
 CHtmlTreeNode& CHtmlTreeNode::operator=(const CHtmlTreeNode& other) {
   m_pParent = other.m_pParent;
@@ -55,6 +56,7 @@ CHtmlTreeNode& CHtmlTreeNode::operator=(const CHtmlTreeNode& other) {
   m_posToken = other.m_posToken;
   m_nTagId = other.m_nTagId;
   m_pExParam = other.m_pExParam;
+  if (m_pExParam != nullptr) NoteOwning();
   return *this;
 }
 
@@ -63,6 +65,7 @@ CHtmlTreeNode::~CHtmlTreeNode() { delete m_pExParam; }
 int CHtmlTreeNode::SetExParam(CExParam* pParam) {
   if (pParam != m_pExParam) delete m_pExParam;
   m_pExParam = pParam;
+  if (pParam != nullptr) NoteOwning();
   return 1;
 }
 
@@ -95,6 +98,7 @@ CHtmlTokenNode::CHtmlTokenNode(const CHtmlTokenNode& other)
 CHtmlTokenNode& CHtmlTokenNode::operator=(const CHtmlTokenNode& other) {
   CHtmlTreeNode::operator=(other);
   m_pTagFormat = other.m_pTagFormat;
+  if (m_pTagFormat != nullptr) NoteOwning();
   return *this;
 }
 
@@ -114,6 +118,7 @@ int CHtmlTokenNode::SetTagFormat(CRglObject* pFormat) {
   if (pFormat == m_pTagFormat) return 1;  // already owned: deleting it would leave a dangling pointer
   RemoveTagFormat();
   m_pTagFormat = pFormat;
+  if (pFormat != nullptr) NoteOwning();
   return 1;
 }
 
@@ -125,7 +130,8 @@ int CHtmlTokenNode::RemoveTagFormat() {
 
 // ---- CHtmlEntityNode ----
 
-void CHtmlEntityNode::CChildList::GrantNodesFrom(CHtmlTokenArena& arena) {
+void CHtmlEntityNode::CChildList::GrantNodes() {
+  CHtmlTokenArena& arena = m_pStore->m_Arena;
   // Most elements hold three children (start tag, text, end tag): the first
   // grant is small, later ones are a whole block.
   const int nNodes = m_nCount == 0 ? 3 : m_nBlockSize;
@@ -168,11 +174,9 @@ CHtmlEntityNode::~CHtmlEntityNode() {
 }
 
 bool CHtmlEntityNode::IsBareArenaNode(const CHtmlTreeNode* pNode) {
-  // A node of the tree's storage that owns nothing (its children already
-  // released) needs no destructor: its memory goes with the storage. Most
-  // nodes are such, and deleting a large tree is then one walk over it.
-  const void* raw = reinterpret_cast<const char*>(pNode) - kNodeHeader;
-  if (*static_cast<const std::uint64_t*>(raw) != kNodeFromArena || pNode->GetExParam() != nullptr) return false;
+  // A node of a tree's store that owns nothing (its children already
+  // released) needs no destructor: its memory goes with the store.
+  if (pNode->GetNodeStore() == nullptr || pNode->GetExParam() != nullptr) return false;
   if (pNode->IsEntityNode()) return static_cast<const CHtmlEntityNode*>(pNode)->m_ChildList.GetBlockCount() == 0;
   return static_cast<const CHtmlTokenNode*>(pNode)->GetTagFormat() == nullptr;
 }

@@ -16,7 +16,6 @@
 namespace telvanix {
 
 class CHtmlEntityNode;
-class CHtmlTokenArena;
 class CHtmlTokenList;
 class CHtmlTagItem;
 class CHtmlTextItem;
@@ -47,17 +46,27 @@ class TELVANIX_API CHtmlTreeNode : public CRglObject {
   CHtmlTreeNode& operator=(const CHtmlTreeNode& other);
   ~CHtmlTreeNode() override;
 
-  // Nodes come from the heap (plain new) or from a tree's storage; delete
-  // is right for both (storage memory goes back with the tree).
+  // The storage of one tree's nodes: an arena, and a count of the nodes in
+  // it that were given something to own (a format, a parameter, a child made
+  // elsewhere). While the count is 0 the tree goes with its arena, without a
+  // walk over its nodes.
+  class TELVANIX_API CNodeStore {
+   public:
+    CHtmlTokenArena m_Arena;
+    int m_nOwningNodes = 0;
+  };
+
+  // Nodes come from the heap (plain new) or from a tree's store; delete is
+  // right for both (store memory goes back with the tree).
   static void* operator new(std::size_t size);
-  static void* operator new(std::size_t size, CHtmlTokenArena& arena) {
-    void* raw = arena.Allocate(size + kNodeHeader);
+  static void* operator new(std::size_t size, CNodeStore& store) {
+    void* raw = store.m_Arena.Allocate(size + kNodeHeader);
     *static_cast<std::uint64_t*>(raw) = kNodeFromArena;
     return static_cast<char*>(raw) + kNodeHeader;
   }
   static void* operator new(std::size_t size, void* place) noexcept { (void)size; return place; }
   static void operator delete(void* p) noexcept;
-  static void operator delete(void* p, CHtmlTokenArena& arena) noexcept;
+  static void operator delete(void* p, CNodeStore& store) noexcept;
   static void operator delete(void* p, void* place) noexcept { (void)p; (void)place; }
 
   CHtmlEntityNode* GetParentNode() const { return m_pParent; }
@@ -77,9 +86,25 @@ class TELVANIX_API CHtmlTreeNode : public CRglObject {
   CHtmlTreeNode* GetNextSiblingNode() const;
   CHtmlTreeNode* GetPrevSiblingNode() const;
 
+  // The store a tree made this node in; null for a node made with plain new.
+  CNodeStore* GetNodeStore() const { return m_pStore; }
+  // Called by the tree right after making the node in its store.
+  void SetNodeStore(CNodeStore* pStore) { m_pStore = pStore; }
+
  protected:
   CHtmlTreeNode(CHtmlEntityNode* pParent, EmNodeType nType, POSITION pos, int nTagId)
-      : m_pParent(pParent), m_nNodeType(nType), m_posToken(pos), m_nTagId(nTagId), m_pExParam(nullptr) {}
+      : m_pParent(pParent),
+        m_nNodeType(nType),
+        m_posToken(pos),
+        m_nTagId(nTagId),
+        m_pExParam(nullptr),
+        m_pStore(nullptr) {}
+
+  // The node was given something to own: its tree can no longer be dropped
+  // without a walk.
+  void NoteOwning() {
+    if (m_pStore != nullptr) ++m_pStore->m_nOwningNodes;
+  }
 
   // One word in front of every node tells where its memory came from, so
   // that delete is right for nodes of a tree's storage and a host's own.
@@ -94,6 +119,7 @@ class TELVANIX_API CHtmlTreeNode : public CRglObject {
   POSITION m_posToken;
   int m_nTagId;
   CExParam* m_pExParam;
+  CNodeStore* m_pStore;  // not copied: a copy lives elsewhere
 };
 
 // A leaf: a text run, an empty element, an element's own start or end tag,
@@ -135,14 +161,39 @@ class TELVANIX_API CHtmlEntityNode : public CHtmlTreeNode {
   // allocates nothing per element.
   class TELVANIX_API CChildList : public CRglList<CHtmlTreeNode*> {
    public:
-    CChildList() : CRglList<CHtmlTreeNode*>(10) {}
-    // When no free list node is left: a block of them from the arena.
-    void ReserveNodesFrom(CHtmlTokenArena& arena) {
-      if (m_pNodeFree == nullptr) GrantNodesFrom(arena);
+    CChildList() : CRglList<CHtmlTreeNode*>(10), m_pStore(nullptr) {}
+
+    // The insertions of the list, noting in the store children that were
+    // not made in it (they must be deleted with the tree) and drawing list
+    // nodes from the store's arena.
+    POSITION AddHead(CHtmlTreeNode* pChild) { Admit(pChild); return CRglList::AddHead(pChild); }
+    POSITION AddTail(CHtmlTreeNode* pChild) { Admit(pChild); return CRglList::AddTail(pChild); }
+    POSITION InsertBefore(POSITION pos, CHtmlTreeNode* pChild) {
+      Admit(pChild);
+      return CRglList::InsertBefore(pos, pChild);
+    }
+    POSITION InsertAfter(POSITION pos, CHtmlTreeNode* pChild) {
+      Admit(pChild);
+      return CRglList::InsertAfter(pos, pChild);
+    }
+    void SetAt(POSITION pos, CHtmlTreeNode* pChild) {
+      Admit(pChild);
+      CRglList::SetAt(pos, pChild);
     }
 
+    CNodeStore* GetNodeStore() const { return m_pStore; }
+    void SetNodeStore(CNodeStore* pStore) { m_pStore = pStore; }
+
    private:
-    void GrantNodesFrom(CHtmlTokenArena& arena);
+    void Admit(CHtmlTreeNode* pChild) {
+      if (m_pStore == nullptr) return;
+      if (pChild == nullptr || pChild->GetNodeStore() != m_pStore) ++m_pStore->m_nOwningNodes;
+      if (m_pNodeFree == nullptr) GrantNodes();
+    }
+    // A block of list nodes from the store's arena.
+    void GrantNodes();
+
+    CNodeStore* m_pStore;
   };
 
   CHtmlEntityNode(CHtmlEntityNode* pParent, POSITION pos, int nTagId)

@@ -639,6 +639,28 @@ TEST(EntityTreeBuildTest, RebuildingDeletesWhatHostsHungOnNodes) {
   EXPECT_EQ(nDeleted, nLeaves + 1);
 }
 
+TEST(EntityTreeBuildTest, ATreeOwningOneThingStillReleasesIt) {
+  // One parameter deep inside, or one node of the host's linked in through
+  // the list itself: either must be released with the tree (the sanitizer
+  // build reports a leak otherwise).
+  int nDeleted = 0;
+  {
+    Page page("<HTML><BODY><P>a<B>b</B></P></BODY></HTML>");
+    CHtmlEntityNode* pP = page.Tree()->SearchParentEntityNode(page.FindPos("a"), nullptr);
+    ASSERT_NE(pP, nullptr);
+    pP->GetLastChild()->SetExParam(new CHtmlTreeNode::CExParam(5));
+  }
+  {
+    Page page("<HTML><BODY><P>a</P></BODY></HTML>");
+    CHtmlEntityNode* pP = page.Tree()->SearchParentEntityNode(page.FindPos("a"), nullptr);
+    ASSERT_NE(pP, nullptr);
+    CHtmlTokenNode* pOwn = new CHtmlTokenNode(pP, nullptr, 0x40000000);
+    pOwn->SetTagFormat(new CountedFormat(&nDeleted));
+    pP->m_ChildList.InsertAfter(pP->GetFirstChildPosition(), pOwn);
+  }
+  EXPECT_EQ(nDeleted, 1);
+}
+
 TEST(EntityTreeBuildTest, PackRebuildsItsTree) {
   std::string text = "<P>one<P>two";
   CByteString source(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
