@@ -33,7 +33,7 @@ struct FormatResult {
 FormatResult FormatPage(const std::string& path, bool layout, bool dryRun) {
   FormatResult r;
   CByteString source;
-  if (!LoadPage(path, source, r.error)) {
+  if (!LoadTopicBytes(path, source, r.error)) {
     r.written = -1;
     return r;
   }

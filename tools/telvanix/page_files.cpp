@@ -42,12 +42,22 @@ bool LoadPage(const std::string& path, CByteString& bytes, std::string& error) {
     error = path + ": " + why;
     return false;
   }
-  if (data.size() > 0x7FFFFFF0u) {
-    error = path + ": too large (over 2 GB)";
-    return false;
-  }
   bytes.Empty();
   if (!data.empty()) bytes.Assign(reinterpret_cast<const unsigned char*>(data.data()), static_cast<int>(data.size()));
+  return true;
+}
+
+bool LooksBinary(const CByteString& bytes) {
+  int n = bytes.GetLength() < 8192 ? bytes.GetLength() : 8192;
+  return n > 0 && std::memchr(bytes.GetContent(), 0, static_cast<size_t>(n)) != nullptr;
+}
+
+bool LoadTopicBytes(const std::string& path, CByteString& bytes, std::string& error) {
+  if (!LoadPage(path, bytes, error)) return false;
+  if (LooksBinary(bytes)) {
+    error = path + ": holds binary data (a zero byte), not a page";
+    return false;
+  }
   return true;
 }
 
@@ -104,8 +114,26 @@ std::string ToUtf8(const char* text) {
 
 namespace telvanix::tool {
 
+namespace {
+
+// Bytes at the end of the page that the tokenizer drops by rule (a lone byte
+// after the last tag, an unterminated construct): an unedited save is then a
+// strict prefix of the source, and the rest is what an edit would lose.
+CByteString DroppedTail(const std::string& path, CByteString& source) {
+  CByteString tail;
+  CHtmlPack pack(source, path.c_str());
+  CByteString saved;
+  if (!pack.Parse(CHtmlPack::emParseAttributes) || !pack.Save(&saved, CHtmlPack::emSave)) return tail;
+  const int n = source.GetLength(), m = saved.GetLength();
+  if (m < n && (m == 0 || std::memcmp(source.GetContent(), saved.GetContent(), static_cast<size_t>(m)) == 0))
+    tail.Assign(source.GetContent() + m, n - m);
+  return tail;
+}
+
+}  // namespace
+
 bool OpenTopicPage(const std::string& path, OpenTopic& topic, std::string& error) {
-  if (!LoadPage(path, topic.source, error)) return false;
+  if (!LoadTopicBytes(path, topic.source, error)) return false;
   topic.doc = std::make_unique<CHtmlFileEx>(topic.source, path.c_str());
   if (!topic.doc->Analyse() && topic.source.GetLength() > 0) {
     error = path + ": cannot be parsed as a page";
@@ -118,6 +146,13 @@ int SaveTopicIfChanged(const std::string& path, OpenTopic& topic, std::string& e
   if (!topic.doc->IsTokenListModified()) return 0;
   CByteString saved;
   if (!topic.doc->Save(&saved, CHtmlPack::emSave)) {
+    error = path + ": could not be saved";
+    return -1;
+  }
+  // An edit changes what it changes and nothing else: the page keeps its
+  // final line break even though the tokenizer does not.
+  CByteString tail = DroppedTail(path, topic.source);
+  if (tail.GetLength() > 0 && !saved.Append(tail.GetContent(), tail.GetLength())) {
     error = path + ": could not be saved";
     return -1;
   }

@@ -19,6 +19,12 @@ std::vector<std::string> ExpandTopicOperands(const std::vector<std::string>& ope
 // Loads a whole file into `bytes`; false with a one-line `error` otherwise.
 bool LoadPage(const std::string& path, CByteString& bytes, std::string& error);
 
+// A zero byte among the first 8 KB: the file is not a page of text.
+bool LooksBinary(const CByteString& bytes);
+
+// LoadPage for a topic that is to be parsed: binary data is refused.
+bool LoadTopicBytes(const std::string& path, CByteString& bytes, std::string& error);
+
 // Writes `bytes` over `path` atomically, but only when they differ from
 // `original`. Returns 1 written, 0 unchanged, -1 on failure (error set).
 int WriteIfChanged(const std::string& path, const CByteString& original, const CByteString& bytes,

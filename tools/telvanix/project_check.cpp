@@ -49,11 +49,6 @@ std::string Lower(std::string s) {
   return s;
 }
 
-bool LooksBinary(const CByteString& bytes) {
-  int n = bytes.GetLength() < 8192 ? bytes.GetLength() : 8192;
-  return n > 0 && std::memchr(bytes.GetContent(), 0, static_cast<size_t>(n)) != nullptr;
-}
-
 void AddTags(CHtmlFileEx& doc, const CString& text, std::vector<std::string>& out) {
   CStringList tags;
   doc.ParseBuildTags(text, tags);
@@ -313,7 +308,9 @@ ProjectReport CheckProject(const std::string& root) {
   for (const std::string& f : files) {
     FileKind kind = ClassifyFile(f);
     if (referenced.count(f)) continue;
-    if (kind == FileKind::kTopic && scans[position[f]].error.empty())
+    // A file that could not be read or holds binary data is reported as such,
+    // not once more as an orphan.
+    if (kind == FileKind::kTopic && scans[position[f]].error.empty() && !scans[position[f]].binary)
       out.push_back({FindingKind::kOrphanTopic, f, "", "", ""});
     else if (kind == FileKind::kImage)
       out.push_back({FindingKind::kOrphanImage, f, "", "", ""});

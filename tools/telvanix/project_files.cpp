@@ -60,13 +60,19 @@ struct Walker {
       std::error_code sec;
       fs::file_status status = fs::status(p, sec);  // follows links
       if (sec) {
-        out.errors.push_back(p.string() + ": " + sec.message());
+        std::error_code lec;
+        bool dangling = sec == std::errc::no_such_file_or_directory && fs::is_symlink(fs::symlink_status(p, lec));
+        out.errors.push_back(p.string() + ": " + (dangling ? std::string("broken symbolic link") : sec.message()));
         continue;
       }
       if (fs::is_directory(status))
         Walk(p, rel);
       else if (fs::is_regular_file(status))
         out.files.push_back(rel);
+      else if (ClassifyFile(rel) != FileKind::kOther)
+        // A pipe or device that looks like a page would block or never end
+        // when read; it is named so that nobody wonders why it was left out.
+        out.errors.push_back(p.string() + ": not a regular file, skipped");
     }
     open.erase(id);
   }
@@ -96,13 +102,32 @@ ProjectFiles ListProjectFiles(const std::string& root) {
 
 bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& error) {
   bytes.clear();
-  int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  // Non-blocking, so that opening a pipe without a writer returns at once;
+  // it is then turned away as not a regular file.
+  int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (fd < 0) {
     error = std::strerror(errno);
     return false;
   }
   struct stat st {};
-  if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode)) bytes.reserve(static_cast<size_t>(st.st_size));
+  if (::fstat(fd, &st) != 0) {
+    error = std::strerror(errno);
+    ::close(fd);
+    return false;
+  }
+  if (!S_ISREG(st.st_mode)) {
+    error = S_ISDIR(st.st_mode) ? "is a folder, not a file" : "not a regular file (a pipe, socket or device)";
+    ::close(fd);
+    return false;
+  }
+  // Refused before reading, so a huge file costs no memory.
+  if (static_cast<unsigned long long>(st.st_size) > kMaxFileBytes) {
+    error = "too large (" + std::to_string(st.st_size) + " bytes; at most " + std::to_string(kMaxFileBytes) +
+            ")";
+    ::close(fd);
+    return false;
+  }
+  bytes.reserve(static_cast<size_t>(st.st_size));
   char buf[1 << 16];
   for (;;) {
     ssize_t n = ::read(fd, buf, sizeof buf);
@@ -110,6 +135,11 @@ bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& err
     if (n < 0) {
       if (errno == EINTR) continue;
       error = std::strerror(errno);
+      ::close(fd);
+      return false;
+    }
+    if (bytes.size() + static_cast<size_t>(n) > kMaxFileBytes) {  // grew while being read
+      error = "too large (more than " + std::to_string(kMaxFileBytes) + " bytes)";
       ::close(fd);
       return false;
     }

@@ -22,7 +22,11 @@ struct ProjectFiles {
 // into a folder already being walked is reported and skipped.
 ProjectFiles ListProjectFiles(const std::string& root);
 
-// Reads a whole file; false with `error` set when it cannot be read.
+// Largest file the tool reads: a buffer length of the library is a 32-bit int.
+constexpr unsigned long long kMaxFileBytes = 0x7FFFFFF0u;
+
+// Reads a whole regular file; false with `error` set when it cannot be read,
+// is not a regular file (never blocks on a pipe) or is over kMaxFileBytes.
 bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& error);
 
 }  // namespace telvanix::tool

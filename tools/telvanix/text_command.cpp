@@ -36,6 +36,16 @@ struct TextResult {
 
 TextResult Extract(const std::string& path, bool oneLine) {
   TextResult r;
+  // Read first for a precise reason when the file is no page (missing,
+  // unreadable, a pipe, binary); an empty page simply has no text.
+  CByteString bytes;
+  if (!LoadTopicBytes(path, bytes, r.error)) return r;
+  if (bytes.GetLength() == 0) {
+    nlohmann::json j = {{"file", ToUtf8(path.c_str())}, {"title", ""}, {"text", ""},
+                        {"keywords", nlohmann::json::array()}};
+    r.line = j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return r;
+  }
   CHtmlTopicText parser;
   // Bit 0 of the flags selects the plain option 0 instead of the indexer's 2.
   if (!parser.OpenDocument(path.c_str(), nullptr, oneLine ? 1 : 0, nullptr, nullptr, nullptr)) {
