@@ -77,7 +77,7 @@ PageResult RoundTrip(const std::string& path) {
     // The saved page is a prefix: bytes were dropped at the end by rule when
     // nothing after the cut is a tag start.
     bool tagAfter = std::memchr(a + m, '<', static_cast<size_t>(n - m)) != nullptr;
-    if (n - m == 1)
+    if (n - m == 1 && m > 0 && a[m - 1] == '>')
       r.outcome = Outcome::kTrailingByte;
     else if (tagAfter)
       r.outcome = Outcome::kUnterminatedTail;
