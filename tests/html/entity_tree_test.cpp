@@ -672,6 +672,25 @@ TEST(EntityTreeBuildTest, PackRebuildsItsTree) {
   EXPECT_NE(pack.GetEntityTree()->GetEntityNode(CHtmlEntityTree::emBodyEntity), nullptr);
 }
 
+TEST(EntityTreeBuildTest, PackLevelsChooseTheFlavour) {
+  std::string text = "junk<P>a<P>bb";
+  for (int nLevel : {3, 5}) {
+    SCOPED_TRACE(nLevel);
+    CByteString source(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+    CHtmlPack pack(source, nullptr);
+    ASSERT_EQ(pack.Parse(static_cast<CHtmlPack::EmParseFlag>(nLevel)), 1);
+    ASSERT_NE(pack.GetEntityTree(), nullptr);
+    EXPECT_EQ(test::CountTokensWithFlag(pack.GetTokenList(), kRecovered | kDiscarded), 0);
+    EXPECT_EQ(test::DumpTree(pack.GetTokenList(), false), "\"junk\"\n+ <P>\n  \"a\"\n+ <P>\n  \"bb\"\n");
+  }
+  CByteString source(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+  CHtmlPack pack(source, nullptr);
+  ASSERT_EQ(pack.Parse(static_cast<CHtmlPack::EmParseFlag>(4)), 1);
+  EXPECT_EQ(test::CountTokensWithFlag(pack.GetTokenList(), kRecovered), 4);
+  // The leading text is taken into the inserted BODY, not thrown away.
+  EXPECT_EQ(test::CountTokensWithFlag(pack.GetTokenList(), kOutside), 0);
+}
+
 // ---- pages deeper than the stack ----
 
 std::string Repeat(const std::string& s, int n) {
