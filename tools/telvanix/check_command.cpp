@@ -88,18 +88,7 @@ void PrintSummary(const ProjectReport& r) {
 
 int Run(const std::vector<std::string>& args) {
   CommandLine cl;
-  if (!cl.Parse(args, {{"help", 0}, {"json", 0}})) {
-    PrintError(cl.error());
-    return kExitError;
-  }
-  if (cl.Has("help")) {
-    std::fputs(kHelp, stdout);
-    return kExitClean;
-  }
-  if (cl.operands().size() != 1) {
-    std::fputs(kHelp, stderr);
-    return kExitError;
-  }
+  if (int rc = StartCommand(args, {{"json", 0}}, kHelp, cl, 1, 1); rc >= 0) return rc;
   const std::string root = cl.operands()[0];
   std::error_code ec;
   if (!std::filesystem::is_directory(root, ec)) {

@@ -1,5 +1,10 @@
 #include "telvanix/command_line.h"
 
+#include <cstdio>
+
+#include "telvanix/commands.h"
+#include "telvanix/page_files.h"
+
 namespace telvanix::tool {
 
 bool CommandLine::Parse(const std::vector<std::string>& args, const std::vector<OptionSpec>& specs) {
@@ -55,6 +60,24 @@ const std::vector<std::string>& CommandLine::Values(const std::string& name) con
   static const std::vector<std::string> none;
   auto it = m_options.find(name);
   return it == m_options.end() ? none : it->second;
+}
+
+int StartCommand(const std::vector<std::string>& args, std::vector<OptionSpec> specs, const char* help,
+                 CommandLine& cl, size_t minOperands, size_t maxOperands) {
+  specs.push_back({"help", 0});
+  if (!cl.Parse(args, specs)) {
+    PrintError(cl.error());
+    return kExitError;
+  }
+  if (cl.Has("help")) {
+    std::fputs(help, stdout);
+    return kExitClean;
+  }
+  if (cl.operands().size() < minOperands || cl.operands().size() > maxOperands) {
+    std::fputs(help, stderr);
+    return kExitError;
+  }
+  return -1;
 }
 
 }  // namespace telvanix::tool

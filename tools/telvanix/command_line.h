@@ -31,4 +31,11 @@ class CommandLine {
   std::string m_error;
 };
 
+// The common start of every command: parses `args` against `specs` (plus
+// --help), prints the help text for --help and the help or an error for bad
+// use. Returns -1 when the command should go on, else the exit status to
+// return at once. The operand count must lie in [minOperands, maxOperands].
+int StartCommand(const std::vector<std::string>& args, std::vector<OptionSpec> specs, const char* help,
+                 CommandLine& cl, size_t minOperands = 1, size_t maxOperands = static_cast<size_t>(-1));
+
 }  // namespace telvanix::tool

@@ -58,18 +58,7 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun) {
 
 int Run(const std::vector<std::string>& args) {
   CommandLine cl;
-  if (!cl.Parse(args, {{"help", 0}, {"layout", 0}, {"dry-run", 0}})) {
-    PrintError(cl.error());
-    return kExitError;
-  }
-  if (cl.Has("help")) {
-    std::fputs(kHelp, stdout);
-    return kExitClean;
-  }
-  if (cl.operands().empty()) {
-    std::fputs(kHelp, stderr);
-    return kExitError;
-  }
+  if (int rc = StartCommand(args, {{"layout", 0}, {"dry-run", 0}}, kHelp, cl); rc >= 0) return rc;
   std::vector<std::string> errors;
   std::vector<std::string> pages = ExpandTopicOperands(cl.operands(), errors);
   std::vector<FormatResult> results(pages.size());

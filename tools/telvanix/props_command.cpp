@@ -143,18 +143,7 @@ PageOutcome HandlePage(const std::string& path, const std::vector<Assignment>& s
 
 int Run(const std::vector<std::string>& args) {
   CommandLine cl;
-  if (!cl.Parse(args, {{"help", 0}, {"json", 0}, {"set", 1}})) {
-    PrintError(cl.error());
-    return kExitError;
-  }
-  if (cl.Has("help")) {
-    std::fputs(kHelp, stdout);
-    return kExitClean;
-  }
-  if (cl.operands().empty()) {
-    std::fputs(kHelp, stderr);
-    return kExitError;
-  }
+  if (int rc = StartCommand(args, {{"json", 0}, {"set", 1}}, kHelp, cl); rc >= 0) return rc;
   std::vector<Assignment> sets;
   for (const std::string& s : cl.Values("set")) {
     size_t eq = s.find('=');

@@ -91,18 +91,7 @@ PageResult RoundTrip(const std::string& path) {
 
 int Run(const std::vector<std::string>& args) {
   CommandLine cl;
-  if (!cl.Parse(args, {{"help", 0}, {"json", 0}})) {
-    PrintError(cl.error());
-    return kExitError;
-  }
-  if (cl.Has("help")) {
-    std::fputs(kHelp, stdout);
-    return kExitClean;
-  }
-  if (cl.operands().empty()) {
-    std::fputs(kHelp, stderr);
-    return kExitError;
-  }
+  if (int rc = StartCommand(args, {{"json", 0}}, kHelp, cl); rc >= 0) return rc;
   std::vector<std::string> errors;
   std::vector<std::string> pages = ExpandTopicOperands(cl.operands(), errors);
   std::vector<PageResult> results(pages.size());

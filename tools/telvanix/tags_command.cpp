@@ -78,15 +78,8 @@ PageOutcome HandlePage(const std::string& path, const std::string& oldTag, const
 
 int Run(const std::vector<std::string>& args) {
   CommandLine cl;
-  if (!cl.Parse(args, {{"help", 0}, {"json", 0}, {"rename", 2}, {"remove", 1}})) {
-    PrintError(cl.error());
-    return kExitError;
-  }
-  if (cl.Has("help")) {
-    std::fputs(kHelp, stdout);
-    return kExitClean;
-  }
-  if (cl.operands().empty() || (cl.Has("rename") && cl.Has("remove")) || cl.Values("rename").size() > 2 ||
+  if (int rc = StartCommand(args, {{"json", 0}, {"rename", 2}, {"remove", 1}}, kHelp, cl); rc >= 0) return rc;
+  if ((cl.Has("rename") && cl.Has("remove")) || cl.Values("rename").size() > 2 ||
       cl.Values("remove").size() > 1) {
     std::fputs(kHelp, stderr);
     return kExitError;

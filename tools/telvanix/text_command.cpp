@@ -67,18 +67,7 @@ TextResult Extract(const std::string& path, bool oneLine) {
 
 int Run(const std::vector<std::string>& args) {
   CommandLine cl;
-  if (!cl.Parse(args, {{"help", 0}, {"one-line", 0}})) {
-    PrintError(cl.error());
-    return kExitError;
-  }
-  if (cl.Has("help")) {
-    std::fputs(kHelp, stdout);
-    return kExitClean;
-  }
-  if (cl.operands().empty()) {
-    std::fputs(kHelp, stderr);
-    return kExitError;
-  }
+  if (int rc = StartCommand(args, {{"one-line", 0}}, kHelp, cl); rc >= 0) return rc;
   std::vector<std::string> errors;
   std::vector<std::string> pages = ExpandTopicOperands(cl.operands(), errors);
   std::vector<TextResult> results(pages.size());

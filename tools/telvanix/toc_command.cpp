@@ -40,18 +40,7 @@ struct Problem {
 
 int Run(const std::vector<std::string>& args) {
   CommandLine cl;
-  if (!cl.Parse(args, {{"help", 0}, {"check", 0}, {"json", 0}, {"root", 1}})) {
-    PrintError(cl.error());
-    return kExitError;
-  }
-  if (cl.Has("help")) {
-    std::fputs(kHelp, stdout);
-    return kExitClean;
-  }
-  if (cl.operands().size() != 1) {
-    std::fputs(kHelp, stderr);
-    return kExitError;
-  }
+  if (int rc = StartCommand(args, {{"check", 0}, {"json", 0}, {"root", 1}}, kHelp, cl, 1, 1); rc >= 0) return rc;
   const std::string file = cl.operands()[0];
   CByteString bytes;
   std::string error;
