@@ -5,7 +5,7 @@
 // page. Then it edits each page (title, a topic property, K keywords, topic
 // and element build tags), saves it, reads the saved bytes back and checks
 // that the edits are there. Meant to be built with the sanitizers
-// (tools/topic_corpus_check.sh).
+// (scripts/corpus-topic.sh).
 // Exit status: 0 when every page passes, 1 otherwise.
 #include <algorithm>
 #include <chrono>

@@ -3,7 +3,7 @@
 // the exported factory, take the text and the keywords, close. Checks that
 // no markup, no stylesheet rule and no script line reaches the text, and that
 // blank runs are collapsed. Prints words per page and pages per second
-// (tools/topic_text_corpus_check.sh).
+// (scripts/corpus-topic-text.sh).
 // Exit status: 0 when every page passes, 1 otherwise.
 #include <algorithm>
 #include <cctype>

@@ -3,7 +3,7 @@
 # them under corpus/fp-docs, git-ignored) with AddressSanitizer and
 # UndefinedBehaviorSanitizer: every getter and enumerator, then an edit, save
 # and read-back of each page (bench/topic_corpus_check.cpp).
-#   tools/topic_corpus_check.sh [BUILD_DIR]
+#   scripts/corpus-topic.sh [BUILD_DIR]
 # BUILD_DIR (default ../build-topic-corpus beside the repository) gets a
 # sanitized build of the library and the checker.
 set -euo pipefail

@@ -3,7 +3,7 @@
 # puts them under corpus/fp-docs, git-ignored) as an indexer would, checks that
 # no markup, style rule or script line reaches the text, and prints words per
 # page and pages per second (bench/topic_text_corpus_check.cpp).
-#   tools/topic_text_corpus_check.sh [BUILD_DIR]
+#   scripts/corpus-topic-text.sh [BUILD_DIR]
 # BUILD_DIR (default ../build-topic-text-corpus beside the repository) gets a
 # Release build of the library and the checker; TELVANIX_SANITIZE=ON in the
 # environment builds both with AddressSanitizer and UBSan instead.

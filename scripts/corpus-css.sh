@@ -3,7 +3,7 @@
 # libjs-bootstrap4), unpacks them under corpus/css (git-ignored) and checks
 # that the stylesheet parser's canonical save is stable over every .css in
 # them, at-rules kept byte for byte (bench/css_corpus_check.cpp).
-#   tools/css_corpus_check.sh [BUILD_DIR]
+#   scripts/corpus-css.sh [BUILD_DIR]
 # BUILD_DIR (default ../build-css-corpus beside the repository) gets a
 # Release build of the library and the checker.
 set -euo pipefail
