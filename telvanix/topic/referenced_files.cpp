@@ -27,7 +27,9 @@ QuickMapStringToValueItem CHtmlFileEx::ms_tAnchorHrefTypeTable[12] = {
 
 namespace {
 
-// vendor domains of the three player controls
+// The three player controls, known by their vendor's download domain and the
+// product name in the codebase; an empty domain means the product path alone
+// identifies the control (its codebase moved between hosts over the years).
 struct PlayerCodebase {
   const char* domain;
   const char* product;
@@ -35,7 +37,7 @@ struct PlayerCodebase {
 };
 const PlayerCodebase kPlayerCodebases[] = {
     {"macromedia.com", "flash", "movie"},
-    {"microsoft.com", "mplayer", "filename"},
+    {"", "mplayer", "filename"},
     {"apple.com", "qtactivex", "src"},
 };
 
@@ -295,7 +297,7 @@ CString CHtmlFileEx::GetMediaParameterName(POSITION pos) {
   // The class id is read as well; the codebase alone decides today.
   (void)object->GetAttributeValue("classid");
   for (const PlayerCodebase& player : kPlayerCodebases) {
-    if (codebase.Find(player.domain) >= 0 && codebase.Find(player.product) >= 0)
+    if ((!*player.domain || codebase.Find(player.domain) >= 0) && codebase.Find(player.product) >= 0)
       return CString(player.parameter);
   }
   POSITION walk = pos;

@@ -170,7 +170,7 @@ TEST(TopicMultimedia, PlayerCodebasesChooseTheParameter) {
   }
   {
     TopicPage page(
-        "<html><body><object codebase=\"http://activex.microsoft.com/activex/controls/mplayer/en/nsmp2inf.cab\">"
+        "<html><body><object codebase=\"http://activex.example.net/activex/controls/mplayer/en/nsmp2inf.cab\">"
         "<param name=src value=x.avi><param name=FileName value=y.avi></object></body></html>");
     EXPECT_EQ("y.avi;", Multimedia(page.doc()));
   }

@@ -7,7 +7,7 @@
 
 namespace telvanix::tool {
 
-bool CommandLine::Parse(const std::vector<std::string>& args, const std::vector<OptionSpec>& specs) {
+bool CommandLine::Parse(const std::vector<std::string>& args, const std::vector<OptionRule>& rules) {
   bool onlyOperands = false;
   for (size_t i = 0; i < args.size(); ++i) {
     const std::string& arg = args[i];
@@ -28,15 +28,15 @@ bool CommandLine::Parse(const std::vector<std::string>& args, const std::vector<
       hasInline = true;
     }
     if (name == "h") name = "help";
-    const OptionSpec* spec = nullptr;
-    for (const OptionSpec& s : specs)
-      if (s.name == name) spec = &s;
-    if (!spec) {
+    const OptionRule* rule = nullptr;
+    for (const OptionRule& s : rules)
+      if (s.name == name) rule = &s;
+    if (!rule) {
       m_error = "unknown option '" + arg + "'";
       return false;
     }
     std::vector<std::string>& values = m_options[name];
-    int wanted = spec->values;
+    int wanted = rule->values;
     if (hasInline) {
       if (wanted == 0) {
         m_error = "option '--" + name + "' takes no value";
@@ -47,7 +47,7 @@ bool CommandLine::Parse(const std::vector<std::string>& args, const std::vector<
     }
     for (; wanted > 0; --wanted) {
       if (i + 1 >= args.size()) {
-        m_error = "option '--" + name + "' needs " + std::to_string(spec->values) + " value(s)";
+        m_error = "option '--" + name + "' needs " + std::to_string(rule->values) + " value(s)";
         return false;
       }
       values.push_back(args[++i]);
@@ -62,10 +62,10 @@ const std::vector<std::string>& CommandLine::Values(const std::string& name) con
   return it == m_options.end() ? none : it->second;
 }
 
-int StartCommand(const std::vector<std::string>& args, std::vector<OptionSpec> specs, const char* help,
+int StartCommand(const std::vector<std::string>& args, std::vector<OptionRule> rules, const char* help,
                  CommandLine& cl, size_t minOperands, size_t maxOperands) {
-  specs.push_back({"help", 0});
-  if (!cl.Parse(args, specs)) {
+  rules.push_back({"help", 0});
+  if (!cl.Parse(args, rules)) {
     PrintError(cl.error());
     return kExitError;
   }

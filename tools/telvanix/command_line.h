@@ -9,7 +9,7 @@
 
 namespace telvanix::tool {
 
-struct OptionSpec {
+struct OptionRule {
   std::string name;       // without the leading "--"
   int values = 0;         // how many values follow the option (0, 1 or 2)
 };
@@ -17,7 +17,7 @@ struct OptionSpec {
 class CommandLine {
  public:
   // Returns false and sets error() for an unknown option or a missing value.
-  bool Parse(const std::vector<std::string>& args, const std::vector<OptionSpec>& specs);
+  bool Parse(const std::vector<std::string>& args, const std::vector<OptionRule>& rules);
 
   const std::vector<std::string>& operands() const { return m_operands; }
   bool Has(const std::string& name) const { return m_options.count(name) != 0; }
@@ -31,11 +31,11 @@ class CommandLine {
   std::string m_error;
 };
 
-// The common start of every command: parses `args` against `specs` (plus
+// The common start of every command: parses `args` against `rules` (plus
 // --help), prints the help text for --help and the help or an error for bad
 // use. Returns -1 when the command should go on, else the exit status to
 // return at once. The operand count must lie in [minOperands, maxOperands].
-int StartCommand(const std::vector<std::string>& args, std::vector<OptionSpec> specs, const char* help,
+int StartCommand(const std::vector<std::string>& args, std::vector<OptionRule> rules, const char* help,
                  CommandLine& cl, size_t minOperands = 1, size_t maxOperands = static_cast<size_t>(-1));
 
 }  // namespace telvanix::tool
