@@ -1,5 +1,6 @@
 #include "telvanix/html/entity_tree.h"
 
+#include <algorithm>
 #include <new>
 
 #include "telvanix/html/tag_item.h"
@@ -136,6 +137,14 @@ int CHtmlEntityTree::CheckMatchTags(int nFlags) {
   CHtmlTokenList::CTokenItemList& items = list.GetTokenItemList();
   CHtmlEntityStack stack(0);
   m_nMismatchCount = 0;
+  // What lies before the first HTML start tag or after the last HTML end tag
+  // is discarded by the outline repair, so it must not count as the page's
+  // HEAD, BODY or content: else the repair leans on tokens it then drops, and
+  // the saved page needs repairing again. The records are restarted at the
+  // first HTML start tag and taken as they stood at the last HTML end tag.
+  const bool bHtml = (nFlags & emBuildHtml) != 0;
+  OutlineRecord atHtmlEnd[emOutlineRecordCount];
+  bool bHtmlEndSeen = false;
 
   for (POSITION pos = items.GetHeadPosition(); pos != nullptr;) {
     POSITION posToken = pos;
@@ -148,9 +157,18 @@ int CHtmlEntityTree::CheckMatchTags(int nFlags) {
     CHtmlTagItem* pTag = pToken->GetSafeTagItemPtr();
     if (pTag == nullptr) continue;
 
-    if (nFlags & emBuildHtml)
+    if (bHtml) {
+      const int nId = pTag->GetTagId();
+      if (nId == kHtml && m_OutlineRecords[emOutlineHtml].m_posFirst == nullptr) {
+        for (int i = emOutlineHead; i < emOutlineRecordCount; ++i) m_OutlineRecords[i] = OutlineRecord{nullptr, nullptr, 0, 0};
+        bHtmlEndSeen = false;
+      }
       CollectHtmlMatchInfo(pTag, posToken);
-    else if (nFlags & emBuildXml)
+      if (nId == (kHtml | kEndBit)) {
+        std::copy(m_OutlineRecords, m_OutlineRecords + emOutlineRecordCount, atHtmlEnd);
+        bHtmlEndSeen = true;
+      }
+    } else if (nFlags & emBuildXml)
       CollectXmlMatchInfo(pTag, posToken);
 
     if (!pTag->IsEndTag()) {
@@ -203,6 +221,8 @@ int CHtmlEntityTree::CheckMatchTags(int nFlags) {
       pTag->SetTokenFlag(kStrayEnd);
     }
   }
+
+  if (bHtmlEndSeen) std::copy(atHtmlEnd + emOutlineHead, atHtmlEnd + emOutlineRecordCount, m_OutlineRecords + emOutlineHead);
 
   while (stack.GetStackLevel() > 0) {
     CHtmlTagItem* pOpen = stack.GetTop()->m_pTag;
