@@ -19,8 +19,8 @@ const char kHelp[] =
     "the kind of each tag. A file is rewritten (atomically) only when its bytes\n"
     "change.\n"
     "\n"
-    "  --layout    also put comments and OBJECT/PARAM tags on lines of their own,\n"
-    "              indented under their object\n"
+    "  --layout    also start comments and OBJECT end tags on lines of their own\n"
+    "              (an OBJECT's PARAM tags stay on the OBJECT's line)\n"
     "  --dry-run   report what would change, write nothing\n"
     "\n"
     "Exit status: 0 done, 2 usage or I/O error.\n";

@@ -2,6 +2,9 @@
 // properties (author, status, priority, ...) and topic build tags.
 #include <nlohmann/json.hpp>
 
+#include <strings.h>
+
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 
@@ -39,15 +42,17 @@ struct Property {
   int (CHtmlFileEx::*setText)(const char*);
   int (CHtmlFileEx::*getNumber)(int&);
   int (CHtmlFileEx::*setNumber)(int);
+  const char* meta = nullptr;  // META name, for removing what the library can only set
 };
 
 const Property kProperties[] = {
     {"author", PropType::kText, &CHtmlFileEx::GetTopicAuthor, &CHtmlFileEx::SetTopicAuthor, nullptr, nullptr},
     {"status", PropType::kText, &CHtmlFileEx::GetTopicStatus, &CHtmlFileEx::SetTopicStatus, nullptr, nullptr},
-    {"priority", PropType::kNumber, nullptr, nullptr, &CHtmlFileEx::GetTopicPriority, &CHtmlFileEx::SetTopicPriority},
+    {"priority", PropType::kNumber, nullptr, nullptr, &CHtmlFileEx::GetTopicPriority, &CHtmlFileEx::SetTopicPriority,
+     "topic-priority"},
     {"time-estimate", PropType::kNumber, nullptr, nullptr, &CHtmlFileEx::GetTopicTimeEstimate,
-     &CHtmlFileEx::SetTopicTimeEstimate},
-    {"check-list", PropType::kList, nullptr, nullptr, nullptr, nullptr},
+     &CHtmlFileEx::SetTopicTimeEstimate, "topic-time-estimate"},
+    {"check-list", PropType::kList, nullptr, nullptr, nullptr, nullptr, "topic-check-list"},
     {"comment", PropType::kText, &CHtmlFileEx::GetTopicComment, &CHtmlFileEx::SetTopicComment, nullptr, nullptr},
     {"id", PropType::kText, &CHtmlFileEx::GetTopicId, &CHtmlFileEx::SetTopicId, nullptr, nullptr},
     {"signature", PropType::kText, &CHtmlFileEx::GetTopicSourceDigitalSignature,
@@ -89,7 +94,31 @@ bool ReadProperty(CHtmlFileEx& doc, const Property& p, std::string& value) {
   return false;
 }
 
+// Discards the page's META tags of that name: numbers and the check list
+// have setters but no way to be taken out.
+bool RemoveMeta(CHtmlFileEx& doc, const char* name) {
+  CHtmlTokenList* list = doc.GetTokenList();
+  for (POSITION pos = list->GetHeadPosition(); pos;) {
+    CHtmlTokenItem* token = list->GetNext(pos);
+    CHtmlTagItem* tag = token ? token->GetSafeTagItemPtr() : nullptr;
+    if (!tag || tag->IsDiscardedToken() || tag->IsEndTag() || strcasecmp(tag->GetTagName(), "meta") != 0) continue;
+    const char* metaName = tag->GetAttributeValue("name");
+    if (metaName && strcasecmp(metaName, name) == 0) tag->DiscardToken();
+  }
+  return true;
+}
+
+// A whole number that fits an int, with an optional leading "-".
+bool IsWholeNumber(const std::string& value) {
+  size_t digits = value.size() - (!value.empty() && value[0] == '-');
+  if (digits == 0 || digits > 10 || value.find_first_not_of("0123456789", value.size() - digits) != std::string::npos)
+    return false;
+  long long n = std::stoll(value);
+  return n >= INT_MIN && n <= INT_MAX;
+}
+
 bool WriteProperty(CHtmlFileEx& doc, const Property& p, const std::string& value) {
+  if (value.empty() && p.meta) return RemoveMeta(doc, p.meta);
   switch (p.type) {
     case PropType::kText:
     case PropType::kBuildTags:
@@ -153,8 +182,7 @@ int Run(const std::vector<std::string>& args) {
       return kExitError;
     }
     std::string value = s.substr(eq + 1);
-    if (p->type == PropType::kNumber && !value.empty() &&
-        value.find_first_not_of("-0123456789") != std::string::npos) {
+    if (p->type == PropType::kNumber && !value.empty() && !IsWholeNumber(value)) {
       PrintError("--set " + std::string(p->name) + " wants a whole number, not '" + value + "'");
       return kExitError;
     }

@@ -48,6 +48,47 @@ PageTags ReadTags(CHtmlFileEx& doc) {
   return t;
 }
 
+// `text` with every `oldTag` renamed (removed when newTag is null) into
+// `joined`; false when the text does not carry the tag.
+bool EditTagList(CHtmlFileEx& doc, const CString& text, const std::string& oldTag, const std::string* newTag,
+                 CString& joined) {
+  CStringList items, kept;
+  doc.ParseBuildTags(text, items);
+  bool found = false;
+  for (POSITION p = items.GetHeadPosition(); p;) {
+    CString t = items.GetNext(p);
+    if (t.str() != oldTag) {
+      kept.AddTail(t);
+    } else {
+      found = true;
+      if (newTag) kept.AddTail(CString(newTag->c_str()));
+    }
+  }
+  if (found) doc.MakeBuildTags(&kept, joined);
+  return found;
+}
+
+// Changes the tag in the topic's list and in exactly the elements that carry
+// it. (The library's ReplaceBuildTag rewrites every style holding build tags,
+// which would reformat styles that never mentioned the tag.)
+bool ChangeTag(CHtmlFileEx& doc, const std::string& oldTag, const std::string* newTag) {
+  CString text, joined;
+  if (doc.GetTopicBuildTags(text) && EditTagList(doc, text, oldTag, newTag, joined) &&
+      !doc.SetTopicBuildTags(joined))
+    return false;
+  std::vector<POSITION> elements;
+  unsigned int index = 0;
+  POSITION pos = nullptr;
+  for (CString s = doc.GetFirstInlineBuildTags(index, &pos); !s.IsEmpty(); s = doc.GetNextInlineBuildTags(index, &pos))
+    if (EditTagList(doc, s, oldTag, newTag, joined)) elements.push_back(pos);
+  for (POSITION p : elements) {
+    CHtmlTagItem* tag = doc.GetTokenList()->GetTagItem(p);
+    if (!tag || !doc.GetInlineBuildTags(tag, text) || !EditTagList(doc, text, oldTag, newTag, joined)) return false;
+    if (!doc.SetInlineBuildTags(tag, joined.IsEmpty() ? nullptr : static_cast<const char*>(joined))) return false;
+  }
+  return true;
+}
+
 struct PageOutcome {
   PageTags tags;
   int written = 0;
@@ -64,10 +105,8 @@ PageOutcome HandlePage(const std::string& path, const std::string& oldTag, const
   o.tags = ReadTags(*topic.doc);
   if (oldTag.empty()) return o;
   auto uses = [&](const std::vector<std::string>& v) { return std::find(v.begin(), v.end(), oldTag) != v.end(); };
-  // Renaming rewrites every style that carries build tags, so pages that do
-  // not use the tag are left alone.
   if (!uses(o.tags.topic) && !uses(o.tags.elements)) return o;
-  if (!topic.doc->ReplaceBuildTag(oldTag.c_str(), newTag ? newTag->c_str() : nullptr)) {
+  if (!ChangeTag(*topic.doc, oldTag, newTag)) {
     o.written = -1;
     o.error = path + ": the build tag could not be changed";
     return o;
