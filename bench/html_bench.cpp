@@ -1,25 +1,32 @@
-// Reading speed of pages at level 2 (tokens, attributes, decoded text)
-// against libxml2's HTML reader (htmlReadMemory, recovering, silent, no
-// network) and gumbo over the same bytes, reported as bytes/s and as ratios
-// to libxml2. Also the heap a parsed page holds, as a multiple of its size.
-// Pages: every ".htm"/".html" file under TELVANIX_HTML_CORPUS, else under
-// the repository's corpus/ folder (scripts/fetch-corpus.sh), else samples/.
+// Page reading and writing speed over a corpus held in memory, side by side
+// with libxml2's HTML reader and gumbo over the same bytes:
+//   level 2         a new pack per page, Parse(2): tokens, attributes, text
+//   level 4         a new pack per page, Parse(4): the same plus tag matching,
+//                   outline repair and the element tree
+//   level 2 + save  Parse(2), then Save into a new buffer with flag 2
+//   libxml2 read    htmlReadMemory (recover, no errors, no warnings, no
+//                   network), xmlFreeDoc
+//   libxml2 read + dump   the same plus htmlDocDumpMemory into a new buffer
+//   gumbo           gumbo_parse_with_options, gumbo_destroy_output
+// After the runs a summary gives each one's MB/s from its fastest corpus
+// pass in thread CPU time (the machine may be shared) and its ratio to
+// libxml2: reading to libxml2 read, reading and writing to libxml2 read +
+// dump. Pages: see page_corpus.h (the fp-docs corpus when fetched).
 #include <benchmark/benchmark.h>
+#include <time.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <cstdio>
+#include <map>
 #include <string>
 #include <vector>
 
+#include "page_corpus.h"
 #include "telvanix/html/html_pack.h"
-#include "telvanix/html/token_list.h"
 
 #ifdef TELVANIX_BENCH_LIBXML2
 #include <libxml/HTMLparser.h>
+#include <libxml/HTMLtree.h>
 #endif
 #ifdef TELVANIX_BENCH_GUMBO
 #include <gumbo.h>
@@ -28,192 +35,177 @@
 namespace telvanix {
 namespace {
 
-struct Corpus {
-  std::vector<std::string> pages;
-  int64_t bytes = 0;
-};
+using bench::GetPageCorpus;
+using bench::PageCorpus;
 
-const Corpus& GetCorpus() {
-  static const Corpus corpus = [] {
-    namespace fs = std::filesystem;
-    fs::path here = fs::path(__FILE__).parent_path() / "..";
-    fs::path root;
-    if (const char* dir = std::getenv("TELVANIX_HTML_CORPUS"))
-      root = dir;
-    else if (fs::exists(here / "corpus" / "fp-docs"))
-      root = here / "corpus" / "fp-docs";
-    else
-      root = here / "samples";
-    std::vector<std::string> files;
-    std::error_code ec;
-    for (fs::recursive_directory_iterator it(root, ec), end; !ec && it != end; it.increment(ec)) {
-      const std::string ext = it->path().extension().string();
-      if (it->is_regular_file() && (ext == ".htm" || ext == ".html"))
-        files.push_back(it->path().string());
-    }
-    std::sort(files.begin(), files.end());
-    Corpus c;
-    for (const std::string& path : files) {
-      std::ifstream in(path, std::ios::binary);
-      std::ostringstream text;
-      text << in.rdbuf();
-      if (text.str().empty())
-        continue;
-      c.pages.push_back(text.str());
-      c.bytes += static_cast<int64_t>(c.pages.back().size());
-    }
-    return c;
-  }();
-  return corpus;
+double ThreadSeconds() {
+  timespec t;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+  return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
 }
 
-const unsigned char* U(const std::string& s) { return reinterpret_cast<const unsigned char*>(s.data()); }
-
-// One list for the whole corpus: its arena is reset and reused per page.
-void TelvanixPass(const Corpus& corpus, CHtmlTokenList& list) {
-  for (const std::string& page : corpus.pages) {
-    list.BuildTokenList(U(page), U(page) + page.size(), 0x103);
-    benchmark::DoNotOptimize(list.GetCount());
-  }
-}
-
-#ifdef TELVANIX_BENCH_LIBXML2
-constexpr int kXmlOptions = HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET;
-void Libxml2Pass(const Corpus& corpus) {
-  for (const std::string& page : corpus.pages) {
-    htmlDocPtr doc = htmlReadMemory(page.data(), static_cast<int>(page.size()), nullptr, nullptr, kXmlOptions);
-    benchmark::DoNotOptimize(doc);
-    xmlFreeDoc(doc);
-  }
-}
-#endif
-
-#ifdef TELVANIX_BENCH_GUMBO
-void GumboPass(const Corpus& corpus) {
-  for (const std::string& page : corpus.pages) {
-    GumboOutput* out = gumbo_parse_with_options(&kGumboDefaultOptions, page.data(), page.size());
-    benchmark::DoNotOptimize(out);
-    gumbo_destroy_output(&kGumboDefaultOptions, out);
-  }
-}
-#endif
-
-// Seconds of the fastest of a few whole-corpus passes.
-template <class F>
-double BestOf(int runs, F pass) {
-  double best = 1e30;
-  for (int i = 0; i < runs; ++i) {
-    auto start = std::chrono::steady_clock::now();
-    pass();
-    best = std::min(best, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-  }
+// Fastest whole-corpus pass of each run, by name, for the summary.
+std::map<std::string, double>& BestPass() {
+  static std::map<std::string, double> best;
   return best;
 }
 
-double Libxml2Seconds() {
-#ifdef TELVANIX_BENCH_LIBXML2
-  static const double seconds = BestOf(3, [] { Libxml2Pass(GetCorpus()); });
-  return seconds;
-#else
-  return 0;
-#endif
-}
-
-void ReportRatio(benchmark::State& state, double seconds) {
-  const Corpus& corpus = GetCorpus();
-  state.SetBytesProcessed(state.iterations() * corpus.bytes);
-  double xml = Libxml2Seconds();
-  if (xml > 0 && seconds > 0)
-    state.counters["x_libxml2"] = xml / seconds;
-}
-
-void BM_TelvanixLevel2ReusedList(benchmark::State& state) {
-  const Corpus& corpus = GetCorpus();
-  Libxml2Seconds();
-  CHtmlTokenList list;
-  double total = 0;
+// Runs pass once per iteration and keeps its fastest time.
+template <class F>
+void RunPasses(benchmark::State& state, const char* name, F pass) {
+  const PageCorpus& corpus = GetPageCorpus();
+  double& best = BestPass().try_emplace(name, 1e30).first->second;
   for (auto _ : state) {
-    auto start = std::chrono::steady_clock::now();
-    TelvanixPass(corpus, list);
-    total += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const double start = ThreadSeconds();
+    pass(corpus);
+    best = std::min(best, ThreadSeconds() - start);
   }
-  ReportRatio(state, total / static_cast<double>(state.iterations()));
+  state.SetBytesProcessed(state.iterations() * corpus.bytes);
+  state.counters["pages"] = static_cast<double>(corpus.pages.size());
 }
 
-// As a host does it: a new document per page, parsed at level 2.
-void BM_TelvanixLevel2PackPerPage(benchmark::State& state) {
-  const Corpus& corpus = GetCorpus();
-  Libxml2Seconds();
-  std::vector<CByteString> buffers;
-  for (const std::string& page : corpus.pages)
-    buffers.emplace_back(U(page), static_cast<int>(page.size()));
-  double total = 0;
-  for (auto _ : state) {
-    auto start = std::chrono::steady_clock::now();
+// The pages as host buffers, made once outside the timed passes.
+std::vector<CByteString>& Buffers() {
+  static std::vector<CByteString> buffers = [] {
+    std::vector<CByteString> v;
+    for (const std::string& page : GetPageCorpus().pages)
+      v.emplace_back(reinterpret_cast<const unsigned char*>(page.data()), static_cast<int>(page.size()));
+    return v;
+  }();
+  return buffers;
+}
+
+constexpr const char* kLevel2 = "telvanix level 2";
+constexpr const char* kLevel4 = "telvanix level 4";
+constexpr const char* kLevel2Save = "telvanix level 2 + save";
+constexpr const char* kXmlRead = "libxml2 read";
+constexpr const char* kXmlReadDump = "libxml2 read + dump";
+constexpr const char* kGumbo = "gumbo";
+
+void BM_TelvanixLevel2(benchmark::State& state) {
+  std::vector<CByteString>& buffers = Buffers();
+  RunPasses(state, kLevel2, [&](const PageCorpus&) {
     for (CByteString& source : buffers) {
       CHtmlPack pack(source, nullptr);
       benchmark::DoNotOptimize(pack.Parse(CHtmlPack::emParseAttributes));
     }
-    total += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  }
-  ReportRatio(state, total / static_cast<double>(state.iterations()));
+  });
 }
+BENCHMARK(BM_TelvanixLevel2)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+void BM_TelvanixLevel4(benchmark::State& state) {
+  std::vector<CByteString>& buffers = Buffers();
+  RunPasses(state, kLevel4, [&](const PageCorpus&) {
+    for (CByteString& source : buffers) {
+      CHtmlPack pack(source, nullptr);
+      benchmark::DoNotOptimize(pack.Parse(CHtmlPack::emParseHtmlTree));
+    }
+  });
+}
+BENCHMARK(BM_TelvanixLevel4)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+void BM_TelvanixLevel2Save(benchmark::State& state) {
+  std::vector<CByteString>& buffers = Buffers();
+  RunPasses(state, kLevel2Save, [&](const PageCorpus&) {
+    for (CByteString& source : buffers) {
+      CHtmlPack pack(source, nullptr);
+      pack.Parse(CHtmlPack::emParseAttributes);
+      CByteString out;
+      pack.Save(&out, CHtmlPack::emSave);
+      benchmark::DoNotOptimize(out.GetContent());
+    }
+  });
+}
+BENCHMARK(BM_TelvanixLevel2Save)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 #ifdef TELVANIX_BENCH_LIBXML2
-void BM_Libxml2HtmlReadMemory(benchmark::State& state) {
-  const Corpus& corpus = GetCorpus();
-  for (auto _ : state)
-    Libxml2Pass(corpus);
-  state.SetBytesProcessed(state.iterations() * corpus.bytes);
+constexpr int kXmlOptions = HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET;
+
+void BM_Libxml2Read(benchmark::State& state) {
+  xmlInitParser();
+  RunPasses(state, kXmlRead, [](const PageCorpus& corpus) {
+    for (const std::string& page : corpus.pages) {
+      htmlDocPtr doc = htmlReadMemory(page.data(), static_cast<int>(page.size()), nullptr, nullptr, kXmlOptions);
+      benchmark::DoNotOptimize(doc);
+      xmlFreeDoc(doc);
+    }
+  });
 }
-BENCHMARK(BM_Libxml2HtmlReadMemory)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Libxml2Read)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+void BM_Libxml2ReadDump(benchmark::State& state) {
+  xmlInitParser();
+  RunPasses(state, kXmlReadDump, [](const PageCorpus& corpus) {
+    for (const std::string& page : corpus.pages) {
+      htmlDocPtr doc = htmlReadMemory(page.data(), static_cast<int>(page.size()), nullptr, nullptr, kXmlOptions);
+      xmlChar* out = nullptr;
+      int size = 0;
+      if (doc != nullptr)
+        htmlDocDumpMemory(doc, &out, &size);
+      benchmark::DoNotOptimize(out);
+      xmlFree(out);
+      xmlFreeDoc(doc);
+    }
+  });
+}
+BENCHMARK(BM_Libxml2ReadDump)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 #endif
 
 #ifdef TELVANIX_BENCH_GUMBO
 void BM_Gumbo(benchmark::State& state) {
-  const Corpus& corpus = GetCorpus();
-  Libxml2Seconds();
-  double total = 0;
-  for (auto _ : state) {
-    auto start = std::chrono::steady_clock::now();
-    GumboPass(corpus);
-    total += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  }
-  ReportRatio(state, total / static_cast<double>(state.iterations()));
+  RunPasses(state, kGumbo, [](const PageCorpus& corpus) {
+    for (const std::string& page : corpus.pages) {
+      GumboOutput* out = gumbo_parse_with_options(&kGumboDefaultOptions, page.data(), page.size());
+      benchmark::DoNotOptimize(out);
+      gumbo_destroy_output(&kGumboDefaultOptions, out);
+    }
+  });
 }
-BENCHMARK(BM_Gumbo)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Gumbo)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 #endif
 
-// What a parsed page holds (tokens, attributes, texts, list nodes, the
-// page copy) as a multiple of its size: the largest ratio over the pages of
-// at least 16 KiB, and the ratio for all pages together.
-void BM_HeapPerPageSize(benchmark::State& state) {
-  const Corpus& corpus = GetCorpus();
-  double worst = 0, held = 0, bytes = 0, tokens = 0;
-  for (auto _ : state) {
-    worst = held = bytes = tokens = 0;
-    CHtmlTokenList list;
-    for (const std::string& page : corpus.pages) {
-      list.BuildTokenList(U(page), U(page) + page.size(), 0x103);
-      // List nodes come in blocks of ten: three pointers each, plus the link.
-      double use = static_cast<double>(list.GetCount()) * 3 * sizeof(void*) +
-                   static_cast<double>((list.GetCount() + 9) / 10) * sizeof(void*) +
-                   static_cast<double>(list.GetArenaUsedBytes());
-      held += use;
-      bytes += static_cast<double>(page.size());
-      tokens += list.GetCount();
-      if (page.size() >= 16384)
-        worst = std::max(worst, use / static_cast<double>(page.size()));
-    }
+void PrintSummary() {
+  const PageCorpus& corpus = GetPageCorpus();
+  const std::map<std::string, double>& best = BestPass();
+  if (best.empty())
+    return;
+  auto seconds = [&](const char* name) {
+    auto it = best.find(name);
+    return it == best.end() ? 0.0 : it->second;
+  };
+  const double mb = static_cast<double>(corpus.bytes) / 1e6;
+  std::fprintf(stderr, "\n%zu pages, %.1f MB under %s; fastest pass of each run, thread CPU time\n",
+               corpus.pages.size(), mb, corpus.root.c_str());
+  std::fprintf(stderr, "%-26s %10s %9s  %-20s %s\n", "run", "MB/s", "x libxml2", "against", "goal");
+  struct Row {
+    const char* name;
+    const char* base;
+    double goal;
+  };
+  const Row rows[] = {{kLevel2, kXmlRead, 8},      {kLevel4, kXmlRead, 5},        {kLevel2Save, kXmlReadDump, 8},
+                      {kXmlRead, kXmlRead, 0},     {kXmlReadDump, kXmlReadDump, 0}, {kGumbo, kXmlRead, 0}};
+  for (const Row& row : rows) {
+    const double s = seconds(row.name), base = seconds(row.base);
+    if (s <= 0)
+      continue;
+    char ratio[32] = "-", goal[48] = "";
+    if (base > 0)
+      std::snprintf(ratio, sizeof ratio, "%.2f", base / s);
+    if (row.goal > 0 && base > 0)
+      std::snprintf(goal, sizeof goal, ">= %.0fx: %s", row.goal, base / s >= row.goal ? "met" : "NOT met");
+    std::fprintf(stderr, "%-26s %10.1f %9s  %-20s %s\n", row.name, mb / s, ratio, row.base, goal);
   }
-  state.counters["worst_x_size"] = worst;
-  state.counters["all_x_size"] = bytes > 0 ? held / bytes : 0;
-  state.counters["bytes_per_token"] = tokens > 0 ? bytes / tokens : 0;
 }
-BENCHMARK(BM_HeapPerPageSize)->Unit(benchmark::kMillisecond)->Iterations(1);
-
-BENCHMARK(BM_TelvanixLevel2ReusedList)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_TelvanixLevel2PackPerPage)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace telvanix
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv))
+    return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  telvanix::PrintSummary();
+  benchmark::Shutdown();
+  return 0;
+}
