@@ -103,14 +103,11 @@ TEST(HtmlPack, ParseLevelsAccumulateFlags) {
   EXPECT_EQ(head, pack.GetTokenList()->GetHead());
 }
 
-TEST(HtmlPack, HtmlTreeRepairsTheOutline) {
+TEST(HtmlPack, RepairedOutlineCountsAsAChange) {
+  // The saved text of the repair is pinned by tree/p_p_outline.
   CByteString bytes = Buffer("<P>a<P>bc");
   CHtmlPack pack(bytes, nullptr);
   EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseHtmlTree));
-  ASSERT_NE(nullptr, pack.GetEntityTree());
-  // The inserted outline tags are not original, so they get their line
-  // breaks even under flag 2; the original run in between prints as read.
-  EXPECT_EQ("<HTML>\r\n<BODY>\r\n <P>a<P>bc\r\n</BODY>\r\n</HTML>", SaveToString(pack, CHtmlPack::emSave));
   EXPECT_EQ(1, pack.IsTokenListModified());
   EXPECT_EQ(1, pack.RebuildEntityTree());
 }

@@ -44,12 +44,6 @@ TEST(TokenItem, OriginalDataAndIndentAfter) {
 
 TEST(TokenItem, FlagWordAndManualIndents) {
   CHtmlTagItem tag;
-  EXPECT_EQ(0u, tag.GetTokenFlag());
-  EXPECT_TRUE(tag.IsTagToken());
-  EXPECT_FALSE(tag.IsTextToken());
-  EXPECT_EQ(&tag, tag.GetSafeTagItemPtr());
-  EXPECT_EQ(nullptr, tag.GetSafeTextItemPtr());
-
   tag.SetTokenFlag(CHtmlTokenItem::emTokenModified);
   tag.SetTokenFlag(CHtmlTokenItem::emTokenPaired);
   EXPECT_TRUE(tag.IsModifiedToken());
