@@ -45,16 +45,6 @@ TEST(StringCapacity, RoundsTwoPastTheCountUpToThirtyTwo) {
   EXPECT_EQ(b.GetLength(), 0);
 }
 
-TEST(ByteString, StartsWithNothing) {
-  CByteString s;
-  EXPECT_EQ(s.GetContent(), nullptr);
-  EXPECT_EQ(s.GetCapacity(), 0);
-  EXPECT_EQ(s.GetLength(), 0);
-  EXPECT_FALSE(s.IsGrowByDoubleSize());
-  EXPECT_TRUE(s.IsEmpty());
-  EXPECT_TRUE(s.GetString().IsEmpty());
-}
-
 TEST(ByteString, AssignOfZeroUnitsKeepsThePreviousContent) {
   CByteString s;
   s = "keep";
@@ -228,6 +218,7 @@ TEST(ByteString, CompareTreatsEmptyAsLessThanEverything) {
   CByteString t;
   t = "\x80";
   EXPECT_EQ(s.Compare(t), 0);
+  EXPECT_TRUE(empty.GetString().IsEmpty());  // no block: an empty text, not a crash
 }
 
 TEST(ByteString, CompareNoCaseFoldsLetters) {
@@ -382,15 +373,7 @@ TEST(WordString, AppendHasNoEarlyReturn) {
   EXPECT_EQ(w.GetContent()[5], 0x263A);
 }
 
-TEST(WordString, GrowthMatchesTheByteRules) {
-  std::vector<unsigned short> units(30, 'w');
-  CWordString w(units.data(), 29);
-  ASSERT_EQ(w.GetCapacity(), 32);
-  w += static_cast<unsigned short>('y');
-  EXPECT_EQ(w.GetCapacity(), 32);
-  w += static_cast<unsigned short>('z');
-  EXPECT_EQ(w.GetCapacity(), 64);
-
+TEST(WordString, GrowsByUnitsNotBytes) {
   std::vector<unsigned short> many(62, 'm');
   CWordString rec(many.data(), 62), dbl(many.data(), 62);
   dbl.SetGrowByDoubleSize();
@@ -400,21 +383,9 @@ TEST(WordString, GrowthMatchesTheByteRules) {
   EXPECT_EQ(dbl.GetCapacity(), 128);
   EXPECT_EQ(dbl.GetContent()[62], 'x');
   EXPECT_EQ(dbl.GetContent()[63], 0);
-}
 
-TEST(WordString, CopiesDoNotShare) {
-  const unsigned short units[] = {1, 2, 3, 0};
-  CWordString a(units, -1);
-  CWordString b(a);
-  EXPECT_NE(a.GetContent(), b.GetContent());
-  b = a;
-  EXPECT_EQ(b.GetLength(), 3);
-  b = static_cast<unsigned short>(9);
-  EXPECT_EQ(b.GetLength(), 1);
-  EXPECT_EQ(a.GetContent()[0], 1);
   EXPECT_EQ(CWordString::GetWordStringLen(nullptr), 0);
-  EXPECT_EQ(CWordString::GetWordStringLen(units), 3);
-  a.ClearContent();
-  EXPECT_EQ(a.GetLength(), 0);
-  EXPECT_EQ(a.GetCapacity(), 32);
+  rec.ClearContent();
+  EXPECT_EQ(rec.GetLength(), 0);
+  EXPECT_EQ(rec.GetCapacity(), 96);
 }

@@ -1,15 +1,13 @@
 #include "telvanix/foundation/path_utils.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "telvanix/platform/code_page.h"
+#include "test_util.h"
 
 using namespace telvanix;
 
@@ -191,31 +189,19 @@ TEST(GetRelativePathNameByFilePathNames, Cases) {
 class FileSystemTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    char pattern[] = "/tmp/tvx_paths_XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    m_root = pattern;
-    Write("a.htm", "hello");
-    Write("b.HTM", "");
-    Write("c.txt", "x");
-    Write("noext", "x");
-    mkdir((m_root + "/Sub").c_str(), 0755);
-    Write("Sub/d.htm", "12");
-    mkdir((m_root + "/.hidden").c_str(), 0755);
-    Write(".hidden/e.htm", "1");
-  }
-  void TearDown() override {
-    const std::string cmd = "rm -rf '" + m_root + "'";
-    ASSERT_EQ(std::system(cmd.c_str()), 0);
-  }
-  void Write(const std::string& rel, const std::string& body) {
-    std::ofstream(m_root + "/" + rel, std::ios::binary) << body;
+    for (const char* name : {"a.htm", "b.HTM", "c.txt", "noext", "Sub/d.htm", ".hidden/e.htm"})
+      m_dir.Write(name, "x");
+    m_dir.Write("a.htm", "hello");
+    m_dir.Write("b.HTM", "");
+    m_dir.Write("Sub/d.htm", "12");
   }
   static std::vector<std::string> Names(const CStringList& list) {
     std::vector<std::string> out;
     for (POSITION pos = list.GetHeadPosition(); pos;) out.push_back(list.GetNext(pos).str());
     return out;
   }
-  std::string m_root;
+  test::TempDir m_dir;
+  const std::string m_root = m_dir.path();
 };
 
 TEST_F(FileSystemTest, ExistenceAndLength) {
