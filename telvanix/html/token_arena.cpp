@@ -7,10 +7,11 @@
 namespace telvanix {
 
 namespace {
-constexpr std::size_t kMinBlock = 64 * 1024;
+constexpr std::size_t kMinBlock = 16 * 1024;
 constexpr std::size_t kHeader = 16;  // keeps block data 16-aligned
-// What a thread keeps of the blocks of arenas that went away.
-constexpr std::size_t kSpareLimit = 32u << 20;
+// What a thread keeps of the blocks of arenas that went away: enough for
+// the next few pages of usual size, not the whole of a huge one.
+constexpr std::size_t kSpareLimit = 8u << 20;
 
 struct SpareBlocks {
   void* blocks[4] = {};
@@ -55,6 +56,24 @@ bool KeepSpare(void* block, std::size_t size) {
     if (t_spare.sizes[slot] >= size)
       return false;
     std::free(t_spare.blocks[slot]);
+    t_spare.blocks[slot] = nullptr;
+  }
+  // The kept blocks together stay within the limit too: the smallest go
+  // first to make room.
+  for (;;) {
+    std::size_t kept = size;
+    int smallest = -1;
+    for (int i = 0; i < 4; ++i) {
+      if (!t_spare.blocks[i])
+        continue;
+      kept += t_spare.sizes[i];
+      if (smallest < 0 || t_spare.sizes[i] < t_spare.sizes[smallest])
+        smallest = i;
+    }
+    if (kept <= kSpareLimit || smallest < 0)
+      break;
+    std::free(t_spare.blocks[smallest]);
+    t_spare.blocks[smallest] = nullptr;
   }
   t_spare.blocks[slot] = block;
   t_spare.sizes[slot] = size;
@@ -85,9 +104,10 @@ std::size_t CHtmlTokenArena::GetUsedBytes() const {
 }
 
 void CHtmlTokenArena::NewBlock(std::size_t minSize) {
-  // Grow with what is already held, so a large page needs few blocks and
-  // the slack stays below half of what is in use.
-  std::size_t size = m_nReserved / 2;
+  // Grow by an eighth of what is already held: a large page still needs few
+  // blocks (each is one allocation), and the unused end of the last one
+  // stays small beside what is in use.
+  std::size_t size = m_nReserved / 8;
   if (size < kMinBlock)
     size = kMinBlock;
   if (size < minSize)

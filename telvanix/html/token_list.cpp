@@ -118,8 +118,13 @@ int CHtmlTokenList::BuildTokenList(const unsigned char* first, const unsigned ch
   if (!first || !end || end <= first)
     return 1;
   std::size_t size = static_cast<std::size_t>(end - first);
-  // The tokens keep their bytes in one copy of the page.
-  m_Arena.Reserve(size + 1 + 64 * 1024);
+  // The tokens keep their bytes in one copy of the page; the tokens, their
+  // attributes and texts take four to seven times the page again (tags and
+  // texts of a dozen bytes each, about 70 bytes a token). Room for less than
+  // that comes with the copy, and the arena grows by small steps from
+  // there, so that little is reserved and left unused.
+  const std::size_t perByte = (nFlags & CHtmlTokenItem::emAnalyseFull) ? 3 : 2;
+  m_Arena.Reserve(size + 1 + (size < 4096 ? 4096 : size) * perByte);
   unsigned char* copy = static_cast<unsigned char*>(m_Arena.Allocate(size + 1));
   std::memcpy(copy, first, size);
   copy[size] = 0;
