@@ -39,16 +39,16 @@ const char kHelp[] =
 nlohmann::json ToJson(const ProjectReport& r) {
   nlohmann::json findings = nlohmann::json::array();
   for (const Finding& f : r.findings) {
-    nlohmann::json j = {{"kind", FindingKindName(f.kind)}, {"file", ToUtf8(f.file.c_str())}};
+    nlohmann::json j = {{"kind", FindingKindName(f.kind)}, {"file", FileNameToUtf8(f.file)}};
     if (!f.reference.empty()) j["reference"] = ToUtf8(f.reference.c_str());
     if (!f.what.empty()) j["detail"] = ToUtf8(f.what.c_str());
-    if (!f.resolved.empty()) j["resolves_to"] = ToUtf8(f.resolved.c_str());
+    if (!f.resolved.empty()) j["resolves_to"] = FileNameToUtf8(f.resolved);
     findings.push_back(j);
   }
   nlohmann::json topicTags = nlohmann::json::object(), elementTags = nlohmann::json::object();
   for (const auto& [tag, n] : r.topicBuildTags) topicTags[ToUtf8(tag.c_str())] = n;
   for (const auto& [tag, n] : r.elementBuildTags) elementTags[ToUtf8(tag.c_str())] = n;
-  return {{"root", ToUtf8(r.root.c_str())},
+  return {{"root", FileNameToUtf8(r.root)},
           {"counts",
            {{"topics", r.topics}, {"stylesheets", r.stylesheets}, {"sitemaps", r.sitemaps},
             {"images", r.images}, {"references", r.references}}},

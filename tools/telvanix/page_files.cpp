@@ -108,6 +108,34 @@ std::string ToUtf8(const char* text) {
   return out;
 }
 
+namespace {
+
+bool IsValidUtf8(const std::string& s) {
+  const auto* p = reinterpret_cast<const unsigned char*>(s.data());
+  const auto* end = p + s.size();
+  while (p < end) {
+    unsigned char c = *p++;
+    int more = -1;
+    if (c < 0x80)
+      more = 0;
+    else if (c >= 0xC2 && c <= 0xDF)
+      more = 1;
+    else if ((c & 0xF0) == 0xE0)
+      more = 2;
+    else if (c >= 0xF0 && c <= 0xF4)
+      more = 3;
+    if (more < 0 || end - p < more) return false;
+    for (int i = 0; i < more; ++i)
+      if ((p[i] & 0xC0) != 0x80) return false;
+    p += more;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string FileNameToUtf8(const std::string& name) { return IsValidUtf8(name) ? name : ToUtf8(name.c_str()); }
+
 }  // namespace telvanix::tool
 
 #include "telvanix/topic/html_file_ex.h"

@@ -37,6 +37,10 @@ void PrintError(const std::string& message);
 // pages are in the active code page, so 1252 bytes are mapped to code points.
 std::string ToUtf8(const char* text);
 
+// A file name for JSON output: names on disk are UTF-8 as a rule and stay as
+// they are; a name that is not valid UTF-8 is read as the code page's text.
+std::string FileNameToUtf8(const std::string& name);
+
 }  // namespace telvanix::tool
 
 namespace telvanix {

@@ -158,7 +158,7 @@ PageOutcome HandlePage(const std::string& path, const std::vector<Assignment>& s
     o.written = SaveTopicIfChanged(path, topic, o.error);
     return o;
   }
-  nlohmann::json j = {{"file", ToUtf8(path.c_str())}};
+  nlohmann::json j = {{"file", FileNameToUtf8(path)}};
   std::string text = path + "\n";
   for (const Property& p : kProperties) {
     std::string value;

@@ -111,7 +111,7 @@ int Run(const std::vector<std::string>& args) {
     nlohmann::json list = nlohmann::json::array();
     for (size_t i = 0; i < pages.size(); ++i) {
       if (results[i].outcome == Outcome::kIdentical) continue;
-      list.push_back({{"page", ToUtf8(pages[i].c_str())},
+      list.push_back({{"page", FileNameToUtf8(pages[i])},
                       {"outcome", OutcomeName(results[i].outcome)},
                       {"first_difference", results[i].firstDifference},
                       {"bytes_lost", results[i].lost}});

@@ -163,7 +163,7 @@ int Run(const std::vector<std::string>& args) {
     }
     if (o.tags.topic.empty() && o.tags.elements.empty()) continue;
     if (cl.Has("json")) {
-      nlohmann::json j = {{"file", ToUtf8(pages[i].c_str())}, {"topic", nlohmann::json::array()},
+      nlohmann::json j = {{"file", FileNameToUtf8(pages[i])}, {"topic", nlohmann::json::array()},
                           {"elements", nlohmann::json::array()}};
       for (const std::string& t : o.tags.topic) j["topic"].push_back(ToUtf8(t.c_str()));
       for (const std::string& t : o.tags.elements) j["elements"].push_back(ToUtf8(t.c_str()));

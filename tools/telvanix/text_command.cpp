@@ -41,7 +41,7 @@ TextResult Extract(const std::string& path, bool oneLine) {
   CByteString bytes;
   if (!LoadTopicBytes(path, bytes, r.error)) return r;
   if (bytes.GetLength() == 0) {
-    nlohmann::json j = {{"file", ToUtf8(path.c_str())}, {"title", ""}, {"text", ""},
+    nlohmann::json j = {{"file", FileNameToUtf8(path)}, {"title", ""}, {"text", ""},
                         {"keywords", nlohmann::json::array()}};
     r.line = j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     return r;
@@ -58,7 +58,7 @@ TextResult Extract(const std::string& path, bool oneLine) {
   if (CHtmlFileEx* doc = parser.GetDocument()) doc->GetHtmlTitle(title);
   nlohmann::json kw = nlohmann::json::array();
   for (int i = 0; i < keywords.GetSize(); ++i) kw.push_back(ToUtf8(keywords[i]));
-  nlohmann::json j = {{"file", ToUtf8(path.c_str())}, {"title", ToUtf8(title)}, {"text", ToUtf8(text)},
+  nlohmann::json j = {{"file", FileNameToUtf8(path)}, {"title", ToUtf8(title)}, {"text", ToUtf8(text)},
                       {"keywords", kw}};
   r.line = j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
   parser.CloseDocument();

@@ -23,9 +23,10 @@ const char kHelp[] =
     "one line per entry, \"name -> topic\"; an index entry's further topics\n"
     "follow on lines of their own.\n"
     "\n"
-    "  --check      also check every topic an entry points to; the project\n"
-    "               folder is the file's own folder unless --root is given\n"
-    "  --root DIR   the project folder that entries are relative to\n"
+    "  --check      also check every topic an entry points to; entries are\n"
+    "               relative to the file's own folder, as in `telvanix check`\n"
+    "  --root DIR   the project folder, above which no entry may point\n"
+    "               (default: the file's own folder)\n"
     "  --json       the entries (and problems) as one JSON object\n"
     "\n"
     "Exit status: 0 clean, 1 --check found missing topics, 2 usage or I/O error.\n";
@@ -108,7 +109,7 @@ int Run(const std::vector<std::string>& args) {
     entries.push_back(je);
   }
   if (json) {
-    nlohmann::json out = {{"file", ToUtf8(file.c_str())}, {"title", ToUtf8(sitemap.GetTitle())}, {"entries", entries}};
+    nlohmann::json out = {{"file", FileNameToUtf8(file)}, {"title", ToUtf8(sitemap.GetTitle())}, {"entries", entries}};
     if (cl.Has("check")) {
       nlohmann::json list = nlohmann::json::array();
       for (const Problem& p : problems)
