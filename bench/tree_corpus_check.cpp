@@ -33,9 +33,19 @@ namespace {
 using Tree = CHtmlEntityTree;
 
 constexpr int kEndBit = 0x10000000;
-constexpr int kBodyId = 0x40, kTdId = 0x2109C;
+constexpr int kBodyId = 0x40, kTdId = 0x2109C, kTextId = 0x40000000;
+
+// A text token of blanks only (or none).
+bool IsBlank(CHtmlTokenItem* token) {
+  if (token == nullptr || !token->IsTextToken())
+    return false;
+  const unsigned char* p = token->GetOriginalData();
+  const int n = token->GetOriginalLength();
+  return n <= 0 || CHtmlTextItem::IsSpaceOnly(p, p + n - 1);
+}
 
 // One node of the shape: depth, kind (1 leaf, 2 element) and tag id.
+// Neighbouring text leaves count as one, blank ones not at all.
 struct ShapeItem {
   int depth;
   int kind;
@@ -52,7 +62,14 @@ std::vector<ShapeItem> Shape(CHtmlEntityTree* tree) {
   while (!todo.empty()) {
     auto [node, depth] = todo.back();
     todo.pop_back();
-    out.push_back({depth, node->GetNodeType(), node->GetTagId()});
+    const ShapeItem item{depth, node->GetNodeType(), node->GetTagId()};
+    // Texts on either side of a discarded tag are one text once saved, and
+    // a blank one becomes the indent after of the tag before it once the
+    // repair put a tag there (blank text tokens only open a page).
+    CHtmlTokenItem* token = tree->GetBasedTokenList()->GetTokenItem(node->GetTokenPosition());
+    if (!(item.tagId == kTextId &&
+          ((!out.empty() && out.back() == item) || IsBlank(token))))
+      out.push_back(item);
     if (!node->IsEntityNode())
       continue;
     auto* element = static_cast<CHtmlEntityNode*>(node);

@@ -4,13 +4,21 @@
 // saving an unchanged list writes the page's bytes in order, only ever
 // leaving some out (the tokenizer drops a few malformed pieces), never
 // adding or moving any.
+// The same bytes are also read at level 4 (tree with the HTML repairs), the
+// repaired page saved with every flag, and the flag-2 save read at level 4
+// again: a repaired page needs no second repair (nothing inserted or
+// discarded) and gives a tree of the same shape (but see ReopensIntoAnOpenQuote).
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
+#include <vector>
+
+#include "telvanix/html/entity_tree.h"
 #include "telvanix/html/html_pack.h"
+#include "telvanix/html/tree_node.h"
 
 using namespace telvanix;
 
@@ -21,6 +29,108 @@ std::string Saved(CHtmlPack& pack, CHtmlPack::EmSaveFlag flag) {
   pack.Save(&out, flag);
   return out.GetLength() ? std::string(reinterpret_cast<const char*>(out.GetContent()), out.GetLength())
                          : std::string();
+}
+
+// A text token of blanks only (or none).
+bool IsBlank(CHtmlTokenItem* token) {
+  if (token == nullptr || !token->IsTextToken())
+    return false;
+  const unsigned char* p = token->GetOriginalData();
+  const int n = token->GetOriginalLength();
+  return n <= 0 || CHtmlTextItem::IsSpaceOnly(p, p + n - 1);
+}
+
+// Node kinds and tag ids in preorder, each with its depth; neighbouring
+// text leaves count as one, blank ones not at all.
+std::vector<long long> Shape(CHtmlEntityTree* tree) {
+  std::vector<long long> out;
+  if (tree == nullptr || tree->GetRootNode() == nullptr)
+    return out;
+  std::vector<std::pair<CHtmlTreeNode*, int>> todo{{tree->GetRootNode(), 0}};
+  std::vector<CHtmlTreeNode*> children;
+  while (!todo.empty()) {
+    auto [node, depth] = todo.back();
+    todo.pop_back();
+    const long long item = (static_cast<long long>(depth) << 34) |
+                           (static_cast<long long>(node->GetNodeType()) << 32) |
+                           static_cast<unsigned>(node->GetTagId());
+    // Texts on either side of a discarded tag are one text once saved, and
+    // a blank one becomes the indent after of the tag before it once the
+    // repair put a tag there (blank text tokens only open a page).
+    const bool text = node->GetTagId() == 0x40000000;
+    CHtmlTokenItem* token = tree->GetBasedTokenList()->GetTokenItem(node->GetTokenPosition());
+    if (!(text && ((!out.empty() && out.back() == item) || IsBlank(token))))
+      out.push_back(item);
+    if (!node->IsEntityNode())
+      continue;
+    auto* element = static_cast<CHtmlEntityNode*>(node);
+    children.clear();
+    for (POSITION p = element->GetFirstChildPosition(); p != nullptr;)
+      children.push_back(element->GetNextChild(p));
+    for (auto it = children.rbegin(); it != children.rend(); ++it)
+      todo.push_back({*it, depth + 1});
+  }
+  return out;
+}
+
+// Tokens carrying any of the flags.
+int CountFlagged(CHtmlPack& pack, DWORD flags) {
+  int n = 0;
+  CHtmlTokenList* list = pack.GetTokenList();
+  for (POSITION pos = list->GetHeadPosition(); pos;)
+    if (list->GetNext(pos)->GetTokenFlag() & flags)
+      ++n;
+  return n;
+}
+
+// Whether the page has a tag whose quote never closed and a reopened copy
+// that holds a quote. Such a tag ended at its first ">" only because no
+// closing quote followed in the rest of the page; the copy supplies one, so
+// the saved page reads differently ("<s\"\"><p\">" reopens S inside P, and
+// read again P runs to the copy's quote). A known limit of reopening by
+// copy, left out of the stability check.
+bool ReopensIntoAnOpenQuote(CHtmlPack& pack) {
+  bool openQuote = false, quotedCopy = false;
+  CHtmlTokenList* list = pack.GetTokenList();
+  for (POSITION pos = list->GetHeadPosition(); pos;) {
+    CHtmlTokenItem* token = list->GetNext(pos);
+    if (!token->IsTagToken())
+      continue;
+    unsigned char quote = 0;
+    bool quoted = false;
+    const unsigned char* p = token->GetOriginalData();
+    for (int i = 0; p != nullptr && i < token->GetOriginalLength(); ++i) {
+      if (quote ? p[i] == quote : (p[i] == '"' || p[i] == '\'')) {
+        quote = quote ? 0 : p[i];
+        quoted = true;
+      }
+    }
+    openQuote = openQuote || quote != 0;
+    quotedCopy = quotedCopy || (quoted && (token->GetTokenFlag() & CHtmlEntityTree::emTokenReopenedFlag));
+  }
+  return openQuote && quotedCopy;
+}
+
+void CheckRepairIsStable(CByteString& source) {
+  CHtmlPack first(source, nullptr);
+  if (!first.Parse(CHtmlPack::emParseHtmlTree))
+    return;
+  const std::string repaired = Saved(first, CHtmlPack::emSave);
+  Saved(first, CHtmlPack::emSaveLayout);
+  Saved(first, CHtmlPack::emSaveLayoutObject);
+  if (ReopensIntoAnOpenQuote(first))
+    return;
+
+  CByteString again;
+  if (!repaired.empty())
+    again.Assign(reinterpret_cast<const unsigned char*>(repaired.data()), static_cast<int>(repaired.size()));
+  CHtmlPack second(again, nullptr);
+  if (!second.Parse(CHtmlPack::emParseHtmlTree))
+    return;
+  if (CountFlagged(second, CHtmlEntityTree::emTokenRecoveredFlag | CHtmlEntityTree::emTokenDiscardedFlag) != 0)
+    std::abort();
+  if (Shape(first.GetEntityTree()) != Shape(second.GetEntityTree()))
+    std::abort();
 }
 
 }  // namespace
@@ -72,5 +182,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   for (int flag = 1; flag <= 4; ++flag)
     Saved(pack, static_cast<CHtmlPack::EmSaveFlag>(flag));
+
+  CheckRepairIsStable(source);
   return 0;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <vector>
 
 #include "telvanix/html/tag_item.h"
 #include "telvanix/html/token_item.h"
@@ -137,19 +138,36 @@ int CHtmlEntityTree::CheckMatchTags(int nFlags) {
   CHtmlTokenList::CTokenItemList& items = list.GetTokenItemList();
   CHtmlEntityStack stack(0);
   m_nMismatchCount = 0;
+
   // What lies before the first HTML start tag or after the last HTML end tag
-  // is discarded by the outline repair, so it must not count as the page's
-  // HEAD, BODY or content: else the repair leans on tokens it then drops, and
-  // the saved page needs repairing again. The records are restarted at the
-  // first HTML start tag and taken as they stood at the last HTML end tag.
+  // is discarded by the outline repair, so it must leave no trace here: else
+  // the repair leans on tokens it then drops (a BODY after "</HTML>" kept
+  // BODY from being inserted; an unknown tag inside was made a container by
+  // its end tag outside), and the saved page needs repairing again. At the
+  // first HTML start tag the records restart and what was open is
+  // forgotten; at the end, everything is taken back to how it stood at the
+  // last HTML end tag.
   const bool bHtml = (nFlags & emBuildHtml) != 0;
-  OutlineRecord atHtmlEnd[emOutlineRecordCount];
   bool bHtmlEndSeen = false;
+  bool bAfterHtmlEnd = false;  // a token came after the last HTML end tag
+  OutlineRecord atHtmlEnd[emOutlineRecordCount];
+  std::vector<EntityStackItem> openAtHtmlEnd;
+  int nMismatchAtHtmlEnd = 0, bHasTextAtHtmlEnd = 0;
+  struct TagState {
+    CHtmlTagItem* pTag;
+    DWORD dwFlags;
+    int nIndex;
+  };
+  std::vector<TagState> changedAfterHtmlEnd;
+  auto willChange = [&](CHtmlTagItem* pTag) {
+    if (bHtmlEndSeen) changedAfterHtmlEnd.push_back({pTag, pTag->GetTokenFlag(), pTag->GetTagIndex()});
+  };
 
   for (POSITION pos = items.GetHeadPosition(); pos != nullptr;) {
     POSITION posToken = pos;
     CHtmlTokenItem* pToken = items.GetNext(pos);
     if (pToken == nullptr || pToken->IsDiscardedToken()) continue;
+    bAfterHtmlEnd = bHtmlEndSeen;
     if (pToken->IsTextToken()) {
       m_bHasText = 1;
       continue;
@@ -158,18 +176,17 @@ int CHtmlEntityTree::CheckMatchTags(int nFlags) {
     if (pTag == nullptr) continue;
 
     if (bHtml) {
-      const int nId = pTag->GetTagId();
-      if (nId == kHtml && m_OutlineRecords[emOutlineHtml].m_posFirst == nullptr) {
-        for (int i = emOutlineHead; i < emOutlineRecordCount; ++i) m_OutlineRecords[i] = OutlineRecord{nullptr, nullptr, 0, 0};
-        bHtmlEndSeen = false;
+      if (pTag->GetTagId() == kHtml && m_OutlineRecords[emOutlineHtml].m_posFirst == nullptr) {
+        // An HTML end tag before it is as much outside as the rest.
+        for (OutlineRecord& rec : m_OutlineRecords) rec = OutlineRecord{nullptr, nullptr, 0, 0};
+        stack.BackStackLevel(0);
+        bHtmlEndSeen = bAfterHtmlEnd = false;
+        changedAfterHtmlEnd.clear();
       }
       CollectHtmlMatchInfo(pTag, posToken);
-      if (nId == (kHtml | kEndBit)) {
-        std::copy(m_OutlineRecords, m_OutlineRecords + emOutlineRecordCount, atHtmlEnd);
-        bHtmlEndSeen = true;
-      }
-    } else if (nFlags & emBuildXml)
+    } else if (nFlags & emBuildXml) {
       CollectXmlMatchInfo(pTag, posToken);
+    }
 
     if (!pTag->IsEndTag()) {
       if (Row(pTag).m_nCntType != 0 || pTag->IsUnknownTag()) stack.Push(pTag, posToken);
@@ -178,51 +195,83 @@ int CHtmlEntityTree::CheckMatchTags(int nFlags) {
 
     if (stack.GetStackLevel() < 1) {
       ++m_nMismatchCount;
+      willChange(pTag);
       pTag->SetTokenFlag(kStrayEnd);
-      continue;
-    }
-    const int nBaseId = pTag->GetTagId() & ~kEndBit;
-    bool bMatched = false;
-    for (int nLevel = stack.GetStackLevel(); nLevel >= 1; --nLevel) {
-      EntityStackItem* pItem = stack.GetEntityStackItem(nLevel);
-      CHtmlTagItem* pOpen = pItem->m_pTag;
-      if (pOpen == nullptr) break;
-      if (pItem->m_nTagId == nBaseId) {
-        if (pTag->IsUnknownTag()) {
-          pOpen->ChangeUnknownTagIndex(4);
-          pTag->ChangeUnknownTagIndex(4);
-          pOpen->SetTokenFlag(kPairedUnknown);
-          pTag->SetTokenFlag(kPairedUnknown);
+    } else {
+      const int nBaseId = pTag->GetTagId() & ~kEndBit;
+      bool bMatched = false;
+      for (int nLevel = stack.GetStackLevel(); nLevel >= 1; --nLevel) {
+        EntityStackItem* pItem = stack.GetEntityStackItem(nLevel);
+        CHtmlTagItem* pOpen = pItem->m_pTag;
+        if (pOpen == nullptr) break;
+        if (pItem->m_nTagId == nBaseId) {
+          willChange(pOpen);
+          willChange(pTag);
+          if (pTag->IsUnknownTag()) {
+            pOpen->ChangeUnknownTagIndex(4);
+            pTag->ChangeUnknownTagIndex(4);
+            pOpen->SetTokenFlag(kPairedUnknown);
+            pTag->SetTokenFlag(kPairedUnknown);
+          }
+          pOpen->SetTokenFlag(kPaired);
+          pTag->SetTokenFlag(kPaired);
+          stack.BackStackLevel(nLevel - 1);
+          bMatched = true;
+          break;
         }
-        pOpen->SetTokenFlag(kPaired);
-        pTag->SetTokenFlag(kPaired);
-        stack.BackStackLevel(nLevel - 1);
-        bMatched = true;
-        break;
+        // An unknown tag passed over by another end tag is taken as empty, and
+        // the walk ends there: the end tag counts as unmatched even when its
+        // start tag is open further down.
+        if (pOpen->IsUnknownTag()) {
+          willChange(pOpen);
+          pOpen->ChangeUnknownTagIndex(2);
+          break;
+        }
+        if (Row(pOpen).m_nCntType == 0) {
+          willChange(pTag);
+          pTag->SetTokenFlag(kStrayEnd);
+        } else if (Row(pOpen).m_nOcrType == 2) {
+          willChange(pOpen);
+          pOpen->SetTokenFlag(kUnclosed);
+          ++m_nMismatchCount;
+        } else if (Row(pOpen).m_nOcrType == 1) {
+          willChange(pOpen);
+          pOpen->SetTokenFlag(kUnclosed);
+        }
       }
-      // An unknown tag passed over by another end tag is taken as empty, and
-      // the walk ends there: the end tag counts as unmatched even when its
-      // start tag is open further down.
-      if (pOpen->IsUnknownTag()) {
-        pOpen->ChangeUnknownTagIndex(2);
-        break;
-      }
-      if (Row(pOpen).m_nCntType == 0) {
-        pTag->SetTokenFlag(kStrayEnd);
-      } else if (Row(pOpen).m_nOcrType == 2) {
-        pOpen->SetTokenFlag(kUnclosed);
+      if (!bMatched) {
         ++m_nMismatchCount;
-      } else if (Row(pOpen).m_nOcrType == 1) {
-        pOpen->SetTokenFlag(kUnclosed);
+        willChange(pTag);
+        pTag->SetTokenFlag(kStrayEnd);
       }
     }
-    if (!bMatched) {
-      ++m_nMismatchCount;
-      pTag->SetTokenFlag(kStrayEnd);
+
+    if (bHtml && pTag->GetTagId() == (kHtml | kEndBit)) {
+      std::copy(m_OutlineRecords, m_OutlineRecords + emOutlineRecordCount, atHtmlEnd);
+      openAtHtmlEnd.clear();
+      for (int nLevel = 1; nLevel <= stack.GetStackLevel(); ++nLevel)
+        openAtHtmlEnd.push_back(*stack.GetEntityStackItem(nLevel));
+      nMismatchAtHtmlEnd = m_nMismatchCount;
+      bHasTextAtHtmlEnd = m_bHasText;
+      changedAfterHtmlEnd.clear();
+      bHtmlEndSeen = true;
+      bAfterHtmlEnd = false;
     }
   }
 
-  if (bHtmlEndSeen) std::copy(atHtmlEnd + emOutlineHead, atHtmlEnd + emOutlineRecordCount, m_OutlineRecords + emOutlineHead);
+  if (bHtmlEndSeen) {
+    std::copy(atHtmlEnd + emOutlineHead, atHtmlEnd + emOutlineRecordCount, m_OutlineRecords + emOutlineHead);
+    if (bAfterHtmlEnd) {
+      for (auto it = changedAfterHtmlEnd.rbegin(); it != changedAfterHtmlEnd.rend(); ++it) {
+        it->pTag->ResetTokenFlag(static_cast<CHtmlTokenItem::EmTokenFlag>(it->pTag->GetTokenFlag() & ~it->dwFlags));
+        it->pTag->ChangeUnknownTagIndex(it->nIndex);
+      }
+      stack.BackStackLevel(0);
+      for (const EntityStackItem& item : openAtHtmlEnd) stack.Push(item.m_pTag, item.m_Position);
+      m_nMismatchCount = nMismatchAtHtmlEnd;
+      m_bHasText = bHasTextAtHtmlEnd;
+    }
+  }
 
   while (stack.GetStackLevel() > 0) {
     CHtmlTagItem* pOpen = stack.GetTop()->m_pTag;
