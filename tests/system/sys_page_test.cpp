@@ -31,7 +31,7 @@ HGLOBAL MakeDevMode(SHORT orientation, const char* formName) {
   auto* mode = static_cast<DEVMODEA*>(GlobalLock(block));
   mode->dmSize = sizeof(DEVMODEA);
   mode->dmOrientation = orientation;
-  std::strncpy(reinterpret_cast<char*>(mode->dmFormName), formName, CCHFORMNAME);
+  std::strncpy(reinterpret_cast<char*>(mode->dmFormName), formName, CCHFORMNAME - 1);  // zeroed block
   std::memset(mode->dmDeviceName, 'D', sizeof(mode->dmDeviceName));
   mode->dmPanningWidth = 0xABCDEF;  // beyond the 148 kept bytes
   GlobalUnlock(block);
