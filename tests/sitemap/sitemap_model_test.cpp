@@ -115,7 +115,8 @@ TEST(SitemapEntry, CopiesAreDeep) {
   copy.GetSection(0)->SetName("gone");
   ASSERT_EQ(assigned.GetSectionArraySize(), 1);
   EXPECT_STREQ(assigned.GetSection(0)->GetName(), "s");
-  assigned = assigned;
+  CHtmlSitemap& self = assigned;  // through a reference: self-assignment on purpose
+  assigned = self;
   EXPECT_EQ(assigned.GetSectionArraySize(), 1);
 
   assigned.Default();
