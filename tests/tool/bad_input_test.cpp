@@ -191,7 +191,7 @@ TEST_F(PageCommandsBadInput, EveryCommandNamesEachBadFileAndGoesOn) {
       {{"text", dir.path()}, "\"text\":\"Alpha other gone\"", true},
       {{"props", dir.path()}, dir / "good.htm", true},
       {{"tags", dir.path(), "--remove", "x"}, "0 of 5 pages changed", true},
-      {{"format", dir.path()}, "formatted " + (dir / "good.htm"), true},
+      {{"format", dir.path(), "--force"}, "formatted " + (dir / "good.htm"), true},
       {{"roundtrip", dir.path()}, "5 pages:", false},
   };
   for (const Expect& e : commands) {

@@ -7,6 +7,8 @@
 #include "telvanix/html/html_pack.h"
 #include "telvanix/page_files.h"
 #include "telvanix/parallel.h"
+#include "telvanix/topic/html_file_ex.h"
+#include "telvanix/topic/pure_text.h"
 
 namespace telvanix::tool {
 
@@ -22,15 +24,26 @@ const char kHelp[] =
     "  --layout    also start comments and OBJECT end tags on lines of their own\n"
     "              (an OBJECT's PARAM tags stay on the OBJECT's line)\n"
     "  --dry-run   report what would change, write nothing\n"
+    "  --force     also write pages whose visible words would change\n"
+    "\n"
+    "The regenerated layout trims the blanks around text, so a blank between a\n"
+    "word and an inline tag (\"Read <b>this</b> now\") would be lost and words\n"
+    "joined. Such pages are left as they are and listed, unless --force.\n"
     "\n"
     "Exit status: 0 done, 2 usage or I/O error.\n";
 
 struct FormatResult {
-  int written = 0;  // 1 changed (or would change), 0 unchanged, -1 failed
+  int written = 0;  // 1 changed (or would change), 0 unchanged, 2 kept to save its words, -1 failed
   std::string error;
 };
 
-FormatResult FormatPage(const std::string& path, bool layout, bool dryRun) {
+// The words a reader sees, on one line, as the indexer would read them.
+std::string VisibleWords(CByteString& bytes, const std::string& path) {
+  CHtmlFileEx doc(bytes, path.c_str());
+  return doc.GetPureText(emPureTextOneLine, nullptr, nullptr).str();
+}
+
+FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool force) {
   FormatResult r;
   CByteString source;
   if (!LoadTopicBytes(path, source, r.error)) {
@@ -46,9 +59,13 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun) {
     r.error = path + ": could not be parsed";
     return r;
   }
+  const bool same = formatted.GetLength() == source.GetLength() &&
+                    (source.GetLength() == 0 || formatted.Compare(source) == 0);
+  if (!same && !force && VisibleWords(source, path) != VisibleWords(formatted, path)) {
+    r.written = 2;
+    return r;
+  }
   if (dryRun) {
-    bool same = formatted.GetLength() == source.GetLength() &&
-                (source.GetLength() == 0 || formatted.Compare(source) == 0);
     r.written = same ? 0 : 1;
     return r;
   }
@@ -58,23 +75,28 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun) {
 
 int Run(const std::vector<std::string>& args) {
   CommandLine cl;
-  if (int rc = StartCommand(args, {{"layout", 0}, {"dry-run", 0}}, kHelp, cl); rc >= 0) return rc;
+  if (int rc = StartCommand(args, {{"layout", 0}, {"dry-run", 0}, {"force", 0}}, kHelp, cl); rc >= 0) return rc;
   std::vector<std::string> errors;
   std::vector<std::string> pages = ExpandTopicOperands(cl.operands(), errors);
   std::vector<FormatResult> results(pages.size());
-  const bool layout = cl.Has("layout"), dryRun = cl.Has("dry-run");
-  ParallelFor(pages.size(), [&](size_t i) { results[i] = FormatPage(pages[i], layout, dryRun); }, "format");
-  size_t changed = 0;
+  const bool layout = cl.Has("layout"), dryRun = cl.Has("dry-run"), force = cl.Has("force");
+  ParallelFor(pages.size(), [&](size_t i) { results[i] = FormatPage(pages[i], layout, dryRun, force); }, "format");
+  size_t changed = 0, kept = 0;
   for (size_t i = 0; i < pages.size(); ++i) {
     if (results[i].written == 1) {
       ++changed;
       std::printf("%s%s\n", dryRun ? "would format " : "formatted ", pages[i].c_str());
+    } else if (results[i].written == 2) {
+      ++kept;
+      std::printf("kept %s: the layout would join words (use --force to format anyway)\n", pages[i].c_str());
     } else if (results[i].written < 0) {
       errors.push_back(results[i].error);
     }
   }
   for (const std::string& e : errors) PrintError(e);
-  std::printf("%zu of %zu pages %s\n", changed, pages.size(), dryRun ? "would change" : "changed");
+  std::printf("%zu of %zu pages %s", changed, pages.size(), dryRun ? "would change" : "changed");
+  if (kept) std::printf(", %zu kept to save their words", kept);
+  std::printf("\n");
   return errors.empty() ? kExitClean : kExitError;
 }
 
