@@ -79,6 +79,11 @@ struct ContainCase {
   bool marked;
 };
 
+// Readable test names: "<P> holds <B>".
+void PrintTo(const ContainCase& c, std::ostream* out) {
+  *out << c.container << (c.accepted ? " holds " : " refuses ") << c.child;
+}
+
 class TagContainTest : public ::testing::TestWithParam<ContainCase> {};
 
 TEST_P(TagContainTest, FollowsTheContentModelOfTheContainer) {

@@ -87,6 +87,11 @@ struct TagEdit {
   size_t pagesUsing;  // in the sample, as a sanity check on the sample itself
 };
 
+// Readable test names: "--rename print paper".
+void PrintTo(const TagEdit& edit, std::ostream* out) {
+  for (size_t i = 0; i < edit.args.size(); ++i) *out << (i ? " " : "") << edit.args[i];
+}
+
 class TagsEdit : public ::testing::TestWithParam<TagEdit> {};
 
 TEST_P(TagsEdit, ChangesExactlyThePagesUsingTheTag) {
