@@ -90,6 +90,29 @@ int AssignKept(Value& target, const char* text) {
   return 1;
 }
 
+// Keeps the lowered, trimmed text; an empty one counts as not read.
+int AssignLowerTrimmed(CString& target, const char* text) {
+  target = LowerTrimmed(text);
+  return target.IsEmpty() ? 0 : 1;
+}
+
+// One to four values spread over the four sides. Nothing is stored unless
+// every value reads, so a bad shorthand leaves all sides as they were.
+template <class Value, class Read, class Store>
+int ReadFourSides(const char* text, Read read, Store store) {
+  CString runs[4];
+  const int count = CutRuns(text, runs, 4);
+  if (count == 0)
+    return 0;
+  Value values[4]{};
+  for (int i = 0; i < count; ++i)
+    if (!read(runs[i], values[i]))
+      return 0;
+  for (int side = 0; side < CCssStyleFormat::emSideCount; ++side)
+    store(side, values[SideSource(count, side)]);
+  return 1;
+}
+
 const CSttNumber kUnsetNumber;
 const CCssStyleFormat::CBorder kUnsetBorder;
 
@@ -462,72 +485,49 @@ int CCssStyleFormat::ParseFontShorthand(const char* text) {
 }
 
 int CCssStyleFormat::ParseBoxShorthand(const char* text, CSttNumber* sides) {
-  CString runs[4];
-  const int count = CutRuns(text, runs, 4);
-  if (count == 0)
-    return 0;
-  CSttNumber values[4];
-  for (int i = 0; i < count; ++i)
-    if (!values[i].Assign(runs[i]))
-      return 0;
-  for (int side = 0; side < emSideCount; ++side)
-    sides[side] = values[SideSource(count, side)];
-  return 1;
+  return ReadFourSides<CSttNumber>(
+      text, [](const CString& run, CSttNumber& number) { return number.Assign(run); },
+      [sides](int side, const CSttNumber& number) { sides[side] = number; });
 }
 
 int CCssStyleFormat::ParseBorderWidths(const char* text) {
-  CString runs[4];
-  const int count = CutRuns(text, runs, 4);
-  if (count == 0)
-    return 0;
-  EmPropertyValue values[4];
-  CSttNumber numbers[4];
-  for (int i = 0; i < count; ++i) {
-    values[i] = emValueNone;
-    if (!ParsePropertyToValueAndNumber(values[i], numbers[i], runs[i], ms_tBorderWidthTable,
-                                       ms_nBorderWidthTableSize))
-      return 0;
-  }
-  for (int side = 0; side < emSideCount; ++side) {
-    const int from = SideSource(count, side);
-    m_tBorder[side].SetWidth(values[from], numbers[from]);
-    MarkSet(kBorderWidthIds[side]);
-  }
-  return 1;
+  struct Width {
+    EmPropertyValue value;
+    CSttNumber number;
+  };
+  return ReadFourSides<Width>(
+      text,
+      [this](const CString& run, Width& width) {
+        width.value = emValueNone;
+        return ParsePropertyToValueAndNumber(width.value, width.number, run, ms_tBorderWidthTable,
+                                             ms_nBorderWidthTableSize);
+      },
+      [this](int side, const Width& width) {
+        m_tBorder[side].SetWidth(width.value, width.number);
+        MarkSet(kBorderWidthIds[side]);
+      });
 }
 
 int CCssStyleFormat::ParseBorderColors(const char* text) {
-  CString runs[4];
-  const int count = CutRuns(text, runs, 4);
-  if (count == 0)
-    return 0;
-  CSttColor colors[4];
-  for (int i = 0; i < count; ++i)
-    if (!colors[i].Assign(runs[i]))
-      return 0;
-  for (int side = 0; side < emSideCount; ++side) {
-    m_tBorder[side].SetColor(colors[SideSource(count, side)]);
-    MarkSet(kBorderColorIds[side]);
-  }
-  return 1;
+  return ReadFourSides<CSttColor>(
+      text, [](const CString& run, CSttColor& color) { return color.Assign(run); },
+      [this](int side, const CSttColor& color) {
+        m_tBorder[side].SetColor(color);
+        MarkSet(kBorderColorIds[side]);
+      });
 }
 
 int CCssStyleFormat::ParseBorderStyles(const char* text) {
-  CString runs[4];
-  const int count = CutRuns(text, runs, 4);
-  if (count == 0)
-    return 0;
-  EmPropertyValue styles[4];
-  for (int i = 0; i < count; ++i) {
-    styles[i] = emValueNone;
-    if (!ParsePropertyToValue(styles[i], runs[i], ms_tBorderStyleTable, ms_nBorderStyleTableSize))
-      return 0;
-  }
-  for (int side = 0; side < emSideCount; ++side) {
-    m_tBorder[side].SetStyle(styles[SideSource(count, side)]);
-    MarkSet(kBorderStyleIds[side]);
-  }
-  return 1;
+  return ReadFourSides<EmPropertyValue>(
+      text,
+      [this](const CString& run, EmPropertyValue& style) {
+        style = emValueNone;
+        return ParsePropertyToValue(style, run, ms_tBorderStyleTable, ms_nBorderStyleTableSize);
+      },
+      [this](int side, EmPropertyValue style) {
+        m_tBorder[side].SetStyle(style);
+        MarkSet(kBorderStyleIds[side]);
+      });
 }
 
 // Width, style and colour of one side, in any order. Returns a bit per part
@@ -653,16 +653,13 @@ int CCssStyleFormat::ParseProperty(EmPropertyNameId id, const char* value) {
       result = AssignKept(m_urlBackgroundImage, value);
       break;
     case emPropertyBackgroundRepeat:
-      m_strBackgroundRepeat = LowerTrimmed(value);
-      result = m_strBackgroundRepeat.IsEmpty() ? 0 : 1;
+      result = AssignLowerTrimmed(m_strBackgroundRepeat, value);
       break;
     case emPropertyBackgroundAttachment:
-      m_strBackgroundAttachment = LowerTrimmed(value);
-      result = m_strBackgroundAttachment.IsEmpty() ? 0 : 1;
+      result = AssignLowerTrimmed(m_strBackgroundAttachment, value);
       break;
     case emPropertyBackgroundPosition:
-      m_strBackgroundPosition = LowerTrimmed(value);
-      result = m_strBackgroundPosition.IsEmpty() ? 0 : 1;
+      result = AssignLowerTrimmed(m_strBackgroundPosition, value);
       break;
     case emPropertyBackground:
       result = ParseBackground(value);
@@ -740,12 +737,10 @@ int CCssStyleFormat::ParseProperty(EmPropertyNameId id, const char* value) {
       break;
     }
     case emPropertyDisplay:
-      m_strDisplay = LowerTrimmed(value);
-      result = m_strDisplay.IsEmpty() ? 0 : 1;
+      result = AssignLowerTrimmed(m_strDisplay, value);
       break;
     case emPropertyWhiteSpace:
-      m_strWhiteSpace = LowerTrimmed(value);
-      result = m_strWhiteSpace.IsEmpty() ? 0 : 1;
+      result = AssignLowerTrimmed(m_strWhiteSpace, value);
       break;
     case emPropertyListStyleType:
       result = ParsePropertyToValue(m_emListStyleType, value, ms_tListStyleTypeTable, ms_nListStyleTypeTableSize);
