@@ -37,7 +37,80 @@ int ByteLength(const unsigned char* content) {
 
 int Fold(unsigned char ch) { return (ch >= 'A' && ch <= 'Z') ? ch + 32 : ch; }
 
+
 }  // namespace
+
+// The block handling both widths share: a view of one string's fields and of
+// its owner's AllocUnits/FreeUnits pair, through which every block passes.
+template <class Unit>
+struct detail::UnitBlock {
+  Unit*& content;
+  int& capacity;
+  int& length;
+  Unit* (*alloc)(int);
+  void (*release)(Unit*);
+
+  void Empty() {
+    if (content)
+      release(content);
+    content = nullptr;
+    capacity = 0;
+    length = 0;
+  }
+
+  int Allocate(int n) {
+    Empty();
+    int size = Rounded(n < 1 ? 1 : n);
+    if (size == 0)
+      return 0;
+    content = alloc(size);
+    capacity = size;
+    length = 0;
+    return 1;
+  }
+
+  // Takes over a filled, terminated block. The old one goes only now, so the
+  // units copied into the new one may have come from it.
+  int Adopt(Unit* block, int size, int n) {
+    Empty();
+    content = block;
+    capacity = size;
+    length = n;
+    return 1;
+  }
+
+  // Moves another string's block here, leaving that string with none.
+  void TakeFrom(Unit*& otherContent, int& otherCapacity, int& otherLength) {
+    Empty();
+    content = otherContent;
+    capacity = otherCapacity;
+    length = otherLength;
+    otherContent = nullptr;
+    otherCapacity = otherLength = 0;
+  }
+
+  // Appends n >= 0 units to a string that has a block.
+  int Append(const Unit* units, int n, BOOL growByDouble) {
+    if (n < 0 || static_cast<std::int64_t>(length) + n > kMaxUnits)
+      return 0;
+    const std::size_t kUnit = sizeof(Unit);
+    int size = GrownCapacity(length, capacity, n, growByDouble);
+    if (size) {
+      Unit* block = alloc(size);
+      std::memcpy(block, content, static_cast<std::size_t>(length) * kUnit);
+      if (n)
+        std::memcpy(block + length, units, static_cast<std::size_t>(n) * kUnit);
+      release(content);
+      content = block;
+      capacity = size;
+    } else if (n) {
+      std::memmove(content + length, units, static_cast<std::size_t>(n) * kUnit);
+    }
+    length += n;
+    content[length] = 0;
+    return 1;
+  }
+};
 
 int GetRecommendedStringCapacity(int n) {
   if (n < 0 || n > kMaxUnits)
@@ -53,6 +126,10 @@ unsigned char* CByteString::AllocUnits(int units) {
 }
 
 void CByteString::FreeUnits(unsigned char* block) { ::operator delete(static_cast<void*>(block)); }
+
+detail::UnitBlock<unsigned char> CByteString::Block() {
+  return {m_pContent, m_nCapacity, m_nLength, AllocUnits, FreeUnits};
+}
 
 CByteString::CByteString() : m_pContent(nullptr), m_nCapacity(0), m_nLength(0), m_bGrowByDouble(0) {}
 
@@ -71,16 +148,7 @@ CByteString::CByteString(CByteString&& other) noexcept
 
 CByteString::~CByteString() { Empty(); }
 
-int CByteString::Allocate(int n) {
-  Empty();
-  int capacity = Rounded(n < 1 ? 1 : n);
-  if (capacity == 0)
-    return 0;
-  m_pContent = AllocUnits(capacity);
-  m_nCapacity = capacity;
-  m_nLength = 0;
-  return 1;
-}
+int CByteString::Allocate(int n) { return Block().Allocate(n); }
 
 int CByteString::Assign(const unsigned char* content, int n) {
   if (n == 0 || !content || n < -1)
@@ -95,11 +163,7 @@ int CByteString::Assign(const unsigned char* content, int n) {
   unsigned char* block = AllocUnits(capacity);
   std::memcpy(block, content, static_cast<std::size_t>(n));
   block[n] = 0;
-  Empty();
-  m_pContent = block;
-  m_nCapacity = capacity;
-  m_nLength = n;
-  return 1;
+  return Block().Adopt(block, capacity, n);
 }
 
 int CByteString::Assign(const unsigned short* content, int n) {
@@ -141,22 +205,7 @@ int CByteString::Append(const unsigned char* content, int n) {
     return Assign(content, n);
   if (n == -1)
     n = ByteLength(content);
-  if (n < 0 || static_cast<std::int64_t>(m_nLength) + n > kMaxUnits)
-    return 0;
-  int size = GrownCapacity(m_nLength, m_nCapacity, n, m_bGrowByDouble);
-  if (size) {
-    unsigned char* block = AllocUnits(size);
-    std::memcpy(block, m_pContent, static_cast<std::size_t>(m_nLength));
-    std::memcpy(block + m_nLength, content, static_cast<std::size_t>(n));
-    FreeUnits(m_pContent);
-    m_pContent = block;
-    m_nCapacity = size;
-  } else {
-    std::memmove(m_pContent + m_nLength, content, static_cast<std::size_t>(n));
-  }
-  m_nLength += n;
-  m_pContent[m_nLength] = 0;
-  return 1;
+  return Block().Append(content, n, m_bGrowByDouble);
 }
 
 CByteString& CByteString::operator=(unsigned char ch) {
@@ -188,14 +237,8 @@ CByteString& CByteString::operator=(const CByteString& other) {
 }
 
 CByteString& CByteString::operator=(CByteString&& other) noexcept {
-  if (&other == this)
-    return *this;
-  Empty();
-  m_pContent = other.m_pContent;
-  m_nCapacity = other.m_nCapacity;
-  m_nLength = other.m_nLength;
-  other.m_pContent = nullptr;
-  other.m_nCapacity = other.m_nLength = 0;
+  if (&other != this)
+    Block().TakeFrom(other.m_pContent, other.m_nCapacity, other.m_nLength);
   return *this;
 }
 
@@ -328,13 +371,7 @@ int CByteString::ClearContent() {
   return 1;
 }
 
-void CByteString::Empty() {
-  if (m_pContent)
-    FreeUnits(m_pContent);
-  m_pContent = nullptr;
-  m_nCapacity = 0;
-  m_nLength = 0;
-}
+void CByteString::Empty() { Block().Empty(); }
 
 // ---------------------------------------------------------------------------
 // CWordString
@@ -344,6 +381,10 @@ unsigned short* CWordString::AllocUnits(int units) {
 }
 
 void CWordString::FreeUnits(unsigned short* block) { ::operator delete(static_cast<void*>(block)); }
+
+detail::UnitBlock<unsigned short> CWordString::Block() {
+  return {m_pContent, m_nCapacity, m_nLength, AllocUnits, FreeUnits};
+}
 
 CWordString::CWordString() : m_pContent(nullptr), m_nCapacity(0), m_nLength(0), m_bGrowByDouble(0) {}
 
@@ -371,16 +412,7 @@ int CWordString::GetWordStringLen(const unsigned short* content) {
   return n;
 }
 
-int CWordString::Allocate(int n) {
-  Empty();
-  int capacity = Rounded(n < 1 ? 1 : n);
-  if (capacity == 0)
-    return 0;
-  m_pContent = AllocUnits(capacity);
-  m_nCapacity = capacity;
-  m_nLength = 0;
-  return 1;
-}
+int CWordString::Allocate(int n) { return Block().Allocate(n); }
 
 int CWordString::Assign(const unsigned short* content, int n) {
   if (n == 0 || !content || n < -1)
@@ -393,11 +425,7 @@ int CWordString::Assign(const unsigned short* content, int n) {
   unsigned short* block = AllocUnits(capacity);
   std::memcpy(block, content, static_cast<std::size_t>(n) * 2);
   block[n] = 0;
-  Empty();
-  m_pContent = block;
-  m_nCapacity = capacity;
-  m_nLength = n;
-  return 1;
+  return Block().Adopt(block, capacity, n);
 }
 
 int CWordString::Assign(const unsigned char* content, int n) {
@@ -412,11 +440,7 @@ int CWordString::Assign(const unsigned char* content, int n) {
   for (int i = 0; i < n; ++i)
     block[i] = content[i];
   block[n] = 0;
-  Empty();
-  m_pContent = block;
-  m_nCapacity = capacity;
-  m_nLength = n;
-  return 1;
+  return Block().Adopt(block, capacity, n);
 }
 
 int CWordString::Append(const unsigned short* content, int n) {
@@ -426,23 +450,7 @@ int CWordString::Append(const unsigned short* content, int n) {
     n = GetWordStringLen(content);
   if (!content)
     n = 0;  // nothing to read: only the terminator is rewritten
-  if (n < 0 || static_cast<std::int64_t>(m_nLength) + n > kMaxUnits)
-    return 0;
-  int size = GrownCapacity(m_nLength, m_nCapacity, n, m_bGrowByDouble);
-  if (size) {
-    unsigned short* block = AllocUnits(size);
-    std::memcpy(block, m_pContent, static_cast<std::size_t>(m_nLength) * 2);
-    if (n)
-      std::memcpy(block + m_nLength, content, static_cast<std::size_t>(n) * 2);
-    FreeUnits(m_pContent);
-    m_pContent = block;
-    m_nCapacity = size;
-  } else if (n) {
-    std::memmove(m_pContent + m_nLength, content, static_cast<std::size_t>(n) * 2);
-  }
-  m_nLength += n;
-  m_pContent[m_nLength] = 0;
-  return 1;
+  return Block().Append(content, n, m_bGrowByDouble);
 }
 
 CWordString& CWordString::operator=(unsigned short ch) {
@@ -482,14 +490,8 @@ CWordString& CWordString::operator=(const CWordString& other) {
 }
 
 CWordString& CWordString::operator=(CWordString&& other) noexcept {
-  if (&other == this)
-    return *this;
-  Empty();
-  m_pContent = other.m_pContent;
-  m_nCapacity = other.m_nCapacity;
-  m_nLength = other.m_nLength;
-  other.m_pContent = nullptr;
-  other.m_nCapacity = other.m_nLength = 0;
+  if (&other != this)
+    Block().TakeFrom(other.m_pContent, other.m_nCapacity, other.m_nLength);
   return *this;
 }
 
@@ -543,12 +545,6 @@ int CWordString::ClearContent() {
   return 1;
 }
 
-void CWordString::Empty() {
-  if (m_pContent)
-    FreeUnits(m_pContent);
-  m_pContent = nullptr;
-  m_nCapacity = 0;
-  m_nLength = 0;
-}
+void CWordString::Empty() { Block().Empty(); }
 
 }  // namespace telvanix

@@ -17,6 +17,12 @@ namespace telvanix {
 // next multiple of 32 (0 -> 32, 30 -> 32, 31 -> 64); a negative n gives 0.
 TELVANIX_API int GetRecommendedStringCapacity(int n);
 
+namespace detail {
+// Block handling shared by both widths; defined beside the strings' code.
+template <class Unit>
+struct UnitBlock;
+}  // namespace detail
+
 class TELVANIX_API CByteString {
  public:
   CByteString();
@@ -91,6 +97,7 @@ class TELVANIX_API CByteString {
   // that the storage can later be served from elsewhere (e.g. an arena).
   static unsigned char* AllocUnits(int units);
   static void FreeUnits(unsigned char* block);
+  detail::UnitBlock<unsigned char> Block();
 
   unsigned char* m_pContent;
   int m_nCapacity;
@@ -149,6 +156,7 @@ class TELVANIX_API CWordString {
  private:
   static unsigned short* AllocUnits(int units);
   static void FreeUnits(unsigned short* block);
+  detail::UnitBlock<unsigned short> Block();
 
   unsigned short* m_pContent;
   int m_nCapacity;
