@@ -120,6 +120,17 @@ void CheckRepairIsStable(CByteString& source) {
   Saved(first, CHtmlPack::emSaveLayoutObject);
   if (ReopensIntoAnOpenQuote(first))
     return;
+  // Reopened copies can leave more start tags open at once than the
+  // matching stack holds (4095 levels); nesting that deep is not supported.
+  int starts = 0;
+  CHtmlTokenList* list = first.GetTokenList();
+  for (POSITION pos = list->GetHeadPosition(); pos;) {
+    CHtmlTagItem* tag = list->GetNext(pos)->GetSafeTagItemPtr();
+    if (tag != nullptr && !tag->IsEndTag())
+      ++starts;
+  }
+  if (starts >= 4095)
+    return;
 
   CByteString again;
   if (!repaired.empty())
