@@ -1,25 +1,15 @@
 #include "telvanix/sitemap/site_properties.h"
 
 #include "telvanix/sitemap/owned_array.h"
+#include "telvanix/sitemap/text_field.h"
 
 namespace telvanix {
 
 using sitemap_detail::AddOwned;
 using sitemap_detail::CopyOwned;
 using sitemap_detail::OwnedAt;
-
-namespace {
-
-const char* TextOrNull(const CString& text) { return text.IsEmpty() ? nullptr : static_cast<const char*>(text); }
-
-int SetText(CString& field, const char* text) {
-  if (!text)
-    return 0;
-  field = text;
-  return 1;
-}
-
-}  // namespace
+using sitemap_detail::SetText;
+using sitemap_detail::TextOrNull;
 
 // --- CHtmlSiteCategoryTypeInfo ---------------------------------------------
 
