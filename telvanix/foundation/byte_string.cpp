@@ -37,6 +37,22 @@ int ByteLength(const unsigned char* content) {
 
 int Fold(unsigned char ch) { return (ch >= 'A' && ch <= 'Z') ? ch + 32 : ch; }
 
+// Widens a zero-terminated byte text unit by unit into a scratch block and
+// hands it to use; null or overlong text does nothing.
+template <class Use>
+void WithWidened(const unsigned char* content, unsigned short* (*alloc)(int), void (*release)(unsigned short*),
+                 Use use) {
+  if (!content)
+    return;
+  int n = ByteLength(content);
+  if (n < 0)
+    return;
+  unsigned short* widened = alloc(n + 1);
+  for (int i = 0; i <= n; ++i)
+    widened[i] = content[i];
+  use(widened);
+  release(widened);
+}
 
 }  // namespace
 
@@ -76,6 +92,14 @@ struct detail::UnitBlock {
     content = block;
     capacity = size;
     length = n;
+    return 1;
+  }
+
+  int ClearContent() {
+    if (content) {
+      content[0] = 0;
+      length = 0;
+    }
     return 1;
   }
 
@@ -363,13 +387,7 @@ CString CByteString::GetString() const {
   return CString(reinterpret_cast<const char*>(m_pContent), m_nLength);
 }
 
-int CByteString::ClearContent() {
-  if (m_pContent) {
-    m_pContent[0] = 0;
-    m_nLength = 0;
-  }
-  return 1;
-}
+int CByteString::ClearContent() { return Block().ClearContent(); }
 
 void CByteString::Empty() { Block().Empty(); }
 
@@ -464,16 +482,7 @@ CWordString& CWordString::operator=(const unsigned short* content) {
 }
 
 CWordString& CWordString::operator=(const unsigned char* content) {
-  if (!content)
-    return *this;
-  int n = ByteLength(content);
-  if (n < 0)
-    return *this;
-  unsigned short* widened = AllocUnits(n + 1);
-  for (int i = 0; i <= n; ++i)
-    widened[i] = content[i];
-  Assign(widened, -1);
-  FreeUnits(widened);
+  WithWidened(content, AllocUnits, FreeUnits, [this](const unsigned short* widened) { Assign(widened, -1); });
   return *this;
 }
 
@@ -506,16 +515,7 @@ CWordString& CWordString::operator+=(const unsigned short* content) {
 }
 
 CWordString& CWordString::operator+=(const unsigned char* content) {
-  if (!content)
-    return *this;
-  int n = ByteLength(content);
-  if (n < 0)
-    return *this;
-  unsigned short* widened = AllocUnits(n + 1);
-  for (int i = 0; i <= n; ++i)
-    widened[i] = content[i];
-  Append(widened, -1);
-  FreeUnits(widened);
+  WithWidened(content, AllocUnits, FreeUnits, [this](const unsigned short* widened) { Append(widened, -1); });
   return *this;
 }
 
@@ -537,13 +537,7 @@ CString CWordString::GetString() const {
   return CString(text);
 }
 
-int CWordString::ClearContent() {
-  if (m_pContent) {
-    m_pContent[0] = 0;
-    m_nLength = 0;
-  }
-  return 1;
-}
+int CWordString::ClearContent() { return Block().ClearContent(); }
 
 void CWordString::Empty() { Block().Empty(); }
 
