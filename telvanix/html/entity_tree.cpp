@@ -661,6 +661,11 @@ int CHtmlEntityTree::GetNewSuspendTag(CSuspendList& list, EntityStackItem* pItem
   CHtmlTagItem* pTag = pItem->m_pTag;
   if (Row(pTag).m_nOcrType != 2 || !HasAllBits(Row(pTag).m_nMjrType, 0xA0001000u) || HasFlag(pTag, kReopened)) return 0;
   if (!IsSuspendableTagId(pTag->GetTagId() & ~kEndBit)) return 0;
+  // Every later container copies each suspended tag, so a hostile page with
+  // thousands of unclosed inline tags would grow with the square of its size.
+  // Real pages leave a handful open; beyond this many, new ones stay closed.
+  constexpr int kMaxSuspendedTags = 32;
+  if (list.GetCount() >= kMaxSuspendedTags) return 0;
   list.AddHead(new CSuspendItem(pTag));
   return 1;
 }

@@ -561,5 +561,20 @@ TEST(EntityTreeDepthTest, DeepPageSurvivesTheWholePackCycle) {
   EXPECT_EQ(pack.RebuildEntityTree(), 1);
 }
 
+TEST(EntityTreeDepthTest, ManyUnclosedInlineTagsReopenInBoundedNumbers) {
+  // Each P reopens the B tags left open; without a bound this page (7 KB)
+  // grows to a million tokens.
+  std::string text = Repeat("<b>", 1000) + Repeat("<p>x", 1000);
+  CByteString source(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+  CHtmlPack pack(source, nullptr);
+  ASSERT_EQ(pack.Parse(static_cast<CHtmlPack::EmParseFlag>(4)), 1);
+  EXPECT_LT(pack.GetTokenList()->GetCount(), 3000 + 1000 * 40);
+  // The few that are reopened still are: the first P's text sits inside B.
+  CByteString out;
+  ASSERT_EQ(pack.Save(&out, static_cast<CHtmlPack::EmSaveFlag>(2)), 1);
+  std::string saved(reinterpret_cast<const char*>(out.GetContent()), static_cast<size_t>(out.GetLength()));
+  EXPECT_NE(saved.find("<p><b>"), std::string::npos) << saved.substr(0, 400);
+}
+
 }  // namespace
 }  // namespace telvanix
