@@ -59,8 +59,7 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool 
     r.error = path + ": could not be parsed";
     return r;
   }
-  const bool same = formatted.GetLength() == source.GetLength() &&
-                    (source.GetLength() == 0 || formatted.Compare(source) == 0);
+  const bool same = SameBytes(source, formatted);
   if (!same && !force && VisibleWords(source, path) != VisibleWords(formatted, path)) {
     r.written = 2;
     return r;

@@ -61,12 +61,14 @@ bool LoadTopicBytes(const std::string& path, CByteString& bytes, std::string& er
   return true;
 }
 
+bool SameBytes(const CByteString& a, const CByteString& b) {
+  return a.GetLength() == b.GetLength() &&
+         (a.GetLength() == 0 || std::memcmp(a.GetContent(), b.GetContent(), static_cast<size_t>(a.GetLength())) == 0);
+}
+
 int WriteIfChanged(const std::string& path, const CByteString& original, const CByteString& bytes,
                    std::string& error) {
-  if (original.GetLength() == bytes.GetLength() &&
-      (bytes.GetLength() == 0 ||
-       std::memcmp(original.GetContent(), bytes.GetContent(), static_cast<size_t>(bytes.GetLength())) == 0))
-    return 0;
+  if (SameBytes(original, bytes)) return 0;
   if (!bytes.SaveToFile(path.c_str())) {
     error = path + ": cannot be written (" + std::strerror(errno ? errno : EIO) + ")";
     return -1;

@@ -25,6 +25,9 @@ bool LooksBinary(const CByteString& bytes);
 // LoadPage for a topic that is to be parsed: binary data is refused.
 bool LoadTopicBytes(const std::string& path, CByteString& bytes, std::string& error);
 
+// True when both hold the same bytes.
+bool SameBytes(const CByteString& a, const CByteString& b);
+
 // Writes `bytes` over `path` atomically, but only when they differ from
 // `original`. Returns 1 written, 0 unchanged, -1 on failure (error set).
 int WriteIfChanged(const std::string& path, const CByteString& original, const CByteString& bytes,
