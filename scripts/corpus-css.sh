@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Fetches two Debian packages full of real stylesheets (fp-docs-3.2.2,
-# libjs-bootstrap4), unpacks them under corpus/css (git-ignored) and checks
+# libjs-bootstrap4) into corpus/ with scripts/fetch-corpus.sh and checks
 # that the stylesheet parser's canonical save is stable over every .css in
 # them, at-rules kept byte for byte (bench/css_corpus_check.cpp).
 #   scripts/corpus-css.sh [BUILD_DIR]
@@ -10,18 +10,9 @@ set -euo pipefail
 
 repo="$(cd "$(dirname "$0")/.." && pwd)"
 build="${1:-$repo/../build-css-corpus}"
-work="$repo/corpus/css"
-mkdir -p "$work/debs" "$work/root" "$build"
-
-cd "$work/debs"
-for pkg in fp-docs-3.2.2 libjs-bootstrap4; do
-  if ! ls "${pkg}"_*.deb >/dev/null 2>&1; then
-    apt-get download "$pkg"
-  fi
-done
-for deb in *.deb; do
-  dpkg -x "$deb" "$work/root"
-done
+mkdir -p "$build"
+# Both packages, as every corpus check gets them.
+work="$("$repo/scripts/fetch-corpus.sh")"
 
 cmake -S "$repo" -B "$build" -DCMAKE_BUILD_TYPE=Release -DTELVANIX_BUILD_TESTS=OFF \
   -DTELVANIX_BUILD_TOOLS=OFF >/dev/null
@@ -29,5 +20,5 @@ cmake --build "$build" --target telvanix -j2 >/dev/null
 c++ -std=c++20 -O2 -I"$repo" "$repo/bench/css_corpus_check.cpp" -L"$build" -ltelvanix \
   -Wl,-rpath,"$build" -o "$build/css_corpus_check"
 
-echo "stylesheets: $(find "$work/root" -name '*.css' | wc -l) files under $work/root"
-"$build/css_corpus_check" "$work/root"
+echo "stylesheets: $(find "$work" -name '*.css' | wc -l) files under $work"
+"$build/css_corpus_check" "$work"
