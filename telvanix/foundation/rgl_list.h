@@ -4,6 +4,7 @@
 // rather than per token; blocks are only released when the list is emptied.
 #pragma once
 
+#include <cstddef>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -26,7 +27,8 @@ class CRglList : public CRglObject {
  public:
   explicit CRglList(int nBlockSize = 10)
       : m_pNodeHead(nullptr), m_pNodeTail(nullptr), m_nCount(0), m_pNodeFree(nullptr),
-        m_pBlocks(nullptr), m_nBlockSize(nBlockSize > 0 ? nBlockSize : 10) {}
+        m_pBlocks(nullptr), m_nBlockSize(nBlockSize > 0 ? nBlockSize : 10), m_pBlockSource(nullptr),
+        m_pBlockContext(nullptr) {}
   CRglList(const CRglList&) = delete;
   CRglList& operator=(const CRglList&) = delete;
   ~CRglList() override { RemoveAll(); }
@@ -108,9 +110,20 @@ class CRglList : public CRglObject {
     }
     m_nCount = 0;
     m_pNodeHead = m_pNodeTail = m_pNodeFree = nullptr;
-    if (m_pBlocks)
+    if (m_pBlocks && !m_pBlockSource)
       m_pBlocks->FreeDataChain();
     m_pBlocks = nullptr;
+  }
+
+  // Node blocks drawn from an outside allocator (e.g. an arena) instead of
+  // the heap. The list never frees such blocks: their owner does, after the
+  // list is emptied. Takes effect for blocks made from now on.
+  using BlockSource = void* (*)(void* pContext, std::size_t nBytes);
+  void SetBlockSource(BlockSource pSource, void* pContext) {
+    if (m_pBlocks && m_pBlockSource != pSource)
+      RemoveAll();
+    m_pBlockSource = pSource;
+    m_pBlockContext = pContext;
   }
 
   POSITION GetHeadPosition() const { return Pos(m_pNodeHead); }
@@ -233,7 +246,17 @@ class CRglList : public CRglObject {
 
   CNode* NewNode(CNode* pPrev, CNode* pNext, ARG_TYPE value) {
     if (!m_pNodeFree) {
-      CRglPlex* block = CRglPlex::Create(m_pBlocks, static_cast<UINT>(m_nBlockSize), sizeof(CNode));
+      CRglPlex* block;
+      if (m_pBlockSource) {
+        block = static_cast<CRglPlex*>(
+            m_pBlockSource(m_pBlockContext, sizeof(CRglPlex) + sizeof(CNode) * static_cast<std::size_t>(m_nBlockSize)));
+        if (block) {
+          block->pNext = m_pBlocks;
+          m_pBlocks = block;
+        }
+      } else {
+        block = CRglPlex::Create(m_pBlocks, static_cast<UINT>(m_nBlockSize), sizeof(CNode));
+      }
       if (!block)
         throw std::bad_alloc();
       // Pushed last to first, so the block's first node is handed out first.
@@ -268,6 +291,8 @@ class CRglList : public CRglObject {
   CNode* m_pNodeFree;
   CRglPlex* m_pBlocks;
   int m_nBlockSize;
+  BlockSource m_pBlockSource;
+  void* m_pBlockContext;
 };
 
 }  // namespace telvanix

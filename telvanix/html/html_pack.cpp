@@ -122,9 +122,9 @@ int CHtmlPack::Parse(EmParseFlag nFlag) {
       }
       int result = 1;
       if (size > 0) {
+        // Every token is analysed with these flags as it is read, so the
+        // list needs no second pass of AnalyseList here.
         result = m_TokenList.BuildTokenList(first, first + size, m_nAnalyseFlags);
-        if (result)
-          result = m_TokenList.AnalyseList(m_nAnalyseFlags);
         if (result && (m_nAnalyseFlags & emAnalyseTree))
           result = m_TokenList.BuildEntityTree(m_nAnalyseFlags);
       }

@@ -335,12 +335,7 @@ int CHtmlTagItem::GetCommentMark(CHtmlTagItem* pItem, CString& mark, CString& da
 // ---- Construction ----
 
 CHtmlTagItem::CHtmlTagItem()
-    : CHtmlTokenItem(emTokenTag),
-      m_nTagId(0),
-      m_pAttributes(nullptr),
-      m_nAttributeCount(0),
-      m_nTagIndex(0),
-      m_bOwnAttributes(0) {
+    : CHtmlTokenItem(emTokenTag), m_pAttributes(nullptr), m_nTagId(0), m_nAttributeCount(0) {
   EnsureTable();
 }
 

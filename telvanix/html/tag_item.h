@@ -166,11 +166,9 @@ class TELVANIX_API CHtmlTagItem : public CHtmlTokenItem {
   void SetRecord(TagAttribute& rec, const char* name, int nNameLen, const char* value, int nValueLen);
   int InsertRecord(int nAt, const char* name, const char* value);
 
+  TagAttribute* m_pAttributes;  // heap blocks when m_bOwnAttributes
   DWORD m_nTagId;
-  TagAttribute* m_pAttributes;
   int m_nAttributeCount;
-  short m_nTagIndex;
-  unsigned char m_bOwnAttributes;  // the records and their texts are heap blocks
 };
 
 }  // namespace telvanix

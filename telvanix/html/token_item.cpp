@@ -13,63 +13,53 @@
 namespace telvanix {
 
 // ---- Allocation ----
-//
-// Every token carries one word in front of it telling where its memory came
-// from, so that delete on a token is right whatever made it.
 
 namespace {
-constexpr std::size_t kTokenHeader = 8;
-constexpr std::uint64_t kFromHeap = 0x48454150u;   // "HEAP"
-constexpr std::uint64_t kFromArena = 0x4152454eu;  // "AREN"
-
 inline bool IsBlank(unsigned char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 }  // namespace
 
 void* CHtmlTokenItem::operator new(std::size_t size) {
-  void* raw = std::malloc(size + kTokenHeader);
+  void* raw = std::malloc(size);
   if (!raw)
     throw std::bad_alloc();
-  *static_cast<std::uint64_t*>(raw) = kFromHeap;
-  return static_cast<char*>(raw) + kTokenHeader;
+  return raw;
 }
 
-void* CHtmlTokenItem::operator new(std::size_t size, CHtmlTokenArena& arena) {
-  void* raw = arena.Allocate(size + kTokenHeader);
-  *static_cast<std::uint64_t*>(raw) = kFromArena;
-  return static_cast<char*>(raw) + kTokenHeader;
-}
+void* CHtmlTokenItem::operator new(std::size_t size, CHtmlTokenArena& arena) { return arena.Allocate(size); }
 
-void CHtmlTokenItem::operator delete(void* p) noexcept {
+// The flag is read before the destructor runs: afterwards the token is gone.
+void CHtmlTokenItem::operator delete(CHtmlTokenItem* p, std::destroying_delete_t) noexcept {
   if (!p)
     return;
-  void* raw = static_cast<char*>(p) - kTokenHeader;
-  if (*static_cast<std::uint64_t*>(raw) == kFromHeap)
-    std::free(raw);
+  const bool inArena = p->m_bInArena;
+  p->~CHtmlTokenItem();
   // Arena memory is given back when the arena is reset.
+  if (!inArena)
+    std::free(p);
 }
+
+void CHtmlTokenItem::operator delete(void* p) noexcept { std::free(p); }
 
 void CHtmlTokenItem::operator delete(void* p, CHtmlTokenArena& arena) noexcept {
   (void)p;
   (void)arena;
 }
 
-bool CHtmlTokenItem::IsArenaToken(const CHtmlTokenItem* pToken) {
-  return pToken &&
-         *reinterpret_cast<const std::uint64_t*>(reinterpret_cast<const char*>(pToken) - kTokenHeader) == kFromArena;
-}
-
 // ---- CHtmlTokenItem ----
 
 CHtmlTokenItem::CHtmlTokenItem(EmTokenType nType)
-    : m_nTokenType(nType),
+    : m_pOriginal(nullptr),
       m_nTokenFlags(0),
-      m_pOriginal(nullptr),
       m_nOriginalLength(0),
       m_nIndentLength(0),
+      m_nTokenType(static_cast<unsigned char>(nType)),
       m_bOwnData(0),
       m_bHeapParts(0),
+      m_bInArena(0),
       m_bSpacesBefore(0),
-      m_nWordMode(0) {}
+      m_nWordMode(0),
+      m_bOwnAttributes(0),
+      m_nTagIndex(0) {}
 
 CHtmlTokenItem::~CHtmlTokenItem() {
   if (m_bOwnData)

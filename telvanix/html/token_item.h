@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 
 #include "telvanix/foundation/byte_string.h"
 #include "telvanix/foundation/rgl_object.h"
@@ -77,9 +78,13 @@ class TELVANIX_API CHtmlTokenItem : public CRglObject {
 
   // Tokens come either from the heap (plain new) or from a list's arena;
   // delete works on both (an arena token's memory goes back with the arena).
+  // The token itself records where it lives, so no word is spent in front
+  // of each one.
   static void* operator new(std::size_t size);
   static void* operator new(std::size_t size, CHtmlTokenArena& arena);
   static void* operator new(std::size_t size, void* place) noexcept { (void)size; return place; }
+  static void operator delete(CHtmlTokenItem* p, std::destroying_delete_t) noexcept;
+  // Frees heap memory of a token whose constructor failed.
   static void operator delete(void* p) noexcept;
   static void operator delete(void* p, CHtmlTokenArena& arena) noexcept;
   static void operator delete(void* p, void* place) noexcept { (void)p; (void)place; }
@@ -106,7 +111,7 @@ class TELVANIX_API CHtmlTokenItem : public CRglObject {
 
   int IsTagToken() const { return m_nTokenType == emTokenTag; }
   int IsTextToken() const { return m_nTokenType == emTokenText; }
-  EmTokenType GetTokenType() const { return m_nTokenType; }
+  EmTokenType GetTokenType() const { return static_cast<EmTokenType>(m_nTokenType); }
 
   void SetTokenFlag(EmTokenFlag nFlag) { m_nTokenFlags |= nFlag; }
   void ResetTokenFlag(EmTokenFlag nFlag) { m_nTokenFlags &= ~static_cast<DWORD>(nFlag); }
@@ -131,7 +136,7 @@ class TELVANIX_API CHtmlTokenItem : public CRglObject {
   int GetIndentAfterLength() const { return m_nIndentLength; }
 
   // Whether the token lives in a list's arena (read from a page).
-  static bool IsArenaToken(const CHtmlTokenItem* pToken);
+  static bool IsArenaToken(const CHtmlTokenItem* pToken) { return pToken && pToken->m_bInArena; }
   // Whether deleting the token has anything to give back besides its own
   // memory (heap copies of bytes, attributes or text).
   bool HoldsHeapParts() const { return m_bHeapParts != 0; }
@@ -148,15 +153,20 @@ class TELVANIX_API CHtmlTokenItem : public CRglObject {
   void StoreData(const unsigned char* original, int nOriginal, const unsigned char* indent, int nIndent);
   void AppendOriginal(CByteString& out, EmTextFlag nFlag) const;
 
-  EmTokenType m_nTokenType;
-  DWORD m_nTokenFlags;
+  // A page holds tens of thousands of tokens: the layout is kept to 32
+  // bytes here and 48 in either kind of token.
   const unsigned char* m_pOriginal;  // original data, then the indent after
+  DWORD m_nTokenFlags;
   int m_nOriginalLength;
   int m_nIndentLength;
-  unsigned char m_bOwnData;       // m_pOriginal is a heap block of this token
-  unsigned char m_bHeapParts;     // something of the token is on the heap
-  unsigned char m_bSpacesBefore;  // text tokens: whitespace was taken before it
-  unsigned char m_nWordMode;      // text tokens: where the word text is
+  unsigned char m_nTokenType;          // EmTokenType
+  unsigned char m_bOwnData : 1;        // m_pOriginal is a heap block of this token
+  unsigned char m_bHeapParts : 1;      // something of the token is on the heap
+  unsigned char m_bInArena : 1;        // the token's memory is its list's arena
+  unsigned char m_bSpacesBefore : 1;   // text tokens: whitespace was taken before it
+  unsigned char m_nWordMode : 2;       // text tokens: where the word text is
+  unsigned char m_bOwnAttributes : 1;  // tag tokens: the attributes are heap blocks
+  short m_nTagIndex;                   // tag tokens: row of the syntax table
 };
 
 class TELVANIX_API CHtmlTextItem : public CHtmlTokenItem {

@@ -30,8 +30,16 @@ constexpr TagByteTable kTagBytes;
 
 }  // namespace
 
+namespace {
+void* NodeBlockFromArena(void* arena, std::size_t bytes) { return static_cast<CHtmlTokenArena*>(arena)->Allocate(bytes); }
+}  // namespace
+
+// The list's nodes come from the arena too: one heap block per ten tokens
+// would cost more than the tokens themselves.
 CHtmlTokenList::CHtmlTokenList()
-    : m_TokenList(10), m_pEntityTree(nullptr), m_bPendingWhitespace(0), m_pScanEnd(nullptr) {}
+    : m_TokenList(10), m_pEntityTree(nullptr), m_bPendingWhitespace(0), m_pScanEnd(nullptr) {
+  m_TokenList.SetBlockSource(&NodeBlockFromArena, &m_Arena);
+}
 
 CHtmlTokenList::~CHtmlTokenList() { ClearAll(); }
 
@@ -175,6 +183,7 @@ int CHtmlTokenList::BuildTokenList(const unsigned char* first, const unsigned ch
 bool CHtmlTokenList::AppendTag(const unsigned char* first, const unsigned char* last,
                                const CHtmlTagItem::TagNameInfo* pInfo, int nFlags) {
   CHtmlTagItem* tag = new (m_Arena) CHtmlTagItem();
+  tag->m_bInArena = 1;
   tag->AttachOriginalData(first, static_cast<int>(last - first + 1));
   tag->AnalyseIn(nFlags, &m_Arena, pInfo);
   if (!CommitNewToken(tag)) {
@@ -329,6 +338,7 @@ void CHtmlTokenList::CommitText(const unsigned char* first, const unsigned char*
     }
   }
   CHtmlTextItem* text = new (m_Arena) CHtmlTextItem();
+  text->m_bInArena = 1;
   text->AttachOriginalData(first, static_cast<int>(last - first + 1));
   text->AnalyseIn(nFlags, &m_Arena);
   // A run that begins with a "<" the tokenizer did not take as a tag (for an

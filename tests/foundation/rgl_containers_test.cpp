@@ -124,6 +124,51 @@ TEST(RglList, RemovingTheLastElementReleasesTheBlocks) {
   EXPECT_TRUE(list.IsEmpty());
 }
 
+
+// Blocks from an outside source are carved from a plain buffer here: were
+// the list to free one, the sanitizer would report a bad free.
+TEST(RglList, NodeBlocksFromASourceAreNeverFreedByTheList) {
+  struct Source {
+    alignas(16) unsigned char buffer[4096];
+    std::size_t used = 0;
+    int calls = 0;
+    static void* Take(void* self, std::size_t bytes) {
+      auto* s = static_cast<Source*>(self);
+      ++s->calls;
+      void* p = s->buffer + s->used;
+      s->used += (bytes + 15) & ~static_cast<std::size_t>(15);
+      return s->used <= sizeof(s->buffer) ? p : nullptr;
+    }
+  } source;
+  std::vector<Item> items(25);
+  {
+    CRglList<Item*> list;
+    list.SetBlockSource(&Source::Take, &source);
+    for (int i = 0; i < 25; ++i) {
+      items[i].id = i;
+      list.AddTail(&items[i]);
+    }
+    EXPECT_EQ(source.calls, 3);
+    EXPECT_EQ(list.GetBlockCount(), 3);
+    EXPECT_EQ(Forward(list).back(), 24);
+    list.RemoveAt(list.GetHeadPosition());
+    list.AddHead(&items[0]);
+    EXPECT_EQ(source.calls, 3);  // the freed node is reused
+    list.RemoveAll();
+    EXPECT_EQ(list.GetBlockCount(), 0);
+    list.AddTail(&items[1]);
+    EXPECT_EQ(source.calls, 4);
+  }
+}
+
+// A source that runs dry gives bad_alloc, as the heap would.
+TEST(RglList, AnEmptySourceThrowsLikeTheHeap) {
+  CRglList<Item*> list;
+  list.SetBlockSource([](void*, std::size_t) -> void* { return nullptr; }, nullptr);
+  Item a{1};
+  EXPECT_THROW(list.AddTail(&a), std::bad_alloc);
+  EXPECT_TRUE(list.IsEmpty());
+}
 TEST(RglList, InsertionKeepsHeadTailAndLinks) {
   Item items[6];
   for (int i = 0; i < 6; ++i)
