@@ -5,18 +5,100 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "telvanix/css/css_scan_core.h"
 #include "telvanix/css/css_style.h"
 #include "telvanix/foundation/hash_fold.h"
 #include "telvanix/foundation/path_utils.h"
 #include "telvanix/foundation/text_utils.h"
 
 namespace telvanix {
+
+// The selectors of one rule: their texts one after another in one buffer,
+// reused from rule to rule.
+struct CCssPack::CRuleSelectors {
+  void Clear() {
+    text.clear();
+    ranges.clear();
+    current = 0;
+  }
+  bool CurrentEmpty() const { return text.size() == current; }
+  // A piece of the current selector; pieces are joined with one space.
+  void AddPiece(const unsigned char* p, const unsigned char* e) {
+    if (!CurrentEmpty())
+      text += ' ';
+    text.append(reinterpret_cast<const char*>(p), static_cast<size_t>(e - p));
+  }
+  // Ends the current selector, kept when it holds text.
+  void EndSelector() {
+    if (!CurrentEmpty())
+      ranges.emplace_back(current, text.size() - current);
+    current = text.size();
+  }
+
+  std::string text;
+  std::vector<std::pair<size_t, size_t>> ranges;  // offset, length
+  size_t current = 0;                             // where the current selector starts
+};
+
+// First style line of each name hash: open addressing over a power-of-two
+// table, a hash of 0 (a name of no letters) included.
+class CCssPack::CStyleIndex {
+ public:
+  CCssStyle* Find(DWORD hash) const {
+    if (m_slots.empty())
+      return nullptr;
+    for (size_t i = Mix(hash) & m_mask;; i = (i + 1) & m_mask) {
+      const Slot& slot = m_slots[i];
+      if (!slot.style)
+        return nullptr;
+      if (slot.hash == hash)
+        return slot.style;
+    }
+  }
+  // Keeps the first style of a hash.
+  void Add(DWORD hash, CCssStyle* style) {
+    if ((m_count + 1) * 2 > m_slots.size())
+      Grow();
+    for (size_t i = Mix(hash) & m_mask;; i = (i + 1) & m_mask) {
+      Slot& slot = m_slots[i];
+      if (!slot.style) {
+        slot.hash = hash;
+        slot.style = style;
+        ++m_count;
+        return;
+      }
+      if (slot.hash == hash)
+        return;
+    }
+  }
+
+ private:
+  struct Slot {
+    DWORD hash = 0;
+    CCssStyle* style = nullptr;
+  };
+  static size_t Mix(DWORD hash) { return static_cast<size_t>(hash * 0x9E3779B1u) >> 7; }
+  void Grow() {
+    std::vector<Slot> old;
+    old.swap(m_slots);
+    m_slots.assign(old.empty() ? 256 : old.size() * 2, Slot());
+    m_mask = m_slots.size() - 1;
+    m_count = 0;
+    for (const Slot& slot : old)
+      if (slot.style)
+        Add(slot.hash, slot.style);
+  }
+
+  std::vector<Slot> m_slots;
+  size_t m_mask = 0;
+  size_t m_count = 0;
+};
 
 // What BuildList knows while it runs. The parser retries unreadable text one
 // byte at a time; a rule's outcome depends only on where its scan stands, so
@@ -52,7 +134,9 @@ struct CCssPack::CBuildState {
   std::vector<std::pair<const unsigned char*, const unsigned char*>> runs;
   // First style line of each name hash, so merging needs no list walk.
   bool useIndex = false;
-  std::unordered_map<DWORD, CCssStyle*> firstByHash;
+  CStyleIndex firstByHash;
+  // The selectors of the rule being read, one after another.
+  CRuleSelectors selectors;
 };
 
 CCssPack::CCssPack(const char* path, const CByteString* content)
@@ -111,14 +195,14 @@ int CCssPack::BuildList(const unsigned char* begin, const unsigned char* end) {
         CCssLogicalLine* line = m_listLines.GetNext(pos);
         if (line && line->IsStyle()) {
           CCssStyle* style = static_cast<CCssStyle*>(line);
-          state.firstByHash.emplace(style->GetStyleNameHash(), style);
+          state.firstByHash.Add(style->GetStyleNameHash(), style);
         }
       }
     }
     m_pBuildState = &state;
     const unsigned char* p = begin;
     while (p < end) {
-      const unsigned char* q = CssSkipSpaces(p, end, 0);
+      const unsigned char* q = css_scan::SkipSpaces(p, end, false);
       if (q > p) {
         AppendIndentStringToLastToken(p, static_cast<int>(q - p));
         p = q;
@@ -129,7 +213,7 @@ int CCssPack::BuildList(const unsigned char* begin, const unsigned char* end) {
       if (*p == '@')
         r = CommitLglAtStatement(p, end);
       else if (*p == '/' || *p == '<')
-        r = CssSkipSpaces(p, end, 1);  // a comment, or "<!--" hiding the sheet
+        r = css_scan::SkipSpaces(p, end, true);  // a comment, or "<!--" hiding the sheet
       else
         r = CommitLglCssDefination(p, end);
       p = r > p ? r : p + 1;
@@ -209,6 +293,7 @@ const unsigned char* CCssPack::SkipAtRuleBlock(const unsigned char* p, const uns
 }
 
 const unsigned char* CCssPack::CommitLglCssDefination(const unsigned char* begin, const unsigned char* end) {
+  using namespace css_scan;
   if (!begin || !end || begin >= end)
     return begin;
   CBuildState* state = m_pBuildState;
@@ -218,6 +303,7 @@ const unsigned char* CCssPack::CommitLglCssDefination(const unsigned char* begin
     state->visited.clear();
     state->runs.clear();
   }
+  const UINT cp = LeadCodePage();
   auto fail = [&]() -> const unsigned char* {
     if (state) {
       for (const auto& v : state->visited)
@@ -225,12 +311,11 @@ const unsigned char* CCssPack::CommitLglCssDefination(const unsigned char* begin
       // Every byte of a selector run before its first quoted stretch ends
       // the run at the same place, so it fails alike; not so under a
       // double-byte code page, where a start may fall on a trail byte.
-      if (!IsDBCS()) {
+      if (!cp) {
         for (const auto& run : state->runs) {
           for (const unsigned char* x = run.first; x < run.second; ++x) {
-            const unsigned char ch = *x;
             state->Mark(x, CBuildState::kDeadSelector);
-            if (ch == '\'' || ch == '"' || ch == '(' || ch == '[')
+            if (ClassAt(x) & kQuoteByte)
               break;
           }
         }
@@ -240,8 +325,9 @@ const unsigned char* CCssPack::CommitLglCssDefination(const unsigned char* begin
   };
 
   // 1. The selector list.
-  std::vector<CString> selectors;
-  CString buffer;
+  CRuleSelectors localSelectors;
+  CRuleSelectors& selectors = state ? state->selectors : localSelectors;
+  selectors.Clear();
   const unsigned char* s = begin;
   const unsigned char* brace = nullptr;
   for (;;) {
@@ -250,14 +336,14 @@ const unsigned char* CCssPack::CommitLglCssDefination(const unsigned char* begin
         return fail();
       state->visited.emplace_back(s, CBuildState::kDeadSelector);
     }
-    const unsigned char* q = CssSkipAny(s, end, kCssFlagsSelector);
+    const unsigned char* q = SkipAny(s, end, kCssFlagsSelector, cp);
     if (state)
       state->runs.emplace_back(s, q);
     if (q < end && *q == ' ') {
       // A contextual selector ("div p"): taken whole, as written.
       const unsigned char* cur = q;
       for (;;) {
-        const unsigned char* t = CssSkipSpaces(cur, end, 1);
+        const unsigned char* t = SkipSpaces(cur, end, true);
         if (t < end && (*t == '{' || *t == ','))  {
           cur = t;
           break;
@@ -267,7 +353,7 @@ const unsigned char* CCssPack::CommitLglCssDefination(const unsigned char* begin
             return fail();
           state->visited.emplace_back(t, CBuildState::kDeadContext);
         }
-        const unsigned char* u = CssSkipSpaces(CssSkipAny(t, end, kCssFlagsSelector), end, 1);
+        const unsigned char* u = SkipSpaces(SkipAny(t, end, kCssFlagsSelector, cp), end, true);
         if (u <= cur)
           break;
         cur = u;
@@ -276,22 +362,16 @@ const unsigned char* CCssPack::CommitLglCssDefination(const unsigned char* begin
         return fail();
       q = cur;
     }
-    const unsigned char* t = CssSkipSpaces(q, end, 1);
-    if (q > s) {
-      if (!buffer.IsEmpty())
-        buffer += ' ';
-      buffer += CString(reinterpret_cast<const char*>(s), static_cast<int>(q - s));
-    }
+    const unsigned char* t = SkipSpaces(q, end, true);
+    if (q > s)
+      selectors.AddPiece(s, q);
     if (t < end && (*t == ',' || *t == '{')) {
-      if (!buffer.IsEmpty()) {
-        selectors.push_back(buffer);
-        buffer.Empty();
-      }
+      selectors.EndSelector();
       if (*t == '{') {
         brace = t;
         break;
       }
-      t = CssSkipSpaces(t + 1, end, 1);
+      t = SkipSpaces(t + 1, end, true);
     }
     if (t < end && *t == 0)
       return fail();  // nothing after a zero byte is stylesheet text
@@ -309,19 +389,19 @@ const unsigned char* CCssPack::CommitLglCssDefination(const unsigned char* begin
     state->visited.emplace_back(brace, CBuildState::kDeadBlock);
   }
   const unsigned char* b = brace + 1;
-  const bool jump = state && !IsDBCS();
+  const bool jump = state && !cp;
   for (;;) {
     if (state) {
       if (state->IsDead(b, CBuildState::kDeadBody))
         return fail();
       state->visited.emplace_back(b, CBuildState::kDeadBody);
     }
-    b = CssSkipSpaces(b, end, 1);
+    b = SkipSpaces(b, end, true);
     if (b >= end || *b == 0)
       return fail();
     if (*b == '}')
       break;
-    const unsigned char* d = CssSkipDeclaration(b, end);
+    const unsigned char* d = SkipDeclaration(b, end, cp);
     if (d > b) {
       b = d;
       if (b < end && *b == ';')
@@ -330,35 +410,42 @@ const unsigned char* CCssPack::CommitLglCssDefination(const unsigned char* begin
       // Every later start inside the same name run, before any quoted
       // stretch, ends that run at the same place and fails alike: stepping
       // byte by byte would only repeat this failure, so go to its end.
-      const unsigned char* q = CssSkipAny(b, end, kCssFlagsPropertyName | emCssStopSemicolon | emCssStopCloseBrace);
+      const unsigned char* q = SkipAny(b, end, kCssFlagsPropertyName | emCssStopSemicolon | emCssStopCloseBrace, cp);
       const unsigned char* x = b + 1;
       while (x < q && *x != '\'' && *x != '"' && *x != '(' && *x != '[' && *x != '/' && *x != '<' && *x != '-')
         ++x;
-      b = (*b == '\'' || *b == '"' || *b == '(' || *b == '[') ? b + 1 : x;
+      b = (ClassAt(b) & kQuoteByte) ? b + 1 : x;
     } else {
       ++b;
     }
   }
   const unsigned char* closing = b;
 
-  // 3. One style line per selector, sharing the body read once.
-  if (!selectors.empty()) {
-    const CString body(reinterpret_cast<const char*>(brace + 1), static_cast<int>(closing - brace - 1));
-    CCssStyleProperty properties;
-    properties.Analyse(body.GetString());
-    for (const CString& selector : selectors) {
-      CCssStyle* style = new CCssStyle(selector.GetString(), body.GetString(), &properties);
-      AddStyleItemOwned(style);
+  // 3. One style line per selector, sharing the body read once: the first
+  // style reads it, the others copy its list. All are made before any is
+  // added, since adding may merge one into an earlier rule and delete it.
+  const size_t count = selectors.ranges.size();
+  if (count) {
+    const char* body = reinterpret_cast<const char*>(brace + 1);
+    const int bodyLength = static_cast<int>(closing - brace - 1);
+    std::vector<std::unique_ptr<CCssStyle>> made;
+    made.reserve(count);
+    for (size_t i = 0; i < count; ++i) {
+      made.emplace_back(new CCssStyle());
+      const auto& range = selectors.ranges[i];
+      made.back()->SetParsedRule(selectors.text.data() + range.first, static_cast<int>(range.second), body,
+                                 bodyLength, i ? &made.front()->m_properties : nullptr);
     }
+    for (auto& style : made)
+      AddStyleItemOwned(style.release());
   }
-  return CssSkipSpaces(closing + 1, end, 1);
+  return SkipSpaces(closing + 1, end, true);
 }
 
 CCssStyle* CCssPack::FindSameStyle(CCssStyle* style) {
   CBuildState* state = m_pBuildState;
   if (state && state->useIndex) {
-    auto found = state->firstByHash.find(style->GetStyleNameHash());
-    return found == state->firstByHash.end() ? nullptr : found->second;
+    return state->firstByHash.Find(style->GetStyleNameHash());
   }
   POSITION pos = m_listLines.GetHeadPosition();
   while (pos) {
@@ -378,7 +465,7 @@ void CCssPack::AddStyleItemOwned(CCssStyle* style) {
   }
   AppendLine(style);
   if (m_pBuildState && m_pBuildState->useIndex)
-    m_pBuildState->firstByHash.emplace(style->GetStyleNameHash(), style);
+    m_pBuildState->firstByHash.Add(style->GetStyleNameHash(), style);
 }
 
 int CCssPack::AddStyleItem(CCssStyle* style) {

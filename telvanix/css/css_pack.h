@@ -111,6 +111,8 @@ class TELVANIX_API CCssPack : public CRglObject {
 
  private:
   struct CBuildState;
+  struct CRuleSelectors;
+  class CStyleIndex;
 
   void AppendLine(CCssLogicalLine* line);
   // CssSkipBlock for an at-rule, remembering unclosed blocks while building.

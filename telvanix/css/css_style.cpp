@@ -1,8 +1,10 @@
 #include "telvanix/css/css_style.h"
 
 #include <cstring>
+#include <string>
 
 #include "telvanix/css/css_pack.h"
+#include "telvanix/css/css_scan_core.h"
 #include "telvanix/css/style_format.h"
 #include "telvanix/foundation/hash_fold.h"
 #include "telvanix/foundation/text_utils.h"
@@ -48,7 +50,9 @@ bool EqualNoCaseMultiByte(const char* a, const char* b) {
 
 }  // namespace
 
-CCssStyle::CCssStyle() : CCssLogicalLine(emLineStyle), m_dwFlags(0), m_dwNameHash(0) { Default(); }
+CCssStyle::CCssStyle() : CCssLogicalLine(emLineStyle), m_dwFlags(0), m_dwNameHash(0), m_bChainPending(false) {
+  Default();
+}
 
 CCssStyle::CCssStyle(const char* selectorText, const char* bodyText, const CCssStyleProperty* properties)
     : CCssStyle() {
@@ -75,7 +79,26 @@ int CCssStyle::Default() {
   m_strSelectorText.Empty();
   m_strBodyText.Empty();
   m_strUniqueBlockStyleName.Empty();
+  m_bChainPending = false;
   return 1;
+}
+
+void CCssStyle::SetParsedRule(const char* selector, int selectorLength, const char* body, int bodyLength,
+                              const CCssStyleProperty* properties) {
+  // As the constructor's texts, which end at a zero byte.
+  selectorLength = static_cast<int>(strnlen(selector, static_cast<size_t>(selectorLength)));
+  bodyLength = static_cast<int>(strnlen(body, static_cast<size_t>(bodyLength)));
+  m_strSelectorText = CString(selector, selectorLength);
+  m_strBodyText = CString(body, bodyLength);
+  if (properties) {
+    m_properties.Copy(properties);
+  } else {
+    m_properties.Default();
+    const unsigned char* text = reinterpret_cast<const unsigned char*>(body);
+    m_properties.AnalyseRange(text, text + bodyLength);
+  }
+  m_dwFlags |= emStylePropertyAnalysed;
+  Analyse();
 }
 
 int CCssStyle::Copy(const CCssStyle* other) {
@@ -89,6 +112,7 @@ int CCssStyle::Copy(const CCssStyle* other) {
   m_properties.Copy(&other->m_properties);
   m_selectors.Default();
   m_selectors.Copy(&other->m_selectors);
+  m_bChainPending = other->m_bChainPending;
   m_dwNameHash = other->m_dwNameHash;
   m_strSelectorText = other->m_strSelectorText;
   m_strBodyText = other->m_strBodyText;
@@ -105,8 +129,9 @@ int CCssStyle::Analyse() {
   }
   if (!(m_dwFlags & emStyleNameAnalysed)) {
     if (!m_strSelectorText.IsEmpty()) {
-      m_strStyleName = NormalizeName(reinterpret_cast<const unsigned char*>(m_strSelectorText.GetString()));
-      m_selectors.Analyse(m_strStyleName.GetString());
+      const unsigned char* text = reinterpret_cast<const unsigned char*>(m_strSelectorText.GetString());
+      m_strStyleName = NormalizeNameRange(text, text + m_strSelectorText.GetLength());
+      m_bChainPending = true;
     }
     m_dwFlags |= emStyleNameAnalysed;
   }
@@ -116,6 +141,13 @@ int CCssStyle::Analyse() {
 void CCssStyle::EnsureNameAnalysed() {
   if (!(m_dwFlags & emStyleNameAnalysed))
     Analyse();
+}
+
+void CCssStyle::EnsureChain() {
+  if (m_bChainPending) {
+    m_bChainPending = false;
+    m_selectors.Analyse(m_strStyleName.GetString());
+  }
 }
 
 void CCssStyle::EnsurePropertyAnalysed() {
@@ -144,16 +176,19 @@ CCssStyleFormat* CCssStyle::GetStyleFormat() {
 
 CCssStyleSelectors* CCssStyle::GetStyleSelectors() {
   EnsureNameAnalysed();
+  EnsureChain();
   return &m_selectors;
 }
 
 int CCssStyle::IsContextualSelector() {
   EnsureNameAnalysed();
+  EnsureChain();
   return m_selectors.GetSize() > 1 ? 1 : 0;
 }
 
 CCssStyle::CSelector* CCssStyle::GetLastSelector() {
   EnsureNameAnalysed();
+  EnsureChain();
   return m_selectors.GetLast();
 }
 
@@ -224,14 +259,22 @@ int CCssStyle::InheritNew(CCssStyle* other) {
 }
 
 CString CCssStyle::NormalizeName(const unsigned char* text) {
-  CString name;
   if (!text)
-    return name;
-  const unsigned char* const end = text + std::strlen(reinterpret_cast<const char*>(text));
-  const unsigned char* p = text;
+    return CString();
+  return NormalizeNameRange(text, text + std::strlen(reinterpret_cast<const char*>(text)));
+}
+
+CString CCssStyle::NormalizeNameRange(const unsigned char* p, const unsigned char* end) {
+  using namespace css_scan;
+  const UINT cp = LeadCodePage();
+  // Most names are one run, taken as it stands; more runs are joined with
+  // one space in a buffer.
+  const unsigned char* firstRun = nullptr;
+  const unsigned char* firstEnd = nullptr;
+  std::string joined;
   while (p < end) {
-    const unsigned char* s = CCssPack::CssSkipSpaces(p, end, 1);
-    const unsigned char* q = CCssPack::CssSkipAny(s, end, kCssFlagsValue);
+    const unsigned char* s = SkipSpaces(p, end, true);
+    const unsigned char* q = SkipAny(s, end, kCssFlagsValue, cp);
     if (q <= s)
       break;
     // A run that ends in a quoted stretch carries the blanks after it; they
@@ -239,12 +282,22 @@ CString CCssStyle::NormalizeName(const unsigned char* text) {
     const unsigned char* e = q;
     while (e > s && IsCssBlank(e[-1]))
       --e;
-    if (!name.IsEmpty())
-      name += ' ';
-    name += CString(reinterpret_cast<const char*>(s), static_cast<int>(e - s));
+    if (!firstRun) {
+      firstRun = s;
+      firstEnd = e;
+    } else {
+      if (joined.empty())
+        joined.assign(reinterpret_cast<const char*>(firstRun), static_cast<size_t>(firstEnd - firstRun));
+      joined += ' ';
+      joined.append(reinterpret_cast<const char*>(s), static_cast<size_t>(e - s));
+    }
     p = q;
   }
-  return name;
+  if (!firstRun)
+    return CString();
+  if (joined.empty())
+    return CString(reinterpret_cast<const char*>(firstRun), static_cast<int>(firstEnd - firstRun));
+  return CString(joined);
 }
 
 int CCssStyle::SuffixUniqueBlockStyleName(const char* suffix) {

@@ -86,8 +86,18 @@ class TELVANIX_API CCssStyle : public CCssLogicalLine {
   DWORD GetStyleNameHash();
 
  private:
+  friend class CCssPack;
+
+  // The parser's way in, as the constructor from (selector, body, list) but
+  // with texts given by length: without a list the body is read here.
+  void SetParsedRule(const char* selector, int selectorLength, const char* body, int bodyLength,
+                     const CCssStyleProperty* properties);
+  static CString NormalizeNameRange(const unsigned char* p, const unsigned char* end);
   void EnsureNameAnalysed();
   void EnsurePropertyAnalysed();
+  // The chain is a function of the name alone, so it is cut from the name
+  // only when first asked for: most rules a parser reads are never matched.
+  void EnsureChain();
 
   DWORD m_dwFlags;
   CString m_strStyleName;
@@ -97,6 +107,7 @@ class TELVANIX_API CCssStyle : public CCssLogicalLine {
   CString m_strSelectorText;
   CString m_strBodyText;
   CString m_strUniqueBlockStyleName;
+  bool m_bChainPending;  // the name is analysed, its chain not yet cut
 };
 
 }  // namespace telvanix

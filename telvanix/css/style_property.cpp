@@ -1,9 +1,14 @@
 #include "telvanix/css/style_property.h"
 
-#include <cstring>
 #include <strings.h>
 
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <string>
+
 #include "telvanix/css/css_pack.h"
+#include "telvanix/css/css_scan_core.h"
 #include "telvanix/css/css_scanner.h"
 #include "telvanix/css/style_format.h"
 #include "telvanix/css/value_runs.h"
@@ -13,6 +18,9 @@ namespace telvanix {
 
 namespace {
 using Byte = unsigned char;
+// The blanks a name or value is trimmed of (as TrimLeftAndRight).
+constexpr char kTrimmed[] = " \t\n\r\a";
+inline bool IsTrimmed(char ch) { return ch == ' ' || ch == '\t' || ch == '\n' || ch == '\r' || ch == '\a'; }
 }  // namespace
 
 CCssStyleProperty::CPropertyPair::~CPropertyPair() = default;
@@ -73,22 +81,32 @@ int CCssStyleProperty::Analyse(unsigned char* text) {
   if (!text || !*text)
     return 1;
   const Byte* p = text;
-  const Byte* const end = p + std::strlen(reinterpret_cast<const char*>(text));
+  AnalyseRange(p, p + std::strlen(reinterpret_cast<const char*>(text)));
+  return 1;
+}
+
+void CCssStyleProperty::AnalyseRange(const Byte* p, const Byte* const end) {
+  using namespace css_scan;
+  const UINT cp = LeadCodePage();
+  // Reused for every declaration, so a body costs no temporary strings.
+  std::string name;
+  std::string value;
   while (p < end) {
-    p = CCssPack::CssSkipSpaces(p, end, 1);
+    p = SkipSpaces(p, end, true);
     if (p >= end || *p == '\0')
       break;
-    const Byte* nameEnd = CCssPack::CssSkipAny(p, end, kCssFlagsPropertyName);
-    const CString name(reinterpret_cast<const char*>(p), static_cast<int>(CssRunTextEnd(p, nameEnd) - p));
-    p = CCssPack::CssSkipSpaces(nameEnd, end, 1);
+    const Byte* nameText;
+    const Byte* nameEnd = SkipAnyRun(p, end, kCssFlagsPropertyName, cp, nameText);
+    name.assign(reinterpret_cast<const char*>(p), static_cast<size_t>(nameText - p));
+    p = SkipSpaces(nameEnd, end, true);
     // A declaration without ":" ends the list; the rest is not read.
     if (p >= end || *p != ':')
       break;
     ++p;
 
-    CString value;
+    value.clear();
     while (p < end) {
-      p = CCssPack::CssSkipSpaces(p, end, 1);
+      p = SkipSpaces(p, end, true);
       if (p >= end || *p == '\0')
         break;
       if (*p == ';') {
@@ -97,22 +115,22 @@ int CCssStyleProperty::Analyse(unsigned char* text) {
       }
       const Byte* q;
       if (*p == '{') {
-        q = CCssPack::CssSkipBlock(p, end);
+        q = SkipBlock(p, end, cp);
       } else if (*p == '@') {
         q = CCssPack::CssSkipAtKeyword(p, end);
       } else {
-        q = CCssPack::CssSkipAny(p, end, emCssStopSemicolon);
+        const Byte* runText;
+        q = SkipAnyRun(p, end, emCssStopSemicolon, cp, runText);
         if (q > p) {
-          if (!value.IsEmpty())
+          if (!value.empty())
             value += ' ';
-          value += CString(reinterpret_cast<const char*>(p), static_cast<int>(CssRunTextEnd(p, q) - p));
+          value.append(reinterpret_cast<const char*>(p), static_cast<size_t>(runText - p));
         }
       }
       p = q > p ? q : p + 1;
     }
-    SetProperty(name, value);
+    SetPropertyText(name, value);
   }
-  return 1;
 }
 
 CString CCssStyleProperty::NormalizeName(const char* name) {
@@ -122,10 +140,13 @@ CString CCssStyleProperty::NormalizeName(const char* name) {
   return text;
 }
 
-int CCssStyleProperty::FindPair(const CString& name) const {
+int CCssStyleProperty::FindPair(const CString& name) const { return FindPair(name.GetString(), name.GetLength()); }
+
+int CCssStyleProperty::FindPair(const char* name, int length) const {
   for (int i = 0; i < m_arrPairs.GetSize(); ++i) {
     const CPropertyPair* pair = m_arrPairs[i];
-    if (pair && pair->GetName().CompareNoCase(name) == 0)
+    // Names equal ignoring case have equal lengths.
+    if (pair && pair->GetName().GetLength() == length && pair->GetName().CompareNoCase(name) == 0)
       return i;
   }
   return -1;
@@ -145,6 +166,36 @@ int CCssStyleProperty::SetProperty(const char* name, const char* value) {
   else
     m_arrPairs.Add(new CPropertyPair(key, text));
   return 1;
+}
+
+void CCssStyleProperty::SetPropertyText(std::string& name, std::string& value) {
+  if (value.empty()) {
+    DeleteProperty(name.c_str());
+    return;
+  }
+  DropStyleFormat();
+  // As SetProperty: the name lower-cased and trimmed, the value de-quoted,
+  // both in place in the reader's buffers.
+  for (char& ch : name)
+    ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
+  const size_t nameFirst = name.find_first_not_of(kTrimmed);
+  if (nameFirst == std::string::npos) {
+    name.clear();
+  } else {
+    name.resize(name.find_last_not_of(kTrimmed) + 1);
+    name.erase(0, nameFirst);
+  }
+  size_t first = 0;
+  size_t length = value.size();
+  DeQuoteRange(value.c_str(), first, length);
+  value.resize(first + length);
+  const char* text = value.c_str() + first;
+
+  const int index = FindPair(name.c_str(), static_cast<int>(name.size()));
+  if (index >= 0)
+    m_arrPairs[index]->SetValue(text);
+  else
+    m_arrPairs.Add(new CPropertyPair(name.c_str(), text));
 }
 
 int CCssStyleProperty::GetProperty(const char* name, CString& value) const {
@@ -221,27 +272,36 @@ CString CCssStyleProperty::QuotePairValue(const char* value) {
   return text;
 }
 
+void CCssStyleProperty::DeQuoteRange(const char* text, size_t& first, size_t& length) {
+  // Trimmed of the blanks TrimLeftAndRight takes.
+  size_t b = first;
+  size_t e = first + length;
+  while (b < e && IsTrimmed(text[b]))
+    ++b;
+  while (e > b && IsTrimmed(text[e - 1]))
+    --e;
+  first = b;
+  length = e - b;
+  if (length < 2)
+    return;
+  const char quote = text[b];
+  if ((quote == '\'' || quote == '"') && text[e - 1] == quote) {
+    // Only a single enclosing pair is removed: 'a' 'b' keeps its quotes.
+    if (std::count(text + b, text + e, quote) == 2) {
+      first = b + 1;
+      length -= 2;
+    }
+  }
+}
+
 CString CCssStyleProperty::DeQuotePairValue(const char* text, int length) {
   if (!text)
     return CString();
-  const int available = static_cast<int>(std::strlen(text));
-  CString value(text, length < 0 || length > available ? available : length);
-  TrimLeftAndRight(value);
-  const int n = value.GetLength();
-  if (n < 2)
-    return value;
-  const char first = value[0];
-  const char last = value[n - 1];
-  if ((first == '\'' || first == '"') && last == first) {
-    int quotes = 0;
-    for (int i = 0; i < n; ++i)
-      if (value[i] == first)
-        ++quotes;
-    // Only a single enclosing pair is removed: 'a' 'b' keeps its quotes.
-    if (quotes == 2)
-      return value.Mid(1, n - 2);
-  }
-  return value;
+  const size_t available = std::strlen(text);
+  size_t first = 0;
+  size_t count = length < 0 || static_cast<size_t>(length) > available ? available : static_cast<size_t>(length);
+  DeQuoteRange(text, first, count);
+  return CString(text + first, static_cast<int>(count));
 }
 
 CString CCssStyleProperty::GetFileNameFromUrlPairValue(const char* value) {

@@ -6,6 +6,9 @@
 // cached until the list changes.
 #pragma once
 
+#include <cstddef>
+#include <string>
+
 #include "telvanix/foundation/rgl_array.h"
 #include "telvanix/foundation/rgl_object.h"
 #include "telvanix/platform/export.h"
@@ -87,8 +90,19 @@ class TELVANIX_API CCssStyleProperty : public CRglObject {
   static CString GetFileNameFromUrlPairValue(const char* value);
 
  private:
+  friend class CCssStyle;
+
+  // Analyse over [p, end), which holds no zero byte.
+  void AnalyseRange(const unsigned char* p, const unsigned char* end);
+  // SetProperty for the reader: name and value are its own buffers, which
+  // this normalises in place.
+  void SetPropertyText(std::string& name, std::string& value);
+  // The trimmed, de-quoted part of text[first, first + length), as
+  // DeQuotePairValue gives it.
+  static void DeQuoteRange(const char* text, size_t& first, size_t& length);
   // The index of the first pair called `name` (already normalised), or -1.
   int FindPair(const CString& name) const;
+  int FindPair(const char* name, int length) const;
   void DropStyleFormat();
   static CString NormalizeName(const char* name);
 

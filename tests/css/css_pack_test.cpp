@@ -190,6 +190,26 @@ TEST(CssPackTest, SelectorGroupsAndStrayDeclarations) {
   EXPECT_EQ(ParseLines("a b} c {x:y}"), (L{"S b c"}));
 }
 
+TEST(CssPackTest, GroupedSelectorsEachGetTheirOwnCopyOfTheBody) {
+  // The group's body is read once; the repeated h1 merges into the first.
+  CByteString content = Bytes("h1, h2, h1 {a:b; c:'d'}");
+  CCssPack pack(&content);
+  pack.Parse();
+  EXPECT_EQ(Lines(pack), (L{"S h1", "S h2"}));
+  CCssStyle* h1 = pack.GetStyle("h1");
+  CCssStyle* h2 = pack.GetStyle("h2");
+  ASSERT_TRUE(h1 && h2);
+  EXPECT_EQ(std::string(h1->GetStyleProperty()->GetPrintableString()), "a:b; c:d; a:b; c:d; ");
+  EXPECT_EQ(std::string(h2->GetStyleProperty()->GetPrintableString()), "a:b; c:d; ");
+  EXPECT_EQ(std::string(h1->GetBodyText()), "a:b; c:'d'\n/* Css Append */\na:b; c:'d'");
+  EXPECT_EQ(h1->IsInheritedStyle(), 1);
+  EXPECT_EQ(h2->IsInheritedStyle(), 0);
+  h2->GetStyleProperty()->SetProperty("a", "z");
+  CString value;
+  h1->GetStyleProperty()->GetProperty("a", value);
+  EXPECT_EQ(std::string(value), "b");
+}
+
 TEST(CssPackTest, OverLongSelectorsAreReadWithoutOverrun) {
   const std::string longName(300, 'x');
   CByteString content = Bytes(longName + ".c " + std::string(200, 'y') + " {a:b}");

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "telvanix/css/css_pack.h"
+#include "telvanix/platform/code_page.h"
 
 namespace telvanix {
 namespace {
@@ -92,6 +93,49 @@ TEST(CssScannerTest, RunEndsAtFlaggedDelimitersAndAfterQuotedStretches) {
   EXPECT_EQ(nested.At(CCssPack::CssSkipAny(nested.begin(), nested.end(), 0)), 5);
   Bytes open("'abc");
   EXPECT_EQ(open.At(CCssPack::CssSkipAny(open.begin(), open.end(), 0)), 4);
+}
+
+TEST(CssScannerTest, FlagBitsOutsideTheDefinedSetChangeNothing) {
+  // Only the documented bits are read; any other bit, the unused 256 too,
+  // neither stops a run nor changes how quotes and blanks are taken.
+  Bytes text("a-b/c'd e'f g");
+  for (UINT flags = 0x100; flags; flags <<= 1) {
+    if (flags != emCssStopAnyOther) {
+      EXPECT_EQ(text.At(CCssPack::CssSkipAny(text.begin(), text.end(), flags)), 10) << flags;
+    }
+  }
+  Bytes stops("a;b}c");
+  EXPECT_EQ(stops.At(CCssPack::CssSkipAny(stops.begin(), stops.end(), 0x100u | emCssStopCloseBrace)), 3);
+  EXPECT_EQ(stops.At(CCssPack::CssSkipAny(stops.begin(), stops.end(), 0xFFFFFFFFu)), 0);
+  // Bytes above 127 are "other" bytes: taken, unless every other byte stops.
+  Bytes high("\xe9t\xe9 x");
+  EXPECT_EQ(high.At(CCssPack::CssSkipAny(high.begin(), high.end(), 0)), 3);
+  EXPECT_EQ(high.At(CCssPack::CssSkipAny(high.begin(), high.end(), emCssStopAnyOther)), 0);
+}
+
+// Under a double-byte code page a lead byte takes its trail byte along, so
+// a trail byte that looks like a quote, brace or delimiter is none.
+TEST(CssScannerTest, LeadBytesCarryTheirTrailBytes) {
+  struct CodePage {
+    explicit CodePage(UINT cp) : previous(SetActiveCodePage(cp)) {}
+    ~CodePage() { SetActiveCodePage(previous); }
+    UINT previous;
+  };
+  Bytes quote("\x81'x;y");
+  Bytes inStretch("'a\x81'b' c");
+  Bytes block("{\x81}}x");
+  Bytes lastByte("ab\x81");
+  {
+    CodePage sjis(932);
+    EXPECT_EQ(quote.At(CCssPack::CssSkipAny(quote.begin(), quote.end(), emCssStopSemicolon)), 3);
+    EXPECT_EQ(inStretch.At(CCssPack::CssSkipAny(inStretch.begin(), inStretch.end(), 0)), 7);
+    EXPECT_EQ(block.At(CCssPack::CssSkipBlock(block.begin(), block.end())), 4);
+    EXPECT_EQ(lastByte.At(CCssPack::CssSkipAny(lastByte.begin(), lastByte.end(), 0)), 3);
+  }
+  CodePage western(1252);
+  EXPECT_EQ(quote.At(CCssPack::CssSkipAny(quote.begin(), quote.end(), emCssStopSemicolon)), 5);  // the quote runs to the end
+  EXPECT_EQ(inStretch.At(CCssPack::CssSkipAny(inStretch.begin(), inStretch.end(), 0)), 4);
+  EXPECT_EQ(block.At(CCssPack::CssSkipBlock(block.begin(), block.end())), 3);
 }
 
 TEST(CssScannerTest, BlocksNestAndUnclosedBlocksAreNotSkipped) {

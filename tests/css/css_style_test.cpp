@@ -170,6 +170,30 @@ TEST(CssStyleTest, UniqueBlockStyleNameOnlyForBlockElements) {
   EXPECT_EQ(classOnly.GetUniqueBlockStyleName(), nullptr);
 }
 
+TEST(CssStyleTest, ChainOfAParsedRuleIsCutWhenFirstNeeded) {
+  CByteString content(reinterpret_cast<const unsigned char*>("div  p.note {a:b}"), 17);
+  CCssPack pack(&content);
+  pack.Parse();
+  POSITION pos = nullptr;
+  CCssStyle* parsed = pack.GetFirstStyle(pos);
+  ASSERT_NE(parsed, nullptr);
+  // The name is analysed at once, as the flags say.
+  EXPECT_EQ(parsed->GetStyleFlags() & (CCssStyle::emStylePropertyAnalysed | CCssStyle::emStyleNameAnalysed), 3u);
+  // A copy taken before anyone asked for the chain has it all the same,
+  // even once the original is reset.
+  CCssStyle copy;
+  copy.Copy(parsed);
+  parsed->Default();
+  EXPECT_EQ(parsed->GetStyleSelectors()->GetSize(), 0);
+  ASSERT_EQ(copy.GetStyleSelectors()->GetSize(), 2);
+  EXPECT_EQ(std::string(copy.GetLastSelector()->GetElementName()), "p");
+  EXPECT_EQ(std::string(copy.GetLastSelector()->GetPartText()), "note");
+  EXPECT_EQ(copy.IsContextualSelector(), 1);
+  // What the host does to the chain sticks: it is not cut again.
+  copy.GetStyleSelectors()->Default();
+  EXPECT_EQ(copy.GetLastSelector(), nullptr);
+}
+
 TEST(CssStyleTest, CopyIsDeep) {
   CCssStyle source("div p.note", "color:red", nullptr);
   source.RemoveLine();

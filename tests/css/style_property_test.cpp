@@ -46,6 +46,29 @@ TEST(StylePropertyTest, ReadsDeclarationBodies) {
   EXPECT_TRUE(Read(nullptr).empty());
 }
 
+TEST(StylePropertyTest, ReaderNormalisesAsSetPropertyDoes) {
+  // A bell byte is no blank to the scanner, so it stays in the name run,
+  // and is trimmed afterwards like any other blank.
+  EXPECT_EQ(Read("\aCOLOR\a : 'x' ; B:\a\"y\"\a"), (std::vector<Pair>{{"color", "x"}, {"b", "y"}}));
+  // A value that is only a pair of quotes is not empty as read, so the pair
+  // is kept with an empty value (and then not printed).
+  CCssStyleProperty list;
+  list.Analyse("a:1; a: '' ; b:2");
+  EXPECT_EQ(Pairs(list), (std::vector<Pair>{{"a", ""}, {"b", "2"}}));
+  EXPECT_EQ(std::string(list.GetPrintableString()), "b:2; ");
+  // Quotes come off only as one enclosing pair of the opening kind.
+  EXPECT_EQ(Read("a: 'p' 'q'; b: \"it's\"; c: 'x\""),
+            (std::vector<Pair>{{"a", "'p' 'q'"}, {"b", "it's"}, {"c", "'x\""}}));
+  // A name whose case differs from a stored one (set by the host) is still found.
+  CCssStyleProperty edited;
+  edited.Analyse("color:red");
+  int index = 0;
+  edited.GetFirstPropertyPair(index);
+  edited.GetNextPropertyPair(index)->SetName("COLOR");
+  edited.Analyse("color:blue");
+  EXPECT_EQ(Pairs(edited), (std::vector<Pair>{{"COLOR", "blue"}}));
+}
+
 TEST(StylePropertyTest, MalformedDeclarationEndsTheList) {
   EXPECT_TRUE(Read("color red; font-size: 10pt").empty());
   EXPECT_EQ(Read("color: red; junk; font-size: 10pt"), (std::vector<Pair>{{"color", "red"}}));
