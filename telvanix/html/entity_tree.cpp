@@ -438,6 +438,23 @@ int CHtmlEntityTree::RecoverHtmlOutline() {
     }
   }
 
+  // A tag start left open at the very end of the page ("<script w" with no
+  // ">" after it) stays text only while nothing follows it: the closing tags
+  // added after it would complete it when the saved page is read again. As
+  // with any unfinished tag at the end of a page, it is dropped.
+  bool insertedAfter = false;
+  for (POSITION pos = list.GetTailPosition(); pos != nullptr;) {
+    CHtmlTokenItem* pToken = list.GetPrev(pos);
+    if (pToken == nullptr || pToken->IsDiscardedToken()) continue;
+    if (pToken->GetTokenFlag() & kRecovered) {
+      insertedAfter = insertedAfter || pToken->IsTagToken();
+      continue;
+    }
+    if (insertedAfter && pToken->IsTextToken() && (pToken->GetTokenFlag() & CHtmlTokenItem::emTokenRejectedTagText))
+      pToken->SetTokenFlag(kDiscarded);
+    break;
+  }
+
   // Whatever lies outside HTML is dropped, except a leading declaration.
   for (POSITION pos = list.GetHeadPosition(); pos != nullptr && pos != html.m_posFirst;) {
     CHtmlTokenItem* pToken = list.GetNext(pos);
