@@ -438,20 +438,31 @@ int CHtmlEntityTree::RecoverHtmlOutline() {
     }
   }
 
-  // A tag start left open at the very end of the page ("<script w" with no
-  // ">" after it) stays text only while nothing follows it: the closing tags
-  // added after it would complete it when the saved page is read again. As
-  // with any unfinished tag at the end of a page, it is dropped.
+  // What the page ends with must still read the same once closing tags
+  // follow it in the saved page. A tag start left open at the very end
+  // ("<script w" with no ">" after it) would be completed by them: as with
+  // any unfinished tag at the end of a page, it is dropped. A script or
+  // style element left open would take them in as its content: it gets its
+  // end tag.
   bool insertedAfter = false;
   for (POSITION pos = list.GetTailPosition(); pos != nullptr;) {
+    const POSITION posToken = pos;
     CHtmlTokenItem* pToken = list.GetPrev(pos);
     if (pToken == nullptr || pToken->IsDiscardedToken()) continue;
     if (pToken->GetTokenFlag() & kRecovered) {
       insertedAfter = insertedAfter || pToken->IsTagToken();
       continue;
     }
-    if (insertedAfter && pToken->IsTextToken() && (pToken->GetTokenFlag() & CHtmlTokenItem::emTokenRejectedTagText))
-      pToken->SetTokenFlag(kDiscarded);
+    if (!insertedAfter) break;
+    CHtmlTagItem* pTag = pToken->GetSafeTagItemPtr();
+    if (pTag == nullptr) {
+      if (pToken->GetTokenFlag() & CHtmlTokenItem::emTokenRejectedTagText) pToken->SetTokenFlag(kDiscarded);
+    } else if (!pTag->IsEndTag() && (pTag->GetSptType() & 0x100)) {
+      CString end("</");
+      end += CHtmlTagItem::GetTagSyntaxItem(pTag->GetTagIndex())->m_pszTagName;
+      end += ">";
+      list.InsertAfter(posToken, NewOutlineTag(end));
+    }
     break;
   }
 
