@@ -78,6 +78,34 @@ CHtmlTagItem* NewOutlineTag(const char* pszText) {
   return pTag;
 }
 
+// The last token of what the tokenizer read as one script or style element
+// when pos holds its start tag (its text, then whatever tag it took as the
+// end, which need not carry the element's own name: "</scriptx>"); pos
+// otherwise. A tag inserted in between would be read as script text.
+POSITION PastRawContent(CHtmlTokenList& list, POSITION pos) {
+  auto isRawStart = [&list](POSITION at) {
+    CHtmlTagItem* pTag = list.GetTagItem(at);
+    return pTag != nullptr && !pTag->IsEndTag() && (pTag->GetSptType() & 0x100) != 0;
+  };
+  if (pos == nullptr) return pos;
+  POSITION next = pos;
+  list.GetNext(next);
+  if (list.GetTextItem(pos) != nullptr) {
+    // The element's text: the start tag comes right before it.
+    POSITION prev = pos;
+    list.GetPrev(prev);
+    if (prev == nullptr || !isRawStart(prev)) return pos;
+  } else if (!isRawStart(pos)) {
+    return pos;
+  } else if (next != nullptr && list.GetTextItem(next) != nullptr) {
+    pos = next;
+    list.GetNext(next);
+  }
+  if (next != nullptr && list.GetTagItem(next) != nullptr && !(list.GetTokenItem(next)->GetTokenFlag() & kRecovered))
+    pos = next;
+  return pos;
+}
+
 }  // namespace
 
 // ---- construction ----
@@ -382,7 +410,7 @@ int CHtmlEntityTree::RecoverHtmlOutline() {
     ++head.m_nStartCount;
   }
   if (headContent.m_posLast != nullptr && head.m_posLast == nullptr) {
-    head.m_posLast = list.InsertAfter(headContent.m_posLast, NewOutlineTag("</HEAD>"));
+    head.m_posLast = list.InsertAfter(PastRawContent(list, headContent.m_posLast), NewOutlineTag("</HEAD>"));
     ++head.m_nEndCount;
   }
 
@@ -426,7 +454,7 @@ int CHtmlEntityTree::RecoverHtmlOutline() {
         if (pNext == nullptr || !pNext->IsTextToken()) break;
         posAt = posNext;
       }
-      posNew = list.InsertAfter(posAt, pTag);
+      posNew = list.InsertAfter(PastRawContent(list, posAt), pTag);
     } else if (html.m_posLast != nullptr) {
       posNew = list.InsertBefore(html.m_posLast, pTag);
     } else {
