@@ -11,7 +11,6 @@
 #include "telvanix/css/css_scan_core.h"
 #include "telvanix/css/css_scanner.h"
 #include "telvanix/css/style_format.h"
-#include "telvanix/css/value_runs.h"
 #include "telvanix/foundation/text_utils.h"
 
 namespace telvanix {

@@ -132,7 +132,8 @@ int ParseRgbNotation(const char* text, COLORREF& color) {
   for (int i = 0; i < 3; ++i) {
     if (component[i] == -1)
       return 0;
-    int value = percent ? static_cast<int>(component[i] * 255.0 * kHundredth) : component[i];
+    // A percentage far past 100 must not overflow the conversion.
+    int value = percent ? TruncateToInt(component[i] * 255.0 * kHundredth) : component[i];
     bytes[i] = static_cast<BYTE>(value & 0xFF);
   }
   color = RGB(bytes[0], bytes[1], bytes[2]);

@@ -194,6 +194,13 @@ TEST(SttColorTest, RgbNotationIsKeptAsUnrecognised) {
   EXPECT_EQ(c.Assign("rgb("), 1);
   EXPECT_EQ(c.Assign("rgb(1,"), 1);
   EXPECT_EQ(c.GetKind(), CSttColor::emColorUnknown);
+  // Percentages that no int holds once scaled by 2.55 (found by fuzzing;
+  // the overflowing conversion shows under clang's undefined-behaviour
+  // sanitizer, which checks float-to-int casts).
+  EXPECT_EQ(c.Assign("rgb(10%, 999999999, 0)"), 1);
+  EXPECT_EQ(c.Assign("rgb(-999999999%, 1, 1)"), 1);
+  EXPECT_EQ(c.GetKind(), CSttColor::emColorUnknown);
+  EXPECT_EQ(c.GetColorRef(), 0xFF000000u);
 }
 
 TEST(SttColorTest, AssignAndPrint) {
