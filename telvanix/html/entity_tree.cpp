@@ -473,6 +473,7 @@ int CHtmlEntityTree::RecoverHtmlOutline() {
   // style element left open would take them in as its content: it gets its
   // end tag.
   bool insertedAfter = false;
+  POSITION posRejected = nullptr;  // earliest rejected start in the final text run
   for (POSITION pos = list.GetTailPosition(); pos != nullptr;) {
     const POSITION posToken = pos;
     CHtmlTokenItem* pToken = list.GetPrev(pos);
@@ -482,16 +483,24 @@ int CHtmlEntityTree::RecoverHtmlOutline() {
       continue;
     }
     if (!insertedAfter) break;
+    if (pToken->IsTextToken()) {
+      // No ">" follows a rejected start, so the page ends in text from there.
+      if (pToken->GetTokenFlag() & CHtmlTokenItem::emTokenRejectedTagText) posRejected = posToken;
+      continue;
+    }
     CHtmlTagItem* pTag = pToken->GetSafeTagItemPtr();
-    if (pTag == nullptr) {
-      if (pToken->GetTokenFlag() & CHtmlTokenItem::emTokenRejectedTagText) pToken->SetTokenFlag(kDiscarded);
-    } else if (!pTag->IsEndTag() && (pTag->GetSptType() & 0x100)) {
+    if (posRejected == nullptr && pTag != nullptr && !pTag->IsEndTag() && (pTag->GetSptType() & 0x100)) {
       CString end("</");
       end += CHtmlTagItem::GetTagSyntaxItem(pTag->GetTagIndex())->m_pszTagName;
       end += ">";
       list.InsertAfter(posToken, NewOutlineTag(end));
     }
     break;
+  }
+  for (POSITION pos = posRejected; pos != nullptr;) {
+    CHtmlTokenItem* pToken = list.GetNext(pos);
+    if (pToken != nullptr && pToken->IsTextToken() && !(pToken->GetTokenFlag() & kRecovered))
+      pToken->SetTokenFlag(kDiscarded);
   }
 
   // Whatever lies outside HTML is dropped, except a leading declaration.
