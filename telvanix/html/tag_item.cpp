@@ -385,7 +385,7 @@ void CHtmlTagItem::MakeAttributesOwned() {
   m_pAttributes = owned;
   m_nAttributeCount = count;
   m_bOwnAttributes = 1;
-  m_bHeapParts = 1;
+  TakeHeapParts();
 }
 
 int CHtmlTagItem::Copy(CHtmlTagItem* pOther) {
@@ -581,7 +581,7 @@ int CHtmlTagItem::ParseAttributes(CHtmlTokenArena* pArena, const TagNameInfo* pI
       m_pAttributes = attrs;
       m_nAttributeCount = count;
       m_bOwnAttributes = 1;
-      m_bHeapParts = 1;
+      TakeHeapParts();
     }
   }
   std::free(heapRecs);

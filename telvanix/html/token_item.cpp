@@ -1,5 +1,6 @@
 #include "telvanix/html/token_item.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -18,10 +19,23 @@ namespace {
 inline bool IsBlank(unsigned char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 }  // namespace
 
+namespace {
+// Every heap token made and every heap part a token takes, on any thread.
+std::atomic<std::uint64_t> g_heapEvents{0};
+}  // namespace
+
+std::uint64_t CHtmlTokenItem::GetHeapEventCount() { return g_heapEvents.load(std::memory_order_relaxed); }
+
+void CHtmlTokenItem::TakeHeapParts() {
+  m_bHeapParts = 1;
+  g_heapEvents.fetch_add(1, std::memory_order_relaxed);
+}
+
 void* CHtmlTokenItem::operator new(std::size_t size) {
   void* raw = std::malloc(size);
   if (!raw)
     throw std::bad_alloc();
+  g_heapEvents.fetch_add(1, std::memory_order_relaxed);
   return raw;
 }
 
@@ -91,7 +105,7 @@ void CHtmlTokenItem::StoreData(const unsigned char* original, int nOriginal, con
   m_nIndentLength = nIndent;
   m_bOwnData = block ? 1 : 0;
   if (block)
-    m_bHeapParts = 1;
+    TakeHeapParts();
 }
 
 void CHtmlTokenItem::AttachOriginalData(const unsigned char* p, int n) {
@@ -251,7 +265,7 @@ int CHtmlTextItem::Copy(CHtmlTextItem* pOther) {
     }
     m_pWordText = copy;
     m_nWordMode = emWordString;
-    m_bHeapParts = 1;
+    TakeHeapParts();
   }
   return 1;
 }
@@ -303,7 +317,7 @@ int CHtmlTextItem::AnalyseIn(int nFlags, CHtmlTokenArena* pArena) {
       m_pWordText = new CWordString;
       m_pWordText->Assign(first, n);
       m_nWordMode = emWordString;
-      m_bHeapParts = 1;
+      TakeHeapParts();
     } else {
       m_pWordBytes = first;
       m_nWordMode = emWordBytes;
@@ -325,7 +339,7 @@ int CHtmlTextItem::AnalyseIn(int nFlags, CHtmlTokenArena* pArena) {
     } else {
       m_pWordText = new CWordString(std::move(decoded));
       m_nWordMode = emWordString;
-      m_bHeapParts = 1;
+      TakeHeapParts();
     }
   }
   m_nTokenFlags |= emTokenAnalysed;
@@ -363,7 +377,7 @@ CWordString* CHtmlTextItem::MaterializeWordText() {
     text->Assign(m_pWordUnits, m_nWordLength);
   m_pWordText = text;
   m_nWordMode = emWordString;
-  m_bHeapParts = 1;
+  TakeHeapParts();
   return text;
 }
 
@@ -395,7 +409,7 @@ int CHtmlTextItem::SetText(const char* text) {
     word->Assign(reinterpret_cast<const unsigned char*>(text), -1);
   m_pWordText = word;
   m_nWordMode = emWordString;
-  m_bHeapParts = 1;
+  TakeHeapParts();
   return 1;
 }
 
@@ -405,7 +419,7 @@ int CHtmlTextItem::SetWordText(CWordString* pText) {
   CWordString* word = pText ? new CWordString(*pText) : new CWordString;
   m_pWordText = word;
   m_nWordMode = emWordString;
-  m_bHeapParts = 1;
+  TakeHeapParts();
   return 1;
 }
 

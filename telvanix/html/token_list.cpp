@@ -37,7 +37,12 @@ void* NodeBlockFromArena(void* arena, std::size_t bytes) { return static_cast<CH
 // The list's nodes come from the arena too: one heap block per ten tokens
 // would cost more than the tokens themselves.
 CHtmlTokenList::CHtmlTokenList()
-    : m_TokenList(10), m_pEntityTree(nullptr), m_bPendingWhitespace(0), m_pScanEnd(nullptr) {
+    : m_TokenList(10),
+      m_pEntityTree(nullptr),
+      m_bPendingWhitespace(0),
+      m_pScanEnd(nullptr),
+      m_nHeapEventsAtRead(0),
+      m_bArenaTokensOnly(false) {
   m_TokenList.SetBlockSource(&NodeBlockFromArena, &m_Arena);
 }
 
@@ -53,16 +58,19 @@ void CHtmlTokenList::DeleteToken(CHtmlTokenItem* pToken) { delete pToken; }
 int CHtmlTokenList::ClearAll() {
   delete m_pEntityTree;
   m_pEntityTree = nullptr;
-  for (POSITION pos = m_TokenList.GetHeadPosition(); pos;) {
-    CHtmlTokenItem* token = m_TokenList.GetNext(pos);
-    // A token read from the page that never took heap memory goes with the
-    // arena as it is.
-    if (token && !(CHtmlTokenItem::IsArenaToken(token) && !token->HoldsHeapParts()))
-      DeleteToken(token);
+  if (!m_bArenaTokensOnly || CHtmlTokenItem::GetHeapEventCount() != m_nHeapEventsAtRead) {
+    for (POSITION pos = m_TokenList.GetHeadPosition(); pos;) {
+      CHtmlTokenItem* token = m_TokenList.GetNext(pos);
+      // A token read from the page that never took heap memory goes with
+      // the arena as it is.
+      if (token && !(CHtmlTokenItem::IsArenaToken(token) && !token->HoldsHeapParts()))
+        DeleteToken(token);
+    }
   }
   m_TokenList.RemoveAll();
   m_Arena.Reset();
   m_bPendingWhitespace = 0;
+  m_bArenaTokensOnly = false;
   return 1;
 }
 
@@ -97,15 +105,31 @@ CHtmlTokenItem* CHtmlTokenList::GetPrev(POSITION& pos) const {
 CHtmlTokenItem* CHtmlTokenList::GetHead() const { return GetTokenItem(m_TokenList.GetHeadPosition()); }
 CHtmlTokenItem* CHtmlTokenList::GetTail() const { return GetTokenItem(m_TokenList.GetTailPosition()); }
 
-POSITION CHtmlTokenList::AddHead(CHtmlTokenItem* pToken) { return pToken ? m_TokenList.AddHead(pToken) : nullptr; }
-POSITION CHtmlTokenList::AddTail(CHtmlTokenItem* pToken) { return pToken ? m_TokenList.AddTail(pToken) : nullptr; }
+// A token handed in may have been made before the list was read: ClearAll
+// must look at every token from now on.
+POSITION CHtmlTokenList::AddHead(CHtmlTokenItem* pToken) {
+  m_bArenaTokensOnly = false;
+  return pToken ? m_TokenList.AddHead(pToken) : nullptr;
+}
+
+POSITION CHtmlTokenList::AddTail(CHtmlTokenItem* pToken) {
+  m_bArenaTokensOnly = false;
+  return pToken ? m_TokenList.AddTail(pToken) : nullptr;
+}
 
 POSITION CHtmlTokenList::InsertBefore(POSITION pos, CHtmlTokenItem* pToken) {
+  m_bArenaTokensOnly = false;
   return pToken ? m_TokenList.InsertBefore(pos, pToken) : nullptr;
 }
 
 POSITION CHtmlTokenList::InsertAfter(POSITION pos, CHtmlTokenItem* pToken) {
+  m_bArenaTokensOnly = false;
   return pToken ? m_TokenList.InsertAfter(pos, pToken) : nullptr;
+}
+
+CHtmlTokenList::CTokenItemList& CHtmlTokenList::GetTokenItemList() {
+  m_bArenaTokensOnly = false;
+  return m_TokenList;
 }
 
 int CHtmlTokenList::RemoveAt(POSITION pos) {
@@ -123,6 +147,8 @@ int CHtmlTokenList::RemoveAt(POSITION pos) {
 
 int CHtmlTokenList::BuildTokenList(const unsigned char* first, const unsigned char* end, int nFlags) {
   ClearAll();
+  m_nHeapEventsAtRead = CHtmlTokenItem::GetHeapEventCount();
+  m_bArenaTokensOnly = true;
   if (!first || !end || end <= first)
     return 1;
   std::size_t size = static_cast<std::size_t>(end - first);
@@ -409,6 +435,7 @@ int CHtmlTokenList::InsertTokenList(POSITION pos, CHtmlTokenList* pOther, int bB
     }
     // Before pos: the first copy goes in front of pos, each next one after
     // the previous copy, so the order is kept either way.
+    m_bArenaTokensOnly = false;
     if (bBefore && first)
       at = m_TokenList.InsertBefore(at, copy);
     else

@@ -10,6 +10,8 @@
 // emptied by ClearAll and reused by the next BuildTokenList.
 #pragma once
 
+#include <cstdint>
+
 #include "telvanix/foundation/rgl_list.h"
 #include "telvanix/foundation/rgl_object.h"
 #include "telvanix/html/tag_item.h"
@@ -97,7 +99,7 @@ class TELVANIX_API CHtmlTokenList : public CRglObject {
   int RemoveAt(POSITION pos);
 
   // The underlying list of token pointers.
-  CTokenItemList& GetTokenItemList() { return m_TokenList; }
+  CTokenItemList& GetTokenItemList();
 
   // Bytes the list's arena holds (for measurements).
   std::size_t GetArenaBytes() const { return m_Arena.GetReservedBytes(); }
@@ -123,6 +125,11 @@ class TELVANIX_API CHtmlTokenList : public CRglObject {
  private:
   CHtmlTokenArena m_Arena;
   const unsigned char* m_pScanEnd;  // end of the bytes being tokenized
+  // The heap event count when the list last held nothing but tokens being
+  // read into its arena; ClearAll need not look at each token while the
+  // count is unchanged.
+  std::uint64_t m_nHeapEventsAtRead;
+  bool m_bArenaTokensOnly;
 };
 
 }  // namespace telvanix

@@ -288,6 +288,42 @@ TEST(TokenList, EditingHelpers) {
   EXPECT_EQ("firstmid</a>", Rebuilt(list));
 }
 
+// Clearing a list read from a page skips the token walk only while nothing
+// could own heap memory; these lists would leak (and the leak checker
+// report it) if it skipped wrongly.
+TEST(TokenList, ClearingFreesWhatTokensTookAfterReading) {
+  const char page[] = "<p class=x>one</p><p>two</p>";
+  const unsigned char* end = U(page) + sizeof page - 1;
+  {
+    // Made before the page was read, handed in after.
+    CHtmlTagItem* early = new CHtmlTagItem("<hr>");
+    CHtmlTokenList list;
+    list.BuildTokenList(U(page), end, 3);
+    list.AddTail(early);
+    EXPECT_EQ("<p class=x>one</p><p>two</p><hr>", Rebuilt(list));
+  }
+  {
+    // Put straight into the underlying list.
+    CHtmlTextItem* early = new CHtmlTextItem("tail");
+    CHtmlTokenList list;
+    list.BuildTokenList(U(page), end, 3);
+    list.GetTokenItemList().AddTail(early);
+    EXPECT_EQ(1, list.ClearAll());
+    EXPECT_TRUE(list.IsEmpty());
+  }
+  {
+    // A token read from the page takes heap parts when it is edited.
+    CHtmlTokenList list;
+    list.BuildTokenList(U(page), end, 3);
+    CHtmlTagItem* p = list.GetTagItem(list.GetHeadPosition());
+    ASSERT_NE(nullptr, p);
+    EXPECT_EQ(1, p->SetAttribute("id", "intro"));
+    EXPECT_EQ(1, p->SetOriginalData("<p id=intro>"));
+    list.BuildTokenList(U(page), end, 3);
+    EXPECT_EQ("<p class=x>one</p><p>two</p>", Rebuilt(list));
+  }
+}
+
 struct MarkCase {
   const char* page;
   const char* tag;     // the tag (by source text) whose flags are checked
