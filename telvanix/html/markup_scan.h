@@ -5,6 +5,10 @@
 #include <cstddef>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace telvanix::markup {
 
 inline bool IsBlank(unsigned char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
@@ -52,6 +56,29 @@ inline const unsigned char* FindCommentClose(const unsigned char* p, const unsig
     p = q + 1;
   }
   return nullptr;
+}
+
+// The first '"', '\'' or '>' in [p, end), or end. A tag's end is looked
+// for with this sixteen bytes at a time: a tag is mostly names and values.
+inline const unsigned char* FindQuoteOrClose(const unsigned char* p, const unsigned char* end) {
+#if defined(__SSE2__)
+  const __m128i dquote = _mm_set1_epi8('"');
+  const __m128i squote = _mm_set1_epi8('\'');
+  const __m128i close = _mm_set1_epi8('>');
+  while (end - p >= 16) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i hit =
+        _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, dquote), _mm_cmpeq_epi8(v, squote)), _mm_cmpeq_epi8(v, close));
+    const int mask = _mm_movemask_epi8(hit);
+    if (mask != 0)
+      return p + __builtin_ctz(static_cast<unsigned>(mask));
+    p += 16;
+  }
+#endif
+  for (; p < end; ++p)
+    if (*p == '"' || *p == '\'' || *p == '>')
+      return p;
+  return end;
 }
 
 inline unsigned char UpperAscii(unsigned char c) { return c >= 'a' && c <= 'z' ? static_cast<unsigned char>(c - 32) : c; }

@@ -234,10 +234,9 @@ const unsigned char* CHtmlTokenList::CommitNormalTag(const unsigned char* p, con
   if (!gt) {
     unsigned char quote = 0;
     const unsigned char* fallback = nullptr;  // first ">" inside quotes since the last quote closed
-    for (const unsigned char* s = p + 1; s < stop; ++s) {
+    for (const unsigned char* s = markup::FindQuoteOrClose(p + 1, stop); s < stop;
+         s = markup::FindQuoteOrClose(s + 1, stop)) {
       unsigned char c = *s;
-      if (!kTagBytes.t[c])
-        continue;
       if (quote) {
         if (c == quote) {
           quote = 0;
@@ -247,7 +246,7 @@ const unsigned char* CHtmlTokenList::CommitNormalTag(const unsigned char* p, con
         }
       } else if (c == '"' || c == '\'') {
         quote = c;
-      } else if (c == '>') {
+      } else {
         gt = s;
         break;
       }
