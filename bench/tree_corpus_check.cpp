@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/tree_shape.h"
 #include "telvanix/html/entity_tree.h"
 #include "telvanix/html/html_pack.h"
 #include "telvanix/html/tag_item.h"
@@ -33,54 +34,10 @@ namespace {
 using Tree = CHtmlEntityTree;
 
 constexpr int kEndBit = 0x10000000;
-constexpr int kBodyId = 0x40, kTdId = 0x2109C, kTextId = 0x40000000;
+constexpr int kBodyId = 0x40, kTdId = 0x2109C;
 
-// A text token of blanks only (or none).
-bool IsBlank(CHtmlTokenItem* token) {
-  if (token == nullptr || !token->IsTextToken())
-    return false;
-  const unsigned char* p = token->GetOriginalData();
-  const int n = token->GetOriginalLength();
-  return n <= 0 || CHtmlTextItem::IsSpaceOnly(p, p + n - 1);
-}
-
-// One node of the shape: depth, kind (1 leaf, 2 element) and tag id.
-// Neighbouring text leaves count as one, blank ones not at all.
-struct ShapeItem {
-  int depth;
-  int kind;
-  int tagId;
-  bool operator==(const ShapeItem&) const = default;
-};
-
-std::vector<ShapeItem> Shape(CHtmlEntityTree* tree) {
-  std::vector<ShapeItem> out;
-  if (tree == nullptr || tree->GetRootNode() == nullptr)
-    return out;
-  std::vector<std::pair<CHtmlTreeNode*, int>> todo{{tree->GetRootNode(), 0}};
-  std::vector<CHtmlTreeNode*> children;
-  while (!todo.empty()) {
-    auto [node, depth] = todo.back();
-    todo.pop_back();
-    const ShapeItem item{depth, node->GetNodeType(), node->GetTagId()};
-    // Texts on either side of a discarded tag are one text once saved, and
-    // a blank one becomes the indent after of the tag before it once the
-    // repair put a tag there (blank text tokens only open a page).
-    CHtmlTokenItem* token = tree->GetBasedTokenList()->GetTokenItem(node->GetTokenPosition());
-    if (!(item.tagId == kTextId &&
-          ((!out.empty() && out.back() == item) || IsBlank(token))))
-      out.push_back(item);
-    if (!node->IsEntityNode())
-      continue;
-    auto* element = static_cast<CHtmlEntityNode*>(node);
-    children.clear();
-    for (POSITION p = element->GetFirstChildPosition(); p != nullptr;)
-      children.push_back(element->GetNextChild(p));
-    for (auto it = children.rbegin(); it != children.rend(); ++it)
-      todo.push_back({*it, depth + 1});
-  }
-  return out;
-}
+using bench::ShapeItem;
+using bench::TreeShape;
 
 // What the repairs of one reading did to its token list.
 struct Repairs {
@@ -277,7 +234,7 @@ void CheckPage(const std::string& path, const std::string& page, const char* var
     if (r2.discardedTotal > 0)
       faults.push_back("second reading discards " + std::to_string(r2.discardedTotal) + " token(s), first " +
                        FirstFlagged(second, Tree::emTokenDiscardedFlag));
-    const std::vector<ShapeItem> s1 = Shape(first.GetEntityTree()), s2 = Shape(second.GetEntityTree());
+    const std::vector<ShapeItem> s1 = TreeShape(first.GetEntityTree()), s2 = TreeShape(second.GetEntityTree());
     if (s1 != s2)
       faults.push_back("tree shape differs at " + FirstDifference(s1, s2));
     // Compared with what reading and saving the bytes without a tree gives,

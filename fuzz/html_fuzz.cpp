@@ -16,6 +16,7 @@
 
 #include <vector>
 
+#include "bench/tree_shape.h"
 #include "telvanix/html/entity_tree.h"
 #include "telvanix/html/html_pack.h"
 #include "telvanix/html/tree_node.h"
@@ -31,47 +32,7 @@ std::string Saved(CHtmlPack& pack, CHtmlPack::EmSaveFlag flag) {
                          : std::string();
 }
 
-// A text token of blanks only (or none).
-bool IsBlank(CHtmlTokenItem* token) {
-  if (token == nullptr || !token->IsTextToken())
-    return false;
-  const unsigned char* p = token->GetOriginalData();
-  const int n = token->GetOriginalLength();
-  return n <= 0 || CHtmlTextItem::IsSpaceOnly(p, p + n - 1);
-}
-
-// Node kinds and tag ids in preorder, each with its depth; neighbouring
-// text leaves count as one, blank ones not at all.
-std::vector<long long> Shape(CHtmlEntityTree* tree) {
-  std::vector<long long> out;
-  if (tree == nullptr || tree->GetRootNode() == nullptr)
-    return out;
-  std::vector<std::pair<CHtmlTreeNode*, int>> todo{{tree->GetRootNode(), 0}};
-  std::vector<CHtmlTreeNode*> children;
-  while (!todo.empty()) {
-    auto [node, depth] = todo.back();
-    todo.pop_back();
-    const long long item = (static_cast<long long>(depth) << 34) |
-                           (static_cast<long long>(node->GetNodeType()) << 32) |
-                           static_cast<unsigned>(node->GetTagId());
-    // Texts on either side of a discarded tag are one text once saved, and
-    // a blank one becomes the indent after of the tag before it once the
-    // repair put a tag there (blank text tokens only open a page).
-    const bool text = node->GetTagId() == 0x40000000;
-    CHtmlTokenItem* token = tree->GetBasedTokenList()->GetTokenItem(node->GetTokenPosition());
-    if (!(text && ((!out.empty() && out.back() == item) || IsBlank(token))))
-      out.push_back(item);
-    if (!node->IsEntityNode())
-      continue;
-    auto* element = static_cast<CHtmlEntityNode*>(node);
-    children.clear();
-    for (POSITION p = element->GetFirstChildPosition(); p != nullptr;)
-      children.push_back(element->GetNextChild(p));
-    for (auto it = children.rbegin(); it != children.rend(); ++it)
-      todo.push_back({*it, depth + 1});
-  }
-  return out;
-}
+using bench::TreeShape;
 
 // Tokens carrying any of the flags.
 int CountFlagged(CHtmlPack& pack, DWORD flags) {
@@ -161,7 +122,7 @@ void CheckRepairIsStable(CByteString& source) {
     return;
   if (CountFlagged(second, CHtmlEntityTree::emTokenRecoveredFlag | CHtmlEntityTree::emTokenDiscardedFlag) != 0)
     std::abort();
-  if (Shape(first.GetEntityTree()) != Shape(second.GetEntityTree()))
+  if (TreeShape(first.GetEntityTree()) != TreeShape(second.GetEntityTree()))
     std::abort();
 }
 
