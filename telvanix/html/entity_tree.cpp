@@ -78,15 +78,17 @@ CHtmlTagItem* NewOutlineTag(const char* pszText) {
   return pTag;
 }
 
+// A SCRIPT, STYLE or COMMENT start tag: the tokenizer reads what follows it
+// as raw text up to an end tag.
+bool IsRawContentStart(const CHtmlTagItem* pTag) {
+  return pTag != nullptr && !pTag->IsEndTag() && (pTag->GetSptType() & 0x100) != 0;
+}
+
 // The last token of what the tokenizer read as one script or style element
 // when pos holds its start tag (its text, then whatever tag it took as the
 // end, which need not carry the element's own name: "</scriptx>"); pos
 // otherwise. A tag inserted in between would be read as script text.
 POSITION PastRawContent(CHtmlTokenList& list, POSITION pos) {
-  auto isRawStart = [&list](POSITION at) {
-    CHtmlTagItem* pTag = list.GetTagItem(at);
-    return pTag != nullptr && !pTag->IsEndTag() && (pTag->GetSptType() & 0x100) != 0;
-  };
   if (pos == nullptr) return pos;
   POSITION next = pos;
   list.GetNext(next);
@@ -94,8 +96,8 @@ POSITION PastRawContent(CHtmlTokenList& list, POSITION pos) {
     // The element's text: the start tag comes right before it.
     POSITION prev = pos;
     list.GetPrev(prev);
-    if (prev == nullptr || !isRawStart(prev)) return pos;
-  } else if (!isRawStart(pos)) {
+    if (prev == nullptr || !IsRawContentStart(list.GetTagItem(prev))) return pos;
+  } else if (!IsRawContentStart(list.GetTagItem(pos))) {
     return pos;
   } else if (next != nullptr && list.GetTextItem(next) != nullptr) {
     pos = next;
@@ -104,6 +106,44 @@ POSITION PastRawContent(CHtmlTokenList& list, POSITION pos) {
   if (next != nullptr && list.GetTagItem(next) != nullptr && !(list.GetTokenItem(next)->GetTokenFlag() & kRecovered))
     pos = next;
   return pos;
+}
+
+// What the page ends with must still read the same once closing tags follow
+// it in the saved page. A tag start left open at the very end ("<script w"
+// with no ">" after it) would be completed by them: as with any unfinished
+// tag at the end of a page, it is dropped. A script or style element left
+// open would take them in as its content: it gets its end tag.
+void SettlePageEnd(CHtmlTokenList& list) {
+  bool insertedAfter = false;
+  POSITION posRejected = nullptr;  // earliest rejected start in the final text run
+  for (POSITION pos = list.GetTailPosition(); pos != nullptr;) {
+    const POSITION posToken = pos;
+    CHtmlTokenItem* pToken = list.GetPrev(pos);
+    if (pToken == nullptr || pToken->IsDiscardedToken()) continue;
+    if (pToken->GetTokenFlag() & kRecovered) {
+      insertedAfter = insertedAfter || pToken->IsTagToken();
+      continue;
+    }
+    if (!insertedAfter) return;
+    if (pToken->IsTextToken()) {
+      // No ">" follows a rejected start, so the page ends in text from there.
+      if (pToken->GetTokenFlag() & CHtmlTokenItem::emTokenRejectedTagText) posRejected = posToken;
+      continue;
+    }
+    CHtmlTagItem* pTag = pToken->GetSafeTagItemPtr();
+    if (posRejected == nullptr && IsRawContentStart(pTag)) {
+      CString end("</");
+      end += CHtmlTagItem::GetTagSyntaxItem(pTag->GetTagIndex())->m_pszTagName;
+      end += ">";
+      list.InsertAfter(posToken, NewOutlineTag(end));
+    }
+    break;
+  }
+  for (POSITION pos = posRejected; pos != nullptr;) {
+    CHtmlTokenItem* pToken = list.GetNext(pos);
+    if (pToken != nullptr && pToken->IsTextToken() && !(pToken->GetTokenFlag() & kRecovered))
+      pToken->SetTokenFlag(kDiscarded);
+  }
 }
 
 }  // namespace
@@ -466,42 +506,7 @@ int CHtmlEntityTree::RecoverHtmlOutline() {
     }
   }
 
-  // What the page ends with must still read the same once closing tags
-  // follow it in the saved page. A tag start left open at the very end
-  // ("<script w" with no ">" after it) would be completed by them: as with
-  // any unfinished tag at the end of a page, it is dropped. A script or
-  // style element left open would take them in as its content: it gets its
-  // end tag.
-  bool insertedAfter = false;
-  POSITION posRejected = nullptr;  // earliest rejected start in the final text run
-  for (POSITION pos = list.GetTailPosition(); pos != nullptr;) {
-    const POSITION posToken = pos;
-    CHtmlTokenItem* pToken = list.GetPrev(pos);
-    if (pToken == nullptr || pToken->IsDiscardedToken()) continue;
-    if (pToken->GetTokenFlag() & kRecovered) {
-      insertedAfter = insertedAfter || pToken->IsTagToken();
-      continue;
-    }
-    if (!insertedAfter) break;
-    if (pToken->IsTextToken()) {
-      // No ">" follows a rejected start, so the page ends in text from there.
-      if (pToken->GetTokenFlag() & CHtmlTokenItem::emTokenRejectedTagText) posRejected = posToken;
-      continue;
-    }
-    CHtmlTagItem* pTag = pToken->GetSafeTagItemPtr();
-    if (posRejected == nullptr && pTag != nullptr && !pTag->IsEndTag() && (pTag->GetSptType() & 0x100)) {
-      CString end("</");
-      end += CHtmlTagItem::GetTagSyntaxItem(pTag->GetTagIndex())->m_pszTagName;
-      end += ">";
-      list.InsertAfter(posToken, NewOutlineTag(end));
-    }
-    break;
-  }
-  for (POSITION pos = posRejected; pos != nullptr;) {
-    CHtmlTokenItem* pToken = list.GetNext(pos);
-    if (pToken != nullptr && pToken->IsTextToken() && !(pToken->GetTokenFlag() & kRecovered))
-      pToken->SetTokenFlag(kDiscarded);
-  }
+  SettlePageEnd(list);
 
   // Whatever lies outside HTML is dropped, except a leading declaration.
   for (POSITION pos = list.GetHeadPosition(); pos != nullptr && pos != html.m_posFirst;) {
