@@ -858,12 +858,4 @@ void CHtmlTagItem::AppendPrintableText(CByteString& out, EmTextFlag nFlag) {
     out.Append(GetIndentAfter(), m_nIndentLength);
 }
 
-CString CHtmlTagItem::GetPrintableText(EmTextFlag nFlag) {
-  CByteString out;
-  AppendPrintableText(out, nFlag);
-  if (out.GetLength() <= 0)
-    return CString();
-  return CString(reinterpret_cast<const char*>(out.GetContent()), out.GetLength());
-}
-
 }  // namespace telvanix

@@ -101,7 +101,6 @@ class TELVANIX_API CHtmlTagItem : public CHtmlTokenItem {
 
   int Copy(CHtmlTagItem* pOther);
   int Analyse(int nFlags) override;
-  CString GetPrintableText(EmTextFlag nFlag) override;
   void AppendPrintableText(CByteString& out, EmTextFlag nFlag) override;
 
   // The name as written, "/" in front for an end tag, at most 62 characters.

@@ -182,6 +182,14 @@ int CHtmlTokenItem::Copy(CHtmlTokenItem* pOther) {
   return 1;
 }
 
+CString CHtmlTokenItem::GetPrintableText(EmTextFlag nFlag) {
+  CByteString out;
+  AppendPrintableText(out, nFlag);
+  if (out.GetLength() <= 0)
+    return CString();
+  return CString(reinterpret_cast<const char*>(out.GetContent()), out.GetLength());
+}
+
 int CHtmlTokenItem::SetManualIndentBefore(EmManualIndent nIndent) {
   if (nIndent == emManualIndentNewLine)
     m_nTokenFlags |= emTokenManualIndentBefore1;
@@ -449,14 +457,6 @@ void CHtmlTextItem::AppendPrintableText(CByteString& out, EmTextFlag nFlag) {
     return;
   }
   AppendOriginal(out, nFlag);
-}
-
-CString CHtmlTextItem::GetPrintableText(EmTextFlag nFlag) {
-  CByteString out;
-  AppendPrintableText(out, nFlag);
-  if (out.GetLength() <= 0)
-    return CString();
-  return CString(reinterpret_cast<const char*>(out.GetContent()), out.GetLength());
 }
 
 }  // namespace telvanix

@@ -93,7 +93,8 @@ class TELVANIX_API CHtmlTokenItem : public CRglObject {
   int Copy(CHtmlTokenItem* pOther);
 
   virtual int Analyse(int nFlags) = 0;
-  virtual CString GetPrintableText(EmTextFlag nFlag) = 0;
+  // What AppendPrintableText appends, as a string of its own.
+  virtual CString GetPrintableText(EmTextFlag nFlag);
   // Appends what GetPrintableText gives; the saver uses this to avoid a
   // temporary string per token.
   virtual void AppendPrintableText(CByteString& out, EmTextFlag nFlag) = 0;
@@ -184,7 +185,6 @@ class TELVANIX_API CHtmlTextItem : public CHtmlTokenItem {
 
   int Copy(CHtmlTextItem* pOther);
   int Analyse(int nFlags) override;
-  CString GetPrintableText(EmTextFlag nFlag) override;
   void AppendPrintableText(CByteString& out, EmTextFlag nFlag) override;
 
   // The word text narrowed to bytes (low byte of each unit).
