@@ -14,19 +14,57 @@ using markup::IsBlank;
 
 namespace {
 
-// Bytes that matter while scanning a tag for its end.
-enum : unsigned char { kQuote = 1, kClose = 2, kBracket = 4 };
-constexpr unsigned char TagByteClass(int c) {
-  return c == '"' || c == '\'' ? kQuote : c == '>' ? kClose : (c == '[' || c == ']') ? kBracket : 0;
-}
+// Bytes that matter while scanning a declaration for its end.
 struct TagByteTable {
-  unsigned char t[256];
+  bool t[256];
   constexpr TagByteTable() : t{} {
-    for (int c = 0; c < 256; ++c)
-      t[c] = TagByteClass(c);
+    for (int c : {'"', '\'', '>', '[', ']'})
+      t[c] = true;
   }
 };
 constexpr TagByteTable kTagBytes;
+
+// The ">" that ends the tag (or, kDeclaration, the "<!" declaration) at p:
+// the first one outside quotes and, in a declaration, outside "[...]". Null
+// when there is none; *pFallback then gets the first ">" inside quotes since
+// the last quote closed, or null.
+template <bool kDeclaration>
+const unsigned char* FindTagClose(const unsigned char* p, const unsigned char* stop,
+                                  const unsigned char** pFallback) {
+  auto next = [stop](const unsigned char* s) {
+    if constexpr (kDeclaration) {
+      while (s < stop && !kTagBytes.t[*s])
+        ++s;
+      return s;
+    } else {
+      return markup::FindQuoteOrClose(s, stop);  // no brackets: depth stays 0
+    }
+  };
+  unsigned char quote = 0;
+  const unsigned char* fallback = nullptr;
+  int depth = 0;
+  for (const unsigned char* s = next(p + 1); s < stop; s = next(s + 1)) {
+    const unsigned char c = *s;
+    if (quote) {
+      if (c == quote) {
+        quote = 0;
+        fallback = nullptr;
+      } else if (c == '>' && !fallback) {
+        fallback = s;
+      }
+    } else if (c == '"' || c == '\'') {
+      quote = c;
+    } else if (c == '[') {
+      ++depth;
+    } else if (c == ']') {
+      --depth;
+    } else if (depth == 0) {
+      return s;
+    }
+  }
+  *pFallback = fallback;
+  return nullptr;
+}
 
 }  // namespace
 
@@ -232,25 +270,8 @@ const unsigned char* CHtmlTokenList::CommitNormalTag(const unsigned char* p, con
       gt = close;
   }
   if (!gt) {
-    unsigned char quote = 0;
-    const unsigned char* fallback = nullptr;  // first ">" inside quotes since the last quote closed
-    for (const unsigned char* s = markup::FindQuoteOrClose(p + 1, stop); s < stop;
-         s = markup::FindQuoteOrClose(s + 1, stop)) {
-      unsigned char c = *s;
-      if (quote) {
-        if (c == quote) {
-          quote = 0;
-          fallback = nullptr;
-        } else if (c == '>' && !fallback) {
-          fallback = s;
-        }
-      } else if (c == '"' || c == '\'') {
-        quote = c;
-      } else {
-        gt = s;
-        break;
-      }
-    }
+    const unsigned char* fallback;
+    gt = FindTagClose<false>(p, stop, &fallback);
     if (!gt) {
       if (!fallback)
         return stop;  // unterminated: the rest of the page is dropped
@@ -276,35 +297,14 @@ const unsigned char* CHtmlTokenList::CommitComment(const unsigned char* p, const
 
 const unsigned char* CHtmlTokenList::CommitDeclaration(const unsigned char* p, const CHtmlTagItem::TagNameInfo& info,
                                                        int nFlags) {
-  const unsigned char* stop = m_pScanEnd;
-  unsigned char quote = 0;
-  const unsigned char* fallback = nullptr;
-  int depth = 0;
-  for (const unsigned char* s = p + 1; s < stop; ++s) {
-    unsigned char c = *s;
-    if (!kTagBytes.t[c])
-      continue;
-    if (quote) {
-      if (c == quote) {
-        quote = 0;
-        fallback = nullptr;
-      } else if (c == '>' && !fallback) {
-        fallback = s;
-      }
-    } else if (c == '"' || c == '\'') {
-      quote = c;
-    } else if (c == '[') {
-      ++depth;
-    } else if (c == ']') {
-      --depth;
-    } else if (c == '>' && depth == 0) {
-      AppendTag(p, s, &info, nFlags);
-      return s + 1;
-    }
+  const unsigned char* fallback;
+  if (const unsigned char* gt = FindTagClose<true>(p, m_pScanEnd, &fallback)) {
+    AppendTag(p, gt, &info, nFlags);
+    return gt + 1;
   }
   // No end: resume after a quoted ">" (the bytes up to it are dropped), or
   // drop the rest of the page.
-  return fallback ? fallback + 1 : stop;
+  return fallback ? fallback + 1 : m_pScanEnd;
 }
 
 const unsigned char* CHtmlTokenList::CommitRawTag(const unsigned char* p, const CHtmlTagItem::TagNameInfo& info,
