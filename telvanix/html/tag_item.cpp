@@ -753,14 +753,8 @@ int CHtmlTagItem::DeleteAttribute(const char* name) {
 }
 
 const char* CHtmlTagItem::GetFirstAttribute(unsigned int& pos, const char*& value) {
-  pos = 0;
-  EnsureAnalysed();
-  if (pos >= static_cast<unsigned>(m_nAttributeCount)) {
-    value = nullptr;
-    return nullptr;
-  }
-  value = m_pAttributes[pos].m_pszValue;
-  return m_pAttributes[pos].m_pszName;
+  pos = static_cast<unsigned int>(-1);  // the step below makes it 0
+  return GetNextAttribute(pos, value);
 }
 
 const char* CHtmlTagItem::GetNextAttribute(unsigned int& pos, const char*& value) {
