@@ -51,6 +51,13 @@ std::mutex& AnchorSchemeLock() {
 
 CString Decoded(const char* text) { return CHtmlPack::HtmlToText(text); }
 
+// Adds the decoded text unless it decodes to nothing.
+void AddDecoded(CHtmlFileEx::CStringArrayEx& to, const char* text) {
+  CString decoded = Decoded(text);
+  if (!decoded.IsEmpty())
+    to.Add(decoded);
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------------------
@@ -122,11 +129,7 @@ int CHtmlFileEx::GetBaggageFilesInSpecialTag(POSITION pos) {
     default:
       return 1;
   }
-  if (!name.IsEmpty()) {
-    CString decoded = Decoded(name);
-    if (!decoded.IsEmpty())
-      m_arrSpecialTagBaggage.Add(decoded);
-  }
+  AddDecoded(m_arrSpecialTagBaggage, name);
   return 1;
 }
 
@@ -185,11 +188,7 @@ int CHtmlFileEx::CollectVectorMarkupImages(POSITION pos) {
     if (tag->GetTagName().CompareNoCase("v:imagedata") != 0)
       continue;
     const char* src = tag->GetAttributeValue("src");
-    if (src && *src) {
-      CString decoded = Decoded(src);
-      if (!decoded.IsEmpty())
-        m_arrSpecialTagBaggage.Add(decoded);
-    }
+    AddDecoded(m_arrSpecialTagBaggage, src);
   }
   return 1;
 }
@@ -239,9 +238,7 @@ int CHtmlFileEx::GetBaggageFilesInEmbeddedStyle(POSITION pos) {
   pack.Parse();
   UINT index = 0;
   for (CString name = pack.GetFirstBaggageFile(index); !name.IsEmpty(); name = pack.GetNextBaggageFile(index)) {
-    CString decoded = Decoded(name);
-    if (!decoded.IsEmpty())
-      m_arrEmbeddedStyleBaggage.Add(decoded);
+    AddDecoded(m_arrEmbeddedStyleBaggage, name);
   }
   return 1;
 }
@@ -278,9 +275,7 @@ int CHtmlFileEx::GetMultimediaFilesReference() {
           continue;
       }
       if (!candidate.IsEmpty() && IsSupportedMultimediaFileName(candidate)) {
-        CString decoded = Decoded(candidate);
-        if (!decoded.IsEmpty())
-          m_arrMultimediaFiles.Add(decoded);
+        AddDecoded(m_arrMultimediaFiles, candidate);
       }
     }
   } catch (...) {
