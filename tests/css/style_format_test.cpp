@@ -12,14 +12,13 @@ namespace {
 using F = CCssStyleFormat;
 
 TEST(PropertyNamesTest, NameTable) {
-  EXPECT_EQ(F::GetPropertyNameId("margin-right"), 33);
-  EXPECT_EQ(F::GetPropertyNameId("margin-left"), 32);
-  EXPECT_EQ(F::GetPropertyNameId("padding"), 39);
-  EXPECT_EQ(F::GetPropertyNameId("Font-Size"), 2);
-  EXPECT_EQ(F::GetPropertyNameId("clear"), 83);
-  EXPECT_EQ(F::GetPropertyNameId("clip"), -1);
-  EXPECT_EQ(F::GetPropertyNameId(""), -1);
-  EXPECT_EQ(F::GetPropertyNameId(nullptr), -1);
+  const struct {
+    const char* name;
+    int id;
+  } cases[] = {{"margin-right", 33}, {"margin-left", 32}, {"padding", 39}, {"Font-Size", 2},
+               {"clear", 83},        {"clip", -1},        {"", -1},        {nullptr, -1}};
+  for (const auto& c : cases)
+    EXPECT_EQ(F::GetPropertyNameId(c.name), c.id) << (c.name ? c.name : "(null)");
   EXPECT_EQ(F::GetPropertyNameString(static_cast<F::EmPropertyNameId>(7)), nullptr);
   EXPECT_STREQ(F::GetPropertyNameString(F::emPropertyBorderLeftStyle), "border-left-style");
   EXPECT_EQ(F::ms_nPropertyNameTableSize / static_cast<int>(sizeof(QuickMapStringToValueItem)), 65);
@@ -29,13 +28,9 @@ TEST(PropertyNamesTest, NameTable) {
 }
 
 TEST(PropertyNamesTest, FontSizeByIndex) {
-  EXPECT_EQ(F::GetFontSizeInPtByIndex(0), 9);
-  EXPECT_EQ(F::GetFontSizeInPtByIndex(-4), 9);
-  EXPECT_EQ(F::GetFontSizeInPtByIndex(2), 10);
-  EXPECT_EQ(F::GetFontSizeInPtByIndex(3), 12);
-  EXPECT_EQ(F::GetFontSizeInPtByIndex(5), 18);
-  EXPECT_EQ(F::GetFontSizeInPtByIndex(6), 24);
-  EXPECT_EQ(F::GetFontSizeInPtByIndex(9), 36);
+  const int cases[][2] = {{0, 9}, {-4, 9}, {2, 10}, {3, 12}, {5, 18}, {6, 24}, {9, 36}};
+  for (const auto& c : cases)
+    EXPECT_EQ(F::GetFontSizeInPtByIndex(c[0]), c[1]) << c[0];
 }
 
 TEST(PropertyNamesTest, KeywordReaders) {
@@ -145,21 +140,18 @@ TEST(StyleFormatTest, FontSizeKeywordsKeepNoUnit) {
   EXPECT_EQ(f.AnalyseCssProperty("font-size", "12pt"), 1);
   EXPECT_EQ(f.GetFontSize().GetUnitType(), CSttNumber::emUnitPt);
   EXPECT_EQ(f.AnalyseCssProperty("font-size", "large"), 1);
-  EXPECT_FLOAT_EQ(f.GetFontSize().GetNum(), 14.0f);
-  EXPECT_EQ(f.GetFontSize().GetUnitType(), CSttNumber::emUnitNone);
   EXPECT_EQ(f.GetFontSize().GetPoints(-1, -1, -1), 14);
-  EXPECT_EQ(f.AnalyseCssProperty("font-size", "medium"), 1);
-  EXPECT_FLOAT_EQ(f.GetFontSize().GetNum(), 12.0f);
-  EXPECT_EQ(f.AnalyseCssProperty("font-size", "xx-small"), 1);
-  EXPECT_FLOAT_EQ(f.GetFontSize().GetNum(), 9.0f);
-  EXPECT_EQ(f.AnalyseCssProperty("font-size", "xx-large"), 1);
-  EXPECT_FLOAT_EQ(f.GetFontSize().GetNum(), 24.0f);
-  EXPECT_EQ(f.AnalyseCssProperty("font-size", "larger"), 1);
-  EXPECT_FLOAT_EQ(f.GetFontSize().GetNum(), 1.5f);
-  EXPECT_EQ(f.AnalyseCssProperty("font-size", "smaller"), 1);
-  EXPECT_FLOAT_EQ(f.GetFontSize().GetNum(), 0.67f);
-  EXPECT_EQ(f.AnalyseCssProperty("font-size", "huge"), 0);
-  EXPECT_FLOAT_EQ(f.GetFontSize().GetNum(), 0.67f);
+  const struct {
+    const char* value;
+    BOOL read;
+    float num;  // a rejected keyword leaves the earlier size
+  } cases[] = {{"large", 1, 14}, {"medium", 1, 12}, {"xx-small", 1, 9}, {"xx-large", 1, 24},
+               {"larger", 1, 1.5f}, {"smaller", 1, 0.67f}, {"huge", 0, 0.67f}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(f.AnalyseCssProperty("font-size", c.value), c.read) << c.value;
+    EXPECT_FLOAT_EQ(f.GetFontSize().GetNum(), c.num) << c.value;
+    EXPECT_EQ(f.GetFontSize().GetUnitType(), CSttNumber::emUnitNone) << c.value;
+  }
 }
 
 TEST(StyleFormatTest, FontWeightAndFamily) {
