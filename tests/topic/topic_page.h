@@ -1,6 +1,7 @@
 // A topic document over page text held in memory, for the topic tests.
 #pragma once
 
+#include <initializer_list>
 #include <string>
 
 #include "telvanix/foundation/byte_string.h"
@@ -31,5 +32,24 @@ class TopicPage {
   CByteString m_bytes;
   CHtmlFileEx m_doc;
 };
+
+// A getter's text, or "<none>" when it reports 0.
+template <typename Getter>
+std::string Text(CHtmlFileEx& doc, Getter getter) {
+  CString text;
+  return (doc.*getter)(text) ? text.str() : "<none>";
+}
+
+// True when the pieces appear in the text in this order.
+inline bool InOrder(const std::string& text, std::initializer_list<const char*> pieces) {
+  size_t from = 0;
+  for (const char* piece : pieces) {
+    const size_t at = text.find(piece, from);
+    if (at == std::string::npos)
+      return false;
+    from = at + 1;
+  }
+  return true;
+}
 
 }  // namespace telvanix::test

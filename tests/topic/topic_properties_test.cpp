@@ -11,6 +11,8 @@
 namespace telvanix {
 namespace {
 
+using test::InOrder;
+using test::Text;
 using test::TopicPage;
 
 std::string Join(const CStringList& list) {
@@ -24,22 +26,19 @@ TEST(TopicProperties, AuthorIsEncodedWhenInsertedAndRawWhenUpdated) {
   TopicPage page("<html><head><title>t</title></head><body></body></html>");
   CHtmlFileEx& doc = page.doc();
   EXPECT_EQ(1, doc.SetTopicAuthor("Smith & Sons"));
-  std::string saved = page.Saved();
-  EXPECT_NE(std::string::npos, saved.find("<meta name=\"topic-author\" content=\"Smith &amp; Sons\">")) << saved;
   // No META yet: it goes in front of the HEAD end tag.
-  EXPECT_LT(saved.find("</title>"), saved.find("<meta"));
-  EXPECT_LT(saved.find("<meta"), saved.find("</head>"));
-  CString value;
-  EXPECT_EQ(1, doc.GetTopicAuthor(value));
-  EXPECT_STREQ("Smith & Sons", value);
+  EXPECT_TRUE(InOrder(page.Saved(), {"</title>", "<meta name=\"topic-author\" content=\"Smith &amp; Sons\">",
+                                     "</head>"}))
+      << page.Saved();
+  EXPECT_EQ("Smith & Sons", Text(doc, &CHtmlFileEx::GetTopicAuthor));
 
   EXPECT_EQ(1, doc.SetTopicAuthor("Smith & Sons"));
-  saved = page.Saved();
-  EXPECT_NE(std::string::npos, saved.find("<meta name=\"topic-author\" content=\"Smith & Sons\">")) << saved;
-  EXPECT_EQ(1, doc.GetTopicAuthor(value));
-  EXPECT_STREQ("Smith & Sons", value);  // decoding leaves a bare "&" alone
+  EXPECT_NE(std::string::npos, page.Saved().find("<meta name=\"topic-author\" content=\"Smith & Sons\">"))
+      << page.Saved();
+  EXPECT_EQ("Smith & Sons", Text(doc, &CHtmlFileEx::GetTopicAuthor));  // decoding leaves a bare "&" alone
 
   EXPECT_EQ(1, doc.SetTopicAuthor(nullptr));
+  CString value = "stale";
   EXPECT_EQ(0, doc.GetTopicAuthor(value));
   EXPECT_TRUE(value.IsEmpty());
   EXPECT_EQ(1, doc.SetTopicAuthor(nullptr));  // nothing left to remove: still 1
@@ -50,62 +49,43 @@ TEST(TopicProperties, NewTagsFollowTheLastLiveMetaInOrder) {
       "<html><head><META NAME=\"Topic-Status\" content=\"draft\"><title>t</title>"
       "<meta name=keywords content=k></head></html>");
   CHtmlFileEx& doc = page.doc();
-  CString value;
-  EXPECT_EQ(1, doc.GetTopicStatus(value));  // the name is matched in any case
-  EXPECT_STREQ("draft", value);
+  EXPECT_EQ("draft", Text(doc, &CHtmlFileEx::GetTopicStatus));  // the name is matched in any case
   EXPECT_EQ(1, doc.SetTopicId("id1"));
   EXPECT_EQ(1, doc.SetTopicComment("c"));
   EXPECT_EQ(1, doc.SetTopicSourceDigitalSignature("sig"));
-  std::string saved = page.Saved();
-  size_t keywords = saved.find("name=keywords");
-  size_t id = saved.find("\"topic-id\"");
-  size_t comment = saved.find("\"topic-comment\"");
-  size_t sds = saved.find("\"topic-sds\"");
-  EXPECT_LT(keywords, id);
-  EXPECT_LT(id, comment);
-  EXPECT_LT(comment, sds);
-  EXPECT_LT(sds, saved.find("</head>"));
-  EXPECT_EQ(1, doc.GetTopicSourceDigitalSignature(value));
-  EXPECT_STREQ("sig", value);
-}
+  EXPECT_TRUE(InOrder(page.Saved(), {"name=keywords", "\"topic-id\"", "\"topic-comment\"", "\"topic-sds\"", "</head>"}))
+      << page.Saved();
+  EXPECT_EQ("sig", Text(doc, &CHtmlFileEx::GetTopicSourceDigitalSignature));
 
-TEST(TopicProperties, WithoutHeadEndTheTagFollowsHtmlStart) {
-  {
-    TopicPage page("<html><body></body></html>");
-    EXPECT_EQ(1, page->SetTopicStatus("s"));
-    EXPECT_EQ(0u, page.Saved().find("<html>"));
-    EXPECT_LT(page.Saved().find("topic-status"), page.Saved().find("<body>"));
-  }
-  {
-    TopicPage page("<p>no html</p>");
-    EXPECT_EQ(0, page->SetTopicStatus("s"));
-    EXPECT_EQ("<p>no html</p>", page.Saved());
-  }
+  // Without a HEAD end the tag follows the HTML start; without HTML it fails.
+  TopicPage noHead("<html><body></body></html>");
+  EXPECT_EQ(1, noHead->SetTopicStatus("s"));
+  EXPECT_EQ(0u, noHead.Saved().find("<html>"));
+  EXPECT_TRUE(InOrder(noHead.Saved(), {"topic-status", "<body>"})) << noHead.Saved();
+  TopicPage noHtml("<p>no html</p>");
+  EXPECT_EQ(0, noHtml->SetTopicStatus("s"));
+  EXPECT_EQ("<p>no html</p>", noHtml.Saved());
 }
 
 TEST(TopicProperties, NumbersReadLeadingDigits) {
-  {
-    TopicPage page("<html><head><meta name=topic-priority content=\"7x\"></head></html>");
-    int priority = 0;
-    EXPECT_EQ(1, page->GetTopicPriority(priority));
-    EXPECT_EQ(7, priority);
-  }
-  {
-    TopicPage page("<html><head><meta name=topic-priority content=\"x7\"></head></html>");
+  const struct {
+    const char* content;
+    int priority;
+  } cases[] = {{"7x", 7}, {"x7", 0}};
+  for (const auto& c : cases) {
+    TopicPage page(std::string("<html><head><meta name=topic-priority content=\"") + c.content + "\"></head></html>");
     int priority = 5;
-    EXPECT_EQ(1, page->GetTopicPriority(priority));
-    EXPECT_EQ(0, priority);
+    EXPECT_EQ(1, page->GetTopicPriority(priority)) << c.content;
+    EXPECT_EQ(c.priority, priority) << c.content;
   }
-  {
-    TopicPage page("<html><head></head></html>");
-    int estimate = 5;
-    EXPECT_EQ(0, page->GetTopicTimeEstimate(estimate));
-    EXPECT_EQ(-1, estimate);
-    EXPECT_EQ(1, page->SetTopicTimeEstimate(-12));
-    EXPECT_EQ(1, page->GetTopicTimeEstimate(estimate));
-    EXPECT_EQ(-12, estimate);
-    EXPECT_NE(std::string::npos, page.Saved().find("<meta name=\"topic-time-estimate\" content=\"-12\">"));
-  }
+  TopicPage page("<html><head></head></html>");
+  int estimate = 5;
+  EXPECT_EQ(0, page->GetTopicTimeEstimate(estimate));
+  EXPECT_EQ(-1, estimate);
+  EXPECT_EQ(1, page->SetTopicTimeEstimate(-12));
+  EXPECT_EQ(1, page->GetTopicTimeEstimate(estimate));
+  EXPECT_EQ(-12, estimate);
+  EXPECT_NE(std::string::npos, page.Saved().find("<meta name=\"topic-time-estimate\" content=\"-12\">"));
 }
 
 TEST(TopicProperties, CheckListsSplitTrimAndDropEmptyPieces) {
@@ -137,38 +117,28 @@ TEST(TopicProperties, CheckListsSplitTrimAndDropEmptyPieces) {
 TEST(TopicBuildTags, TopicTagsAreWrittenAsGivenAndReadAsWritten) {
   TopicPage page("<html><head><title>t</title></head></html>");
   CHtmlFileEx& doc = page.doc();
-  CString tags;
-  EXPECT_EQ(0, doc.GetTopicBuildTags(tags));
+  EXPECT_EQ("<none>", Text(doc, &CHtmlFileEx::GetTopicBuildTags));
   EXPECT_EQ(1, doc.SetTopicBuildTags("A&amp;B,C"));
   // Without any META the tag goes right after the HEAD start tag.
   EXPECT_NE(std::string::npos, page.Saved().find("<head>\r\n <meta name=\"build tags\" content=\"A&amp;B,C\">"))
       << page.Saved();
   // The new tag is not in the metas list until the next analysis.
-  EXPECT_EQ(0, doc.GetTopicBuildTags(tags));
+  EXPECT_EQ("<none>", Text(doc, &CHtmlFileEx::GetTopicBuildTags));
   doc.Analyse();
-  EXPECT_EQ(1, doc.GetTopicBuildTags(tags));
-  EXPECT_STREQ("A&amp;B,C", tags);
+  EXPECT_EQ("A&amp;B,C", Text(doc, &CHtmlFileEx::GetTopicBuildTags));
 }
 
-TEST(TopicBuildTags, InsertedAfterTheLastRecordedMeta) {
-  TopicPage page(
-      "<html><head><meta name=a content=1><title>t</title><meta name=b content=2></head></html>");
+TEST(TopicBuildTags, InsertedAfterTheLastRecordedMetaUpdatedAndRemoved) {
+  TopicPage page("<html><head><meta name=a content=1><title>t</title><meta name=b content=2></head></html>");
   EXPECT_EQ(1, page->SetTopicBuildTags("X"));
-  std::string saved = page.Saved();
-  EXPECT_LT(saved.find("name=b"), saved.find("build tags"));
-  EXPECT_LT(saved.find("build tags"), saved.find("</head>"));
+  EXPECT_TRUE(InOrder(page.Saved(), {"name=b", "build tags", "</head>"})) << page.Saved();
   EXPECT_EQ(1, page->SetTopicBuildTags(nullptr));  // nothing recorded to remove
-}
 
-TEST(TopicBuildTags, UpdateAndRemoveAnExistingTag) {
-  TopicPage page("<html><head><META name=\"Build Tags\" content=\"A,B\"></head></html>");
-  CHtmlFileEx& doc = page.doc();
-  EXPECT_EQ(1, doc.SetTopicBuildTags("C"));
-  CString tags;
-  EXPECT_EQ(1, doc.GetTopicBuildTags(tags));
-  EXPECT_STREQ("C", tags);
-  EXPECT_EQ(1, doc.SetTopicBuildTags(""));
-  EXPECT_EQ("<html><head></head></html>", page.Saved());
+  TopicPage existing("<html><head><META name=\"Build Tags\" content=\"A,B\"></head></html>");
+  EXPECT_EQ(1, existing->SetTopicBuildTags("C"));
+  EXPECT_EQ("C", Text(existing.doc(), &CHtmlFileEx::GetTopicBuildTags));
+  EXPECT_EQ(1, existing->SetTopicBuildTags(""));
+  EXPECT_EQ("<html><head></head></html>", existing.Saved());
 }
 
 TEST(TopicBuildTags, InlineTagsLiveInTheXConditionProperty) {
@@ -203,12 +173,10 @@ TEST(TopicBuildTags, InlineTagsLiveInTheXConditionProperty) {
       "<html><body><p style=\"color: red; x-condition: Web, Print\">a</p>"
       "<p style=\" \">b</p><p style=\"color:blue; x-condition:Draft; \">c</p><p>d</p></body></html>",
       page.Saved());
-}
 
-TEST(TopicBuildTags, XConditionTestIsCaseSensitive) {
-  TopicPage page("<html><body><p style=\"X-Condition: Web\">a</p></body></html>");
-  CString tags;
-  EXPECT_EQ(0, page->GetInlineBuildTags(page->GetTokenList()->GetTagItem(page->GetStyledTagPositions()[0]), tags));
+  // The property name is matched with its case.
+  TopicPage upper("<html><body><p style=\"X-Condition: Web\">a</p></body></html>");
+  EXPECT_EQ(0, upper->GetInlineBuildTags(upper->GetTokenList()->GetTagItem(upper->GetStyledTagPositions()[0]), tags));
 }
 
 TEST(TopicBuildTags, ReplaceRenamesEverywhereWithCase) {
@@ -220,9 +188,7 @@ TEST(TopicBuildTags, ReplaceRenamesEverywhereWithCase) {
   EXPECT_EQ(0, doc.ReplaceBuildTag(nullptr, "x"));
   EXPECT_EQ(0, doc.ReplaceBuildTag("", "x"));
   EXPECT_EQ(1, doc.ReplaceBuildTag("Web", "Online"));
-  CString tags;
-  EXPECT_EQ(1, doc.GetTopicBuildTags(tags));
-  EXPECT_STREQ("Online,Print,web", tags);
+  EXPECT_EQ("Online,Print,web", Text(doc, &CHtmlFileEx::GetTopicBuildTags));
   // Styles carrying x-condition are rewritten even when nothing matched;
   // others are left alone.
   EXPECT_EQ(
@@ -230,16 +196,14 @@ TEST(TopicBuildTags, ReplaceRenamesEverywhereWithCase) {
       "<p style=\"x-condition:Print,Online; color:red; \">a</p><div style=\"x-condition:web; \">b</div>"
       "<span style=\"color:red\">c</span></body></html>",
       page.Saved());
-}
 
-TEST(TopicBuildTags, ReplaceWithoutNewNameRemoves) {
-  TopicPage page(
+  // Without a new name the tag is removed.
+  TopicPage removed(
       "<html><head><meta name=\"build tags\" content=\"Web\"></head><body>"
       "<p style=\"x-condition: Web\">a</p><p style=\"x-condition: Web,Print\">b</p></body></html>");
-  EXPECT_EQ(1, page->ReplaceBuildTag("Web", nullptr));
-  EXPECT_EQ(
-      "<html><head></head><body><p style=\" \">a</p><p style=\"x-condition:Print; \">b</p></body></html>",
-      page.Saved());
+  EXPECT_EQ(1, removed->ReplaceBuildTag("Web", nullptr));
+  EXPECT_EQ("<html><head></head><body><p style=\" \">a</p><p style=\"x-condition:Print; \">b</p></body></html>",
+            removed.Saved());
 }
 
 TEST(TopicBuildTags, ListRules) {
