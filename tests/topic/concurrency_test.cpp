@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <initializer_list>
 #include <latch>
 #include <memory>
 #include <sstream>
@@ -51,144 +52,95 @@ CByteString Bytes(const std::string& text) {
   return CByteString(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
 }
 
+// The text with each marker character replaced by its value.
+std::string Fill(std::string text, std::initializer_list<std::pair<char, std::string>> values) {
+  for (const auto& [marker, value] : values)
+    for (size_t at = text.find(marker); at != std::string::npos; at = text.find(marker, at + value.size()))
+      text.replace(at, 1, value);
+  return text;
+}
+
 // A topic that reaches every analysis path: properties, stylesheets, scripts,
 // help-control and keyword objects, multimedia, frames, bookmarks, build tags,
-// entities and misnested markup. `n` makes each page different.
+// entities and misnested markup. `n` ("$" below) makes each page different.
 std::string MakeTopic(int n) {
   static const char* const kColors[] = {"red", "navy", "#336699", "Teal", "fuchsia", "#ffffcc", "silver", "OLIVE"};
-  static const char* const kSchemes[] = {"http", "ftp",      "mailto",    "news",   "javascript",
-                                         "file", "https",    "gopher",    "telnet", "nntp",
-                                         "wais", "prospero", "help.chm:", "ms-its", "HTTP"};
-  const std::string id = std::to_string(n);
-  std::string page =
+  static const char* const kSchemes[] = {"http", "ftp",  "mailto", "news",     "javascript", "file",   "https", "gopher",
+                                         "telnet", "nntp", "wais", "prospero", "help.chm:",  "ms-its", "HTTP"};
+  std::string page = Fill(
       "<!DOCTYPE HTML PUBLIC \"-//W3C//DTD HTML 4.0 Transitional//EN\">\n<HTML>\n<HEAD>\n"
-      "<meta name=\"topic-author\" content=\"Writer " +
-      id +
-      "\">\n"
-      "<meta name=\"topic-priority\" content=\"" +
-      std::to_string(n % 5) +
-      "\">\n"
-      "<meta name=\"topic-checklist\" content=\"draft,review " +
-      id +
-      ",done\">\n"
-      "<meta name=\"build tags\" content=\"Web,Print" +
-      id +
-      "\">\n"
-      "<TITLE>Topic " +
-      id +
-      " &amp; caf&eacute;</TITLE>\n"
-      "<LINK rel=\"stylesheet\" href=\"styles/sheet" +
-      id +
-      ".css\">\n"
-      "<STYLE>@import url(extra" +
-      id + ".css);\nbody { background: #fff url('bg" + id +
-      ".gif') }\n"
-      "li { list-style-image: url(\"dot.png\") } .n" +
-      id + " { color: " + kColors[n % 8] +
-      " }</STYLE>\n"
-      "<SCRIPT src=\"scripts/s" +
-      id +
-      ".js\"></SCRIPT><script>var x = '<p>';</script>\n"
-      "</HEAD>\n<BODY bgcolor=" +
-      kColors[n % 8] + " text=#000000 link=\"" + kColors[(n + 3) % 8] + "\" background=\"paper" + id +
-      ".jpg\" bgproperties=fixed>\n"
-      "<BGSOUND src=\"sound" +
-      id + ".wav\" loop=" + std::to_string(n % 4) +
-      ">\n"
+      "<meta name=\"topic-author\" content=\"Writer $\">\n<meta name=\"topic-priority\" content=\"%\">\n"
+      "<meta name=\"topic-checklist\" content=\"draft,review $,done\">\n"
+      "<meta name=\"build tags\" content=\"Web,Print$\">\n<TITLE>Topic $ &amp; caf&eacute;</TITLE>\n"
+      "<LINK rel=\"stylesheet\" href=\"styles/sheet$.css\">\n"
+      "<STYLE>@import url(extra$.css);\nbody { background: #fff url('bg$.gif') }\n"
+      "li { list-style-image: url(\"dot.png\") } .n$ { color: ^ }</STYLE>\n"
+      "<SCRIPT src=\"scripts/s$.js\"></SCRIPT><script>var x = '<p>';</script>\n"
+      "</HEAD>\n<BODY bgcolor=^ text=#000000 link=\"~\" background=\"paper$.jpg\" bgproperties=fixed>\n"
+      "<BGSOUND src=\"sound$.wav\" loop=`>\n"
       "<OBJECT id=hhctrl type=\"application/x-oleobject\" classid=\"clsid:adb880a6-d8ff-11cf-9377-00aa003b7a11\">"
-      "<PARAM name=\"Command\" value=\"ShortCut\"><PARAM name=\"Button\" value=\"Bitmap:short" +
-      id +
-      ".bmp\">"
+      "<PARAM name=\"Command\" value=\"ShortCut\"><PARAM name=\"Button\" value=\"Bitmap:short$.bmp\">"
       "<PARAM name=\"Item1\" value=\",app.exe,\"></OBJECT>\n"
       "<OBJECT type=\"application/x-oleobject\" classid=\"clsid:4c7e19a2-b83f-11d0-a5c1-00e07d3f21ab\">"
-      "<param name=\"Keyword\" value=\"key" +
-      id +
-      "\"><param name=\"Keyword\" value=\"shared\">"
-      "<param name=\"ALink Name\" value=\"alink" +
-      id +
-      "\"></OBJECT>\n"
+      "<param name=\"Keyword\" value=\"key$\"><param name=\"Keyword\" value=\"shared\">"
+      "<param name=\"ALink Name\" value=\"alink$\"></OBJECT>\n"
       "<OBJECT id=hhctrl classid=\"clsid:ADB880A6-D8FF-11CF-9377-00AA003B7A11\"><PARAM name=\"Command\" "
-      "value=\"Related Topics\"><PARAM name=\"Item1\" value=\"One;one" +
-      id +
-      ".htm\">"
+      "value=\"Related Topics\"><PARAM name=\"Item1\" value=\"One;one$.htm\">"
       "<PARAM name=\"Item2\" value=\"Two;two.htm\"></OBJECT>\n"
-      "<object classid=\"clsid:22D6F312-B0F6-11D0-94AB-0080C74C7E95\"><param name=FileName value=\"talk" +
-      id + ".mp3\"></object><embed src=\"m&amp;n" + id +
-      ".mid\"><img dynsrc=\"clip.avi\" src=\"still.gif\">\n"
-      "<h1 id=\"top" +
-      id + "\" style=\"x-condition: Web" + id + "; color: red\">Heading " + id +
-      "</h1>\n"
-      "<p class=note style=\"background:url(inline" +
-      id + ".gif)\">Read <a href=\"" + kSchemes[n % 15] + "://host/p" + id +
-      ".htm\">the <b>requirements</a></b> first &lt;now&gt;&nbsp;&copy;.\n"
-      "<a name=\"mark" +
-      id +
-      "\" href=\"local.htm#x\">local</a>"
-      "<img src=\"images/pic" +
-      id + ".gif\" alt='Picture &amp; " + id +
-      "'>\n"
-      "<table><tr><td>cell " +
-      id +
-      "<td>next<tr><td>row</table>\n"
-      "<ul><li>one<li>two <i>italic<li>three</ul>\n"
-      "<map name=m><area href=\"area" +
-      id +
-      ".htm\" alt=\"area\"></map>\n"
-      "<iframe src=\"inner" +
-      id +
-      ".htm\">not shown</iframe>\n"
-      "<!-- comment " +
-      id + " --><P>Tab\there &amp; there &#65;&#x42;C &unknown; " + id + "</P>\n";
-  for (int i = 0; i < n % 7; ++i) page += "<div><span class=n" + id + ">line " + std::to_string(i) + "</div></span>\n";
-  page += "</BODY>\n</HTML>\n";
-  return page;
+      "<object classid=\"clsid:22D6F312-B0F6-11D0-94AB-0080C74C7E95\"><param name=FileName value=\"talk$.mp3\">"
+      "</object><embed src=\"m&amp;n$.mid\"><img dynsrc=\"clip.avi\" src=\"still.gif\">\n"
+      "<h1 id=\"top$\" style=\"x-condition: Web$; color: red\">Heading $</h1>\n"
+      "<p class=note style=\"background:url(inline$.gif)\">Read <a href=\"|://host/p$.htm\">the "
+      "<b>requirements</a></b> first &lt;now&gt;&nbsp;&copy;.\n"
+      "<a name=\"mark$\" href=\"local.htm#x\">local</a><img src=\"images/pic$.gif\" alt='Picture &amp; $'>\n"
+      "<table><tr><td>cell $<td>next<tr><td>row</table>\n<ul><li>one<li>two <i>italic<li>three</ul>\n"
+      "<map name=m><area href=\"area$.htm\" alt=\"area\"></map>\n<iframe src=\"inner$.htm\">not shown</iframe>\n"
+      "<!-- comment $ --><P>Tab\there &amp; there &#65;&#x42;C &unknown; $</P>\n",
+      {{'$', std::to_string(n)}, {'%', std::to_string(n % 5)}, {'`', std::to_string(n % 4)},
+       {'^', kColors[n % 8]}, {'~', kColors[(n + 3) % 8]}, {'|', kSchemes[n % 15]}});
+  for (int i = 0; i < n % 7; ++i)
+    page += Fill("<div><span class=n$>line ~</div></span>\n", {{'$', std::to_string(n)}, {'~', std::to_string(i)}});
+  return page + "</BODY>\n</HTML>\n";
 }
 
 std::string MakeSheet(int n) {
-  const std::string id = std::to_string(n);
-  return "/* sheet " + id + " */\n@import url(base" + id +
-         ".css);\n@import \"print.css\";\n"
-         "BODY { font-family: Verdana, \"Courier New\", monospace; font-size: " +
-         std::to_string(8 + n % 9) + "pt; color: #00" + std::to_string(10 + n % 90) +
-         "66; background: white url(img/bg" + id +
-         ".gif) no-repeat fixed }\n"
-         "H1 { font: bold italic 16px/1.2 Arial; text-align: center; text-decoration: underline; "
-         "margin: 1em 2px 3pt 4% }\n"
-         "P.note, UL LI { border: 1px solid red; padding: 4px; list-style: square url(b" +
-         id +
-         ".png) inside }\n"
-         "A:hover { color: Navy; text-transform: uppercase; vertical-align: super; display: block }\n"
-         "@media print { P { color: black } }\n"
-         ".x" +
-         id +
-         " { cursor: url(c.cur), auto; filter: alpha(opacity=50); white-space: pre; "
-         "letter-spacing: -1px; line-height: 150% }\n"
-         "broken { color: ; ; font-weight: 700 }  unclosed { width: 3in\n";
+  return Fill(
+      "/* sheet $ */\n@import url(base$.css);\n@import \"print.css\";\n"
+      "BODY { font-family: Verdana, \"Courier New\", monospace; font-size: ^pt; color: #00~66; "
+      "background: white url(img/bg$.gif) no-repeat fixed }\n"
+      "H1 { font: bold italic 16px/1.2 Arial; text-align: center; text-decoration: underline; "
+      "margin: 1em 2px 3pt 4% }\n"
+      "P.note, UL LI { border: 1px solid red; padding: 4px; list-style: square url(b$.png) inside }\n"
+      "A:hover { color: Navy; text-transform: uppercase; vertical-align: super; display: block }\n"
+      "@media print { P { color: black } }\n"
+      ".x$ { cursor: url(c.cur), auto; filter: alpha(opacity=50); white-space: pre; "
+      "letter-spacing: -1px; line-height: 150% }\n"
+      "broken { color: ; ; font-weight: 700 }  unclosed { width: 3in\n",
+      {{'$', std::to_string(n)}, {'^', std::to_string(8 + n % 9)}, {'~', std::to_string(10 + n % 90)}});
 }
 
 std::string MakeSitemap(int n) {
   const std::string id = std::to_string(n);
-  std::string page = "<!DOCTYPE HTML PUBLIC \"-//IETF//DTD HTML//EN\">\n<HTML>\n<HEAD>\n<title>Contents " + id +
-                     "</title>\n</HEAD><BODY>\n<OBJECT type=\"text/site properties\">\n"
-                     "\t<param name=\"FrameName\" value=\"right" +
-                     id +
-                     "\">\n\t<param name=\"Window Styles\" value=\"0x800625\">\n"
-                     "\t<param name=\"Category\" value=\"Audience\">\n\t<param name=\"Type\" value=\"beginner\">\n"
-                     "\t<param name=\"Foreground\" value=\"navy\">\n</OBJECT>\n<UL>\n";
+  std::string page = Fill(
+      "<!DOCTYPE HTML PUBLIC \"-//IETF//DTD HTML//EN\">\n<HTML>\n<HEAD>\n<title>Contents $</title>\n</HEAD><BODY>\n"
+      "<OBJECT type=\"text/site properties\">\n\t<param name=\"FrameName\" value=\"right$\">\n"
+      "\t<param name=\"Window Styles\" value=\"0x800625\">\n\t<param name=\"Category\" value=\"Audience\">\n"
+      "\t<param name=\"Type\" value=\"beginner\">\n\t<param name=\"Foreground\" value=\"navy\">\n</OBJECT>\n<UL>\n",
+      {{'$', id}});
   for (int i = 0; i < 3 + n % 5; ++i) {
-    page += "\t<LI> <OBJECT type=\"text/sitemap\">\n\t\t<param name=\"Name\" value=\"Entry " + std::to_string(i) +
-            " &amp; " + id + "\">\n\t\t<param name=\"Local\" value=\"topics\\t" + std::to_string(i) +
-            ".htm\">\n\t\t<param name=\"ImageNumber\" value=\"" + std::to_string(i % 3 + 1) + "\">\n\t\t</OBJECT>\n";
+    page += Fill(
+        "\t<LI> <OBJECT type=\"text/sitemap\">\n\t\t<param name=\"Name\" value=\"Entry ~ &amp; $\">\n"
+        "\t\t<param name=\"Local\" value=\"topics\\t~.htm\">\n\t\t<param name=\"ImageNumber\" value=\"^\">\n"
+        "\t\t</OBJECT>\n",
+        {{'$', id}, {'~', std::to_string(i)}, {'^', std::to_string(i % 3 + 1)}});
     if (i % 2)
-      page +=
+      page += Fill(
           "\t<UL>\n\t\t<LI> <OBJECT type=\"text/sitemap\"><param name=\"Name\" value=\"Child\">"
-          "<param name=\"URL\" value=\"http://example.invalid/c" +
-          id +
-          ".htm\">"
-          "<param name=\"Keyword\" value=\"kw\"></OBJECT>\n\t</UL>\n";
+          "<param name=\"URL\" value=\"http://example.invalid/c$.htm\"><param name=\"Keyword\" value=\"kw\">"
+          "</OBJECT>\n\t</UL>\n",
+          {{'$', id}});
   }
-  page += "</UL>\n</BODY></HTML>\n";
-  return page;
+  return page + "</UL>\n</BODY></HTML>\n";
 }
 
 // The inputs of one job; the data files are read before any thread starts.
