@@ -11,7 +11,9 @@
 namespace telvanix {
 namespace {
 
+using test::Join;
 using test::TopicPage;
+using test::Walk;
 
 const char kHhctrl[] = "<OBJECT id=hhctrl type=\"application/x-oleobject\" classid=\"clsid:ADB880A6-D8FF-11CF-9377-00AA003B7A11\">";
 
@@ -36,13 +38,6 @@ CHtmlFileEx::CStringArrayEx Words(std::initializer_list<const char*> words) {
     array.Add(s);
   }
   return array;
-}
-
-std::string Join(const CHtmlFileEx::CStringArrayEx& list) {
-  std::string out;
-  for (int i = 0; i < list.GetSize(); ++i)
-    out += std::string(list[i]) + ";";
-  return out;
 }
 
 TEST(TopicHhctrl, ObjectKindsByClassIdInAnyLetterCase) {
@@ -81,14 +76,12 @@ TEST(TopicHhctrl, CommandsAreCutAtTheCommaAndLookedUp) {
   TopicPage none(Page("<object classid=\"clsid:ADB880A6-D8FF-11CF-9377-00AA003B7A11\"><param name=x value=y></object>"));
   EXPECT_EQ(0, static_cast<int>(none->GetHhctrlCommandType(none->GetObjectPositions()[0])));
   EXPECT_EQ(0, static_cast<int>(none->GetHhctrlCommandType(nullptr)));
-}
-
-TEST(TopicHhctrl, UnknownCommandYieldsNoItems) {
-  TopicPage page(Page(Object("Bogus", "<PARAM name=\"Button\" value=\"bitmap:a.bmp\">"
-                                      "<PARAM name=\"Item1\" value=\"t;a.htm\">")));
-  EXPECT_EQ("", Items(page.doc(), CHtmlFileEx::emHhctrlItemBaggageImage));
-  EXPECT_EQ("", Items(page.doc(), CHtmlFileEx::emHhctrlItemRelatedTopic));
-  EXPECT_EQ("", Items(page.doc(), CHtmlFileEx::emHhctrlItemContentOrIndex));
+  // An unknown command yields no items of any kind.
+  TopicPage bogus(Page(Object("Bogus", "<PARAM name=\"Button\" value=\"bitmap:a.bmp\">"
+                                       "<PARAM name=\"Item1\" value=\"t;a.htm\">")));
+  for (auto type : {CHtmlFileEx::emHhctrlItemBaggageImage, CHtmlFileEx::emHhctrlItemRelatedTopic,
+                    CHtmlFileEx::emHhctrlItemContentOrIndex})
+    EXPECT_EQ("", Items(bogus.doc(), type)) << type;
 }
 
 TEST(TopicHhctrl, SplashImagesSkipPagesAndButtonsNeedAnImagePrefix) {
@@ -100,11 +93,8 @@ TEST(TopicHhctrl, SplashImagesSkipPagesAndButtonsNeedAnImagePrefix) {
       Object("ShortCut", "<PARAM name=\"Button\" value=\"Icon:\">") +
       Object("Close", "<PARAM name=\"Button\" value=\"ICON:close.ico\">")));
   EXPECT_EQ("a.bmp;shortcut.bmp;close.ico;", Items(page.doc(), CHtmlFileEx::emHhctrlItemBaggageImage));
-  unsigned int cursor = 0;
-  EXPECT_STREQ("a.bmp", page->GetFirstHhctrlBaggageImage(cursor));
-  EXPECT_STREQ("shortcut.bmp", page->GetNextHhctrlBaggageImage(cursor));
-  EXPECT_STREQ("close.ico", page->GetNextHhctrlBaggageImage(cursor));
-  EXPECT_EQ(nullptr, page->GetNextHhctrlBaggageImage(cursor));
+  EXPECT_EQ("a.bmp;shortcut.bmp;close.ico;",
+            Walk(page.doc(), &CHtmlFileEx::GetFirstHhctrlBaggageImage, &CHtmlFileEx::GetNextHhctrlBaggageImage));
 }
 
 TEST(TopicHhctrl, CursorPacksObjectAndNextParameter) {
@@ -150,10 +140,8 @@ TEST(TopicHhctrl, ContentsAndIndexFiles) {
                       Object("Index", "<PARAM name=\"Item1\" value=\"x;help.hhk\">") +
                       Object("Related Topics", "<PARAM name=\"Item1\" value=\"r.htm\">")));
   EXPECT_EQ("help.hhc;help.hhk;", Items(page.doc(), CHtmlFileEx::emHhctrlItemContentOrIndex));
-  unsigned int cursor = 0;
-  EXPECT_STREQ("help.hhc", page->GetFirstContentOrIndex(cursor));
-  EXPECT_STREQ("help.hhk", page->GetNextContentOrIndex(cursor));
-  EXPECT_EQ(nullptr, page->GetNextContentOrIndex(cursor));
+  EXPECT_EQ("help.hhc;help.hhk;",
+            Walk(page.doc(), &CHtmlFileEx::GetFirstContentOrIndex, &CHtmlFileEx::GetNextContentOrIndex));
 }
 
 TEST(TopicKeywords, SetOnAPageWithoutObjectWritesBeforeBodyEndInReverse) {
@@ -190,40 +178,35 @@ TEST(TopicKeywords, ReadReplaceAndRemoveOnAnExistingObject) {
       "<object type=\"application/x-oleobject\" classid=\"clsid:4c7e19a2-b83f-11d0-a5c1-00e07d3f21ab\">"
       "<param name=\"Keyword\" value=\"old1\"><param name=\"ALink Name\" value=\"alink\">"
       "<param name=\"keyword\" value=\"old2\"><param name=\"Keyword\"></object><param name=\"Keyword\" value=\"out\">");
-  {
-    TopicPage page(source);
-    CHtmlFileEx::CStringArrayEx k = Words({"pre"});
-    EXPECT_EQ(1, page->GetKeywordK(k));
-    EXPECT_EQ("pre;old1;old2;", Join(k));  // appended; the PARAM outside the object is not read
-    CHtmlFileEx::CStringArrayEx a;
-    EXPECT_EQ(1, page->GetKeywordA(a));
-    EXPECT_EQ("alink;", Join(a));
-  }
-  {
-    TopicPage page(source);
-    CHtmlFileEx::CStringArrayEx k = Words({"n1", "n2", "n3"});
-    EXPECT_EQ(1, page->SetKeywordK(&k));
-    std::string saved = page.Saved();
-    EXPECT_NE(std::string::npos,
-              saved.find("00e07d3f21ab\"><PARAM name=\"Keyword\" value=\"n3\"><PARAM name=\"Keyword\" value=\"n2\">"
-                         "<PARAM name=\"Keyword\" value=\"n1\"><param name=\"ALink Name\" value=\"alink\">"))
-        << saved;
-    EXPECT_EQ(std::string::npos, saved.find("old1"));
-    EXPECT_EQ(std::string::npos, saved.find("old2"));
-    EXPECT_NE(std::string::npos, saved.find("value=\"out\""));
-  }
-  {
-    TopicPage page(source);
-    CHtmlFileEx::CStringArrayEx none;
-    EXPECT_EQ(1, page->SetKeywordK(&none));
-    std::string saved = page.Saved();
-    EXPECT_EQ(std::string::npos, saved.find("old1"));
-    EXPECT_EQ(std::string::npos, saved.find("PARAM"));
-    EXPECT_NE(std::string::npos, saved.find("alink"));
-    CHtmlFileEx::CStringArrayEx a;
-    page->GetKeywordA(a);
-    EXPECT_EQ("alink;", Join(a));
-  }
+  TopicPage read(source);
+  CHtmlFileEx::CStringArrayEx k = Words({"pre"}), a;
+  EXPECT_EQ(1, read->GetKeywordK(k));
+  EXPECT_EQ("pre;old1;old2;", Join(k));  // appended; the PARAM outside the object is not read
+  EXPECT_EQ(1, read->GetKeywordA(a));
+  EXPECT_EQ("alink;", Join(a));
+
+  TopicPage replaced(source);
+  k = Words({"n1", "n2", "n3"});
+  EXPECT_EQ(1, replaced->SetKeywordK(&k));
+  std::string saved = replaced.Saved();
+  EXPECT_NE(std::string::npos,
+            saved.find("00e07d3f21ab\"><PARAM name=\"Keyword\" value=\"n3\"><PARAM name=\"Keyword\" value=\"n2\">"
+                       "<PARAM name=\"Keyword\" value=\"n1\"><param name=\"ALink Name\" value=\"alink\">"))
+      << saved;
+  EXPECT_EQ(std::string::npos, saved.find("old1"));
+  EXPECT_EQ(std::string::npos, saved.find("old2"));
+  EXPECT_NE(std::string::npos, saved.find("value=\"out\""));
+
+  TopicPage removed(source);
+  CHtmlFileEx::CStringArrayEx none;
+  EXPECT_EQ(1, removed->SetKeywordK(&none));
+  saved = removed.Saved();
+  EXPECT_EQ(std::string::npos, saved.find("old1"));
+  EXPECT_EQ(std::string::npos, saved.find("PARAM"));
+  EXPECT_NE(std::string::npos, saved.find("alink"));
+  a.RemoveAll();
+  removed->GetKeywordA(a);
+  EXPECT_EQ("alink;", Join(a));
 }
 
 TEST(TopicKeywords, BodyTagsAreMadeForTheObject) {

@@ -14,6 +14,7 @@ namespace {
 using test::InOrder;
 using test::Text;
 using test::TopicPage;
+using test::Walk;
 
 std::string TagText(CHtmlFileEx& doc, POSITION pos) {
   CHtmlTokenItem* token = pos ? doc.GetTokenList()->GetTokenItem(pos) : nullptr;
@@ -53,10 +54,7 @@ TEST(TopicWalk, FirstBodyLastHeadAndListsInDocumentOrder) {
   unsigned int index = 0;
   EXPECT_STREQ("s.js", doc.GetFirstScriptSource(index));
   EXPECT_EQ(nullptr, doc.GetNextScriptSource(index));
-  std::string hrefs;
-  for (const char* h = doc.GetFirstAnchorHref(index); h; h = doc.GetNextAnchorHref(index))
-    hrefs += std::string(h) + ";";
-  EXPECT_EQ("a.htm;b.htm;", hrefs);
+  EXPECT_EQ("a.htm;b.htm;", Walk(doc, &CHtmlFileEx::GetFirstAnchorHref, &CHtmlFileEx::GetNextAnchorHref));
 }
 
 TEST(TopicWalk, StylesheetLinkRevDecidesBeforeRel) {
@@ -271,10 +269,7 @@ TEST(TopicStylesheet, ImportsOfStyleBlocksFollowTheLink) {
   CString stale = "stale.css";
   files.Add(stale);
   EXPECT_EQ(1, page->GetExternalStyleSheetFileNameEx(files));
-  std::string all;
-  for (int i = 0; i < files.GetSize(); ++i)
-    all += files[i].str() + ";";
-  EXPECT_EQ("main.css;one.css;two.css;three.css;", all);
+  EXPECT_EQ("main.css;one.css;two.css;three.css;", test::Join(files));
 }
 
 TEST(TopicBody, InsertAtStartAndEndAndReadBack) {
@@ -303,17 +298,9 @@ TEST(TopicEnumerators, ImagesDecodedBookmarksAndFrames) {
       "<a name=\"n1\" id=\"i1\">x</a><h2 id=sec>y</h2><a name=n2></a>"
       "<iframe src=\"in.htm\"></iframe></body></html>");
   CHtmlFileEx& doc = page.doc();
-  unsigned int index = 0;
-  std::string images;
-  for (CString s = doc.GetFirstImage(index); !s.IsEmpty(); s = doc.GetNextImage(index))
-    images += std::string(s) + ";";
-  EXPECT_EQ("a&b.gif;c.gif;", images);
-  std::string marks;
-  for (const char* s = doc.GetFirstBookmark(index); s; s = doc.GetNextBookmark(index))
-    marks += std::string(s) + ";";
-  EXPECT_EQ("n1;i1;sec;n2;", marks);
-  EXPECT_STREQ("in.htm", doc.GetFirstFrameSource(index));
-  EXPECT_EQ(nullptr, doc.GetNextFrameSource(index));
+  EXPECT_EQ("a&b.gif;c.gif;", Walk(doc, &CHtmlFileEx::GetFirstImage, &CHtmlFileEx::GetNextImage));
+  EXPECT_EQ("n1;i1;sec;n2;", Walk(doc, &CHtmlFileEx::GetFirstBookmark, &CHtmlFileEx::GetNextBookmark));
+  EXPECT_EQ("in.htm;", Walk(doc, &CHtmlFileEx::GetFirstFrameSource, &CHtmlFileEx::GetNextFrameSource));
 }
 
 TEST(TopicCopy, CopyHasItsOwnTokensAndRecordedPositions) {

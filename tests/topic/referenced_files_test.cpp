@@ -11,21 +11,16 @@
 namespace telvanix {
 namespace {
 
+using test::Join;
 using test::TopicPage;
 
-std::string Join(const CHtmlFileEx::CStringArrayEx& list) {
-  std::string out;
-  for (int i = 0; i < list.GetSize(); ++i)
-    out += std::string(list[i]) + ";";
-  return out;
+std::string Multimedia(CHtmlFileEx& doc) {
+  return test::Walk(doc, &CHtmlFileEx::GetFirstMultimediaFile, &CHtmlFileEx::GetNextMultimediaFile);
 }
 
-std::string Multimedia(CHtmlFileEx& doc) {
-  std::string out;
-  unsigned int index = 0;
-  for (CString s = doc.GetFirstMultimediaFile(index); !s.IsEmpty(); s = doc.GetNextMultimediaFile(index))
-    out += std::string(s) + ";";
-  return out;
+std::string Multimedia(const std::string& body) {
+  TopicPage page("<html><body>" + body + "</body></html>");
+  return Multimedia(page.doc());
 }
 
 const char kVectorImage[] =
@@ -146,55 +141,29 @@ TEST(TopicMultimedia, SoundsClipsEmbedsAndObjectsInOrderWithDuplicates) {
 }
 
 TEST(TopicMultimedia, PlayerCodebasesChooseTheParameter) {
-  const char* flash =
+  const std::string flash =
       "<object classid=\"clsid:D27CDB6E-AE6D-11cf-96B8-444553540000\" "
       "codebase=\"http://download.MACROMEDIA.com/pub/shockwave/cabs/flash/swflash.cab\">";
-  {
-    TopicPage page(std::string("<html><body>") + flash +
-                   "<param name=src value=a.wav><param name=movie value=intro.swf></object></body></html>");
-    EXPECT_EQ("intro.swf;", Multimedia(page.doc()));
-  }
-  {
-    // The flash codebase asks for "movie"; a src parameter is not looked at.
-    TopicPage page(std::string("<html><body>") + flash + "<param name=src value=a.wav></object></body></html>");
-    EXPECT_EQ("", Multimedia(page.doc()));
-    CHtmlFileEx& doc = page.doc();
-    POSITION pos = doc.GetObjectPositions()[0];
-    EXPECT_EQ(0, doc.IsMultimediaActivexObject(doc.GetTokenList()->GetTagItem(pos), pos));
-  }
-  {
-    TopicPage page(
-        "<html><body><object codebase=\"http://www.apple.com/qtactivex/qtplugin.cab\">"
-        "<param name=filename value=x.mov><param name=src value=clip.mov></object></body></html>");
-    EXPECT_EQ("clip.mov;", Multimedia(page.doc()));
-  }
-  {
-    TopicPage page(
-        "<html><body><object codebase=\"http://activex.example.net/activex/controls/mplayer/en/nsmp2inf.cab\">"
-        "<param name=src value=x.avi><param name=FileName value=y.avi></object></body></html>");
-    EXPECT_EQ("y.avi;", Multimedia(page.doc()));
-  }
+  EXPECT_EQ("intro.swf;", Multimedia(flash + "<param name=src value=a.wav><param name=movie value=intro.swf></object>"));
+  EXPECT_EQ("clip.mov;", Multimedia("<object codebase=\"http://www.apple.com/qtactivex/qtplugin.cab\">"
+                                    "<param name=filename value=x.mov><param name=src value=clip.mov></object>"));
+  EXPECT_EQ("y.avi;",
+            Multimedia("<object codebase=\"http://activex.example.net/activex/controls/mplayer/en/nsmp2inf.cab\">"
+                       "<param name=src value=x.avi><param name=FileName value=y.avi></object>"));
+  // The flash codebase asks for "movie"; a src parameter is not looked at.
+  TopicPage page("<html><body>" + flash + "<param name=src value=a.wav></object></body></html>");
+  EXPECT_EQ("", Multimedia(page.doc()));
+  POSITION pos = page->GetObjectPositions()[0];
+  EXPECT_EQ(0, page->IsMultimediaActivexObject(page->GetTokenList()->GetTagItem(pos), pos));
 }
 
 TEST(TopicMultimedia, GenericParametersStopAtTheFirstNonParam) {
-  {
-    // "src" names a page, so "movie" (tried later) gives the parameter.
-    TopicPage page(
-        "<html><body><object><param name=src value=a.htm><param name=movie value=b.swf></object>"
-        "</body></html>");
-    EXPECT_EQ("b.swf;", Multimedia(page.doc()));
-  }
-  {
-    TopicPage page("<html><body><object><b>x</b><param name=src value=a.wav></object></body></html>");
-    EXPECT_EQ("", Multimedia(page.doc()));
-  }
-  {
-    // The help control is never a player.
-    TopicPage page(
-        "<html><body><object classid=\"clsid:ADB880A6-D8FF-11CF-9377-00AA003B7A11\">"
-        "<param name=src value=a.wav></object></body></html>");
-    EXPECT_EQ("", Multimedia(page.doc()));
-  }
+  // "src" names a page, so "movie" (tried later) gives the parameter.
+  EXPECT_EQ("b.swf;", Multimedia("<object><param name=src value=a.htm><param name=movie value=b.swf></object>"));
+  EXPECT_EQ("", Multimedia("<object><b>x</b><param name=src value=a.wav></object>"));
+  // The help control is never a player.
+  EXPECT_EQ("", Multimedia("<object classid=\"clsid:ADB880A6-D8FF-11CF-9377-00AA003B7A11\">"
+                           "<param name=src value=a.wav></object>"));
 }
 
 TEST(TopicAnchors, JavaScriptHrefs) {

@@ -141,16 +141,12 @@ TEST(TopicBadInput, BrokenMarkupDoesNotTripTheScanners) {
     CStringList list;
     for (CString s = doc.GetFirstBaggageImage(index, stage); !s.IsEmpty(); s = doc.GetNextBaggageImage(index, stage)) {
     }
-    for (const char* s = doc.GetFirstRelatedTopic(index); s; s = doc.GetNextRelatedTopic(index)) {
-    }
-    for (const char* s = doc.GetFirstContentOrIndex(index); s; s = doc.GetNextContentOrIndex(index)) {
-    }
-    for (CString s = doc.GetFirstMultimediaFile(index); !s.IsEmpty(); s = doc.GetNextMultimediaFile(index)) {
-    }
-    for (const char* s = doc.GetFirstAnchorHref(index); s; s = doc.GetNextAnchorHref(index)) {
-    }
-    for (const char* s = doc.GetFirstFrameSource(index); s; s = doc.GetNextFrameSource(index)) {
-    }
+    using D = CHtmlFileEx;
+    test::Walk(doc, &D::GetFirstRelatedTopic, &D::GetNextRelatedTopic);
+    test::Walk(doc, &D::GetFirstContentOrIndex, &D::GetNextContentOrIndex);
+    test::Walk(doc, &D::GetFirstMultimediaFile, &D::GetNextMultimediaFile);
+    test::Walk(doc, &D::GetFirstAnchorHref, &D::GetNextAnchorHref);
+    test::Walk(doc, &D::GetFirstFrameSource, &D::GetNextFrameSource);
     POSITION pos = nullptr;
     for (CString s = doc.GetFirstInlineBuildTags(index, &pos); !s.IsEmpty(); s = doc.GetNextInlineBuildTags(index, &pos)) {
     }

@@ -40,6 +40,27 @@ std::string Text(CHtmlFileEx& doc, Getter getter) {
   return (doc.*getter)(text) ? text.str() : "<none>";
 }
 
+// The list's items, each followed by ";".
+inline std::string Join(const CHtmlFileEx::CStringArrayEx& list) {
+  std::string out;
+  for (int i = 0; i < list.GetSize(); ++i)
+    out += list[i].str() + ";";
+  return out;
+}
+
+// Everything an enumerator pair gives, each followed by ";": up to a null
+// pointer or an empty string.
+inline bool Given(const char* s) { return s != nullptr; }
+inline bool Given(const CString& s) { return !s.IsEmpty(); }
+template <typename First, typename Next>
+std::string Walk(CHtmlFileEx& doc, First first, Next next) {
+  unsigned int cursor = 0;
+  std::string out;
+  for (auto s = (doc.*first)(cursor); Given(s) && out.size() < 100000; s = (doc.*next)(cursor))
+    out += std::string(s) + ";";
+  return out;
+}
+
 // True when the pieces appear in the text in this order.
 inline bool InOrder(const std::string& text, std::initializer_list<const char*> pieces) {
   size_t from = 0;
