@@ -76,10 +76,8 @@ TEST(RglList, NodesComeInBlocksOfTen) {
   for (int i = 0; i < 25; ++i) {
     items[i].id = i;
     positions.push_back(list.AddTail(&items[i]));
-    if (i == 0 || i == 9) {
-      EXPECT_EQ(list.GetBlockCount(), 1);
-    } else if (i == 10) {
-      EXPECT_EQ(list.GetBlockCount(), 2);
+    if (i == 9 || i == 10) {
+      EXPECT_EQ(list.GetBlockCount(), i == 9 ? 1 : 2);
     }
   }
   EXPECT_EQ(list.GetBlockCount(), 3);
@@ -88,14 +86,12 @@ TEST(RglList, NodesComeInBlocksOfTen) {
   // A block hands out its nodes from the first one on.
   auto* p0 = reinterpret_cast<char*>(positions[0]);
   auto* p1 = reinterpret_cast<char*>(positions[1]);
-  auto* p9 = reinterpret_cast<char*>(positions[9]);
   EXPECT_GT(p1, p0);
-  EXPECT_EQ(p9 - p0, 9 * (p1 - p0));
+  EXPECT_EQ(reinterpret_cast<char*>(positions[9]) - p0, 9 * (p1 - p0));
 
   // A freed node is reused before any new block is made.
   list.RemoveAt(positions[5]);
-  POSITION again = list.AddTail(&items[5]);
-  EXPECT_EQ(again, positions[5]);
+  EXPECT_EQ(list.AddTail(&items[5]), positions[5]);
   EXPECT_EQ(list.GetBlockCount(), 3);
 
   list.RemoveAll();
@@ -106,24 +102,18 @@ TEST(RglList, NodesComeInBlocksOfTen) {
   list.AddTail(&items[0]);
   EXPECT_EQ(list.GetBlockCount(), 1);
 
+  // Removing the last element one at a time releases the blocks too.
   CRglList<Item*> small(3);
   for (int i = 0; i < 4; ++i)
     small.AddHead(&items[i]);
   EXPECT_EQ(small.GetBlockCount(), 2);
+  while (small.GetCount() > 1)
+    small.RemoveAt(small.GetTailPosition());
+  EXPECT_EQ(small.GetBlockCount(), 2);
+  small.RemoveAt(small.GetHeadPosition());
+  EXPECT_EQ(small.GetBlockCount(), 0);
+  EXPECT_TRUE(small.IsEmpty());
 }
-
-TEST(RglList, RemovingTheLastElementReleasesTheBlocks) {
-  Item a{1}, b{2};
-  CRglList<Item*> list;
-  POSITION pa = list.AddTail(&a);
-  POSITION pb = list.AddTail(&b);
-  list.RemoveAt(pa);
-  EXPECT_EQ(list.GetBlockCount(), 1);
-  list.RemoveAt(pb);
-  EXPECT_EQ(list.GetBlockCount(), 0);
-  EXPECT_TRUE(list.IsEmpty());
-}
-
 
 // Blocks from an outside source are carved from a plain buffer here: were
 // the list to free one, the sanitizer would report a bad free.
@@ -248,40 +238,30 @@ TEST(RglList, CopiesOtherListsAndOwnsValues) {
   EXPECT_TRUE(b.Find(CString("z")) != nullptr);
 }
 
-TEST(RglArray, GrowsFromOneToFive) {
-  CRglArray<int, int> array;
-  EXPECT_EQ(array.GetAllocSize(), 0);
-  array.SetSize(1);
-  EXPECT_EQ(array.GetAllocSize(), 1);  // no block yet: exactly what was asked
-  array.SetSize(2);
-  EXPECT_EQ(array.GetAllocSize(), 5);  // 1 + the smallest step of 4
-  for (int i = array.GetSize(); i < 5; ++i)
-    array.Add(i);
-  EXPECT_EQ(array.GetAllocSize(), 5);
-  array.Add(5);
-  EXPECT_EQ(array.GetAllocSize(), 9);
-
-  CRglArray<int, int> mid;
-  mid.SetSize(100);
-  mid.Add(1);
-  EXPECT_EQ(mid.GetAllocSize(), 112);  // 100 / 8 = 12
-
-  CRglArray<int, int> jump;
-  jump.SetSize(1);
-  jump.SetSize(50);  // larger than capacity + step: exactly the request
-  EXPECT_EQ(jump.GetAllocSize(), 50);
-}
-
-TEST(RglArray, LargeArraysStepByAtMost1024) {
+TEST(RglArray, GrowthSteps) {
+  // Sizes set one after the other, and the block size after each.
+  const struct {
+    std::vector<int> sizes, allocs;
+  } cases[] = {
+      {{1, 2, 5, 6}, {1, 5, 5, 9}},  // no block yet: exactly what was asked, then a step of at least 4
+      {{100, 101}, {100, 112}},  // a step of an eighth
+      {{1, 50}, {1, 50}},  // larger than block + step: exactly the request
+      {{16000, 16001, 17025}, {16000, 17024, 18048}},  // a step of at most 1024
+  };
+  for (const auto& c : cases) {
+    CRglArray<int, int> array;
+    EXPECT_EQ(array.GetAllocSize(), 0);
+    for (size_t i = 0; i < c.sizes.size(); ++i) {
+      array.SetSize(c.sizes[i]);
+      EXPECT_EQ(array.GetAllocSize(), c.allocs[i]) << c.sizes[i];
+    }
+  }
   CRglArray<int, int> array;
   array.SetSize(16000);
-  EXPECT_EQ(array.GetAllocSize(), 16000);
   array.Add(7);
   EXPECT_EQ(array.GetAllocSize(), 17024);
   EXPECT_EQ(array.GetSize(), 16001);
   EXPECT_EQ(array[16000], 7);
-  array.SetSize(17025);
-  EXPECT_EQ(array.GetAllocSize(), 18048);
 }
 
 TEST(RglArray, GrowBySetsTheStep) {
@@ -337,20 +317,17 @@ TEST(RglArray, InsertAndRemoveShiftElements) {
   CRglArray<int, int> array;
   for (int i = 0; i < 6; ++i)
     array.Add(i);
+  auto elements = [&array] { return std::vector<int>(array.GetData(), array.GetData() + array.GetSize()); };
   array.InsertAt(2, 99, 2);
-  std::vector<int> got(array.GetData(), array.GetData() + array.GetSize());
-  EXPECT_EQ(got, (std::vector<int>{0, 1, 99, 99, 2, 3, 4, 5}));
+  EXPECT_EQ(elements(), (std::vector<int>{0, 1, 99, 99, 2, 3, 4, 5}));
   array.RemoveAt(1, 3);
-  got.assign(array.GetData(), array.GetData() + array.GetSize());
-  EXPECT_EQ(got, (std::vector<int>{0, 2, 3, 4, 5}));
+  EXPECT_EQ(elements(), (std::vector<int>{0, 2, 3, 4, 5}));
   array.RemoveAt(3, 100);  // clamped to the end
-  EXPECT_EQ(array.GetSize(), 3);
   array.RemoveAt(7);
   array.RemoveAt(-1);
-  EXPECT_EQ(array.GetSize(), 3);
+  EXPECT_EQ(elements(), (std::vector<int>{0, 2, 3}));
   array.InsertAt(5, 1);  // past the end: grows with zeros between
-  got.assign(array.GetData(), array.GetData() + array.GetSize());
-  EXPECT_EQ(got, (std::vector<int>{0, 2, 3, 0, 0, 1}));
+  EXPECT_EQ(elements(), (std::vector<int>{0, 2, 3, 0, 0, 1}));
 }
 
 TEST(RglArray, OwningElementsSurviveMoves) {
