@@ -23,6 +23,12 @@ Parts SplitAll(const char* path) {
   return p;
 }
 
+// The four parts joined by "|".
+std::string Split(const char* path) {
+  Parts p = SplitAll(path);
+  return std::string(p.drive) + "|" + p.dir + "|" + p.fname + "|" + p.ext;
+}
+
 // Runs a test body under another active code page.
 class CodePageScope {
  public:
@@ -36,25 +42,14 @@ class CodePageScope {
 }  // namespace
 
 TEST(SplitPath, Parts) {
-  Parts p = SplitAll("C:\\a\\b\\x.tar.gz");
-  EXPECT_STREQ(p.drive, "C:");
-  EXPECT_STREQ(p.dir, "\\a\\b\\");
-  EXPECT_STREQ(p.fname, "x.tar");
-  EXPECT_STREQ(p.ext, ".gz");
-  p = SplitAll("dir.d/page");
-  EXPECT_STREQ(p.drive, "");
-  EXPECT_STREQ(p.dir, "dir.d/");
-  EXPECT_STREQ(p.fname, "page");
-  EXPECT_STREQ(p.ext, "");
-  p = SplitAll(".hidden");
-  EXPECT_STREQ(p.fname, "");
-  EXPECT_STREQ(p.ext, ".hidden");
-  p = SplitAll("");
-  EXPECT_STREQ(p.dir, "");
-  SplitPath("a\\b.c", nullptr, nullptr, nullptr, p.ext);
-  EXPECT_STREQ(p.ext, ".c");
-  p = SplitAll(nullptr);
-  EXPECT_STREQ(p.fname, "");
+  EXPECT_EQ(Split("C:\\a\\b\\x.tar.gz"), "C:|\\a\\b\\|x.tar|.gz");
+  EXPECT_EQ(Split("dir.d/page"), "|dir.d/|page|");
+  EXPECT_EQ(Split(".hidden"), "|||.hidden");
+  EXPECT_EQ(Split(""), "|||");
+  EXPECT_EQ(Split(nullptr), "|||");
+  char ext[kMaxExt];
+  SplitPath("a\\b.c", nullptr, nullptr, nullptr, ext);
+  EXPECT_STREQ(ext, ".c");
 }
 
 TEST(SplitPath, LongPartsAreCut) {
@@ -68,16 +63,11 @@ TEST(SplitPath, LongPartsAreCut) {
 
 TEST(SplitPath, TrailByteIsNotASeparator) {
   // 0x95 0x5C is one character in code page 932; its second byte is "\".
-  const char* path = "ab\x95\x5C";
   {
     CodePageScope cp(932);
-    Parts p = SplitAll(path);
-    EXPECT_STREQ(p.dir, "");
-    EXPECT_STREQ(p.fname, path);
+    EXPECT_EQ(Split("ab\x95\x5C"), "||ab\x95\x5C|");
   }
-  Parts p = SplitAll(path);
-  EXPECT_STREQ(p.dir, path);
-  EXPECT_STREQ(p.fname, "");
+  EXPECT_EQ(Split("ab\x95\x5C"), "|ab\x95\x5C||");
 }
 
 TEST(ChangeSlashInPath, BothWays) {
@@ -100,37 +90,28 @@ TEST(ChangeSlashInPath, BothWays) {
 
 TEST(SplitUrlAndBookMark, Cases) {
   char address[kMaxBookmark], bookmark[kMaxBookmark];
-  EXPECT_EQ(SplitUrlAndBookMark("page.htm#top#x", address, bookmark), 1);
-  EXPECT_STREQ(address, "page.htm");
-  EXPECT_STREQ(bookmark, "#top#x");
-  EXPECT_EQ(SplitUrlAndBookMark("page.htm", address, bookmark), 1);
-  EXPECT_STREQ(address, "page.htm");
-  EXPECT_STREQ(bookmark, "");
+  auto split = [&](const char* url) {
+    EXPECT_EQ(SplitUrlAndBookMark(url, address, bookmark), 1) << url;
+    return std::string(address) + "|" + bookmark;
+  };
+  EXPECT_EQ(split("page.htm#top#x"), "page.htm|#top#x");
+  EXPECT_EQ(split("page.htm"), "page.htm|");
   EXPECT_EQ(SplitUrlAndBookMark("#only", address, nullptr), 1);
   EXPECT_STREQ(address, "");
   EXPECT_EQ(SplitUrlAndBookMark(nullptr, address, bookmark), 0);
   const std::string longUrl = std::string(400, 'u') + "#" + std::string(400, 'b');
-  EXPECT_EQ(SplitUrlAndBookMark(longUrl.c_str(), address, bookmark), 1);
-  EXPECT_EQ(std::string(address), std::string(kMaxBookmark - 1, 'u'));
-  EXPECT_EQ(std::string(bookmark).size(), static_cast<size_t>(kMaxBookmark - 1));
-  EXPECT_EQ(bookmark[0], '#');
+  EXPECT_EQ(split(longUrl.c_str()), std::string(kMaxBookmark - 1, 'u') + "|#" + std::string(kMaxBookmark - 2, 'b'));
 }
 
 TEST(SplitPathAndBookMark, OnlyTopicsHaveBookmarks) {
   char drive[kMaxDrive], folder[kMaxDir], name[kMaxFname], ext[kMaxExt], bookmark[kMaxBookmark];
-  EXPECT_EQ(SplitPathAndBookMark("dir\\page.htm#top", drive, folder, name, ext, bookmark), 1);
-  EXPECT_STREQ(folder, "dir\\");
-  EXPECT_STREQ(name, "page");
-  EXPECT_STREQ(ext, ".htm");
-  EXPECT_STREQ(bookmark, "#top");
-  EXPECT_EQ(SplitPathAndBookMark("C:/d/Page.HTML#b", drive, folder, name, ext, bookmark), 1);
-  EXPECT_STREQ(drive, "C:");
-  EXPECT_STREQ(ext, ".HTML");
-  EXPECT_STREQ(bookmark, "#b");
-  EXPECT_EQ(SplitPathAndBookMark("pic.gif#x", drive, folder, name, ext, bookmark), 1);
-  EXPECT_STREQ(name, "pic");
-  EXPECT_STREQ(ext, ".gif#x");
-  EXPECT_STREQ(bookmark, "");
+  auto split = [&](const char* path) {
+    EXPECT_EQ(SplitPathAndBookMark(path, drive, folder, name, ext, bookmark), 1) << path;
+    return std::string(drive) + "|" + folder + "|" + name + "|" + ext + "|" + bookmark;
+  };
+  EXPECT_EQ(split("dir\\page.htm#top"), "|dir\\|page|.htm|#top");
+  EXPECT_EQ(split("C:/d/Page.HTML#b"), "C:|/d/|Page|.HTML|#b");
+  EXPECT_EQ(split("pic.gif#x"), "||pic|.gif#x|");
   EXPECT_EQ(SplitPathAndBookMark("a.b#c.d", nullptr, nullptr, name, ext, nullptr), 1);
   EXPECT_STREQ(name, "a.b#c");
   EXPECT_STREQ(ext, ".d");
@@ -195,7 +176,11 @@ class FileSystemTest : public ::testing::Test {
     m_dir.Write("b.HTM", "");
     m_dir.Write("Sub/d.htm", "12");
   }
-  static std::vector<std::string> Names(const CStringList& list) {
+  // The files found, in the order found, checking the result code.
+  static std::vector<std::string> Find(const char* folder, const char* ext, BOOL sub, int result = 1) {
+    CStringList found;
+    EXPECT_EQ(LocalFindAllFiles(folder, ext, found, sub), result) << (folder ? folder : "null") << " " << ext;
+    const CStringList& list = found;
     std::vector<std::string> out;
     for (POSITION pos = list.GetHeadPosition(); pos;) out.push_back(list.GetNext(pos).str());
     return out;
@@ -220,27 +205,19 @@ TEST_F(FileSystemTest, ExistenceAndLength) {
 }
 
 TEST_F(FileSystemTest, FindByExtension) {
-  CStringList found;
-  EXPECT_EQ(LocalFindAllFiles(m_root.c_str(), ".htm", found, FALSE), 1);
-  EXPECT_EQ(Names(found), (std::vector<std::string>{m_root + "/a.htm", m_root + "/b.HTM"}));
-  found.RemoveAll();
-  EXPECT_EQ(LocalFindAllFiles((m_root + "/").c_str(), "HTM", found, TRUE), 1);
-  EXPECT_EQ(Names(found), (std::vector<std::string>{m_root + "/Sub/d.htm", m_root + "/a.htm", m_root + "/b.HTM"}));
-  found.RemoveAll();
-  EXPECT_EQ(LocalFindAllFiles(m_root.c_str(), "*", found, FALSE), 1);
-  EXPECT_EQ(found.GetCount(), 4);  // files only, "noext" included
-  found.RemoveAll();
-  EXPECT_EQ(LocalFindAllFiles((m_root + "\\sub").c_str(), "htm", found, FALSE), 1);
-  EXPECT_EQ(Names(found), (std::vector<std::string>{m_root + "\\sub\\d.htm"}));
+  const std::string& r = m_root;
+  EXPECT_EQ(Find(r.c_str(), ".htm", FALSE), (std::vector<std::string>{r + "/a.htm", r + "/b.HTM"}));
+  EXPECT_EQ(Find((r + "/").c_str(), "HTM", TRUE),
+            (std::vector<std::string>{r + "/Sub/d.htm", r + "/a.htm", r + "/b.HTM"}));
+  EXPECT_EQ(Find(r.c_str(), "*", FALSE).size(), 4u);  // files only, "noext" included
+  EXPECT_EQ(Find((r + "\\sub").c_str(), "htm", FALSE), (std::vector<std::string>{r + "\\sub\\d.htm"}));
 }
 
 TEST_F(FileSystemTest, FindBadArguments) {
-  CStringList found;
-  EXPECT_EQ(LocalFindAllFiles("", "htm", found, FALSE), 0);
-  EXPECT_EQ(LocalFindAllFiles(nullptr, "htm", found, FALSE), 0);
-  EXPECT_EQ(LocalFindAllFiles(m_root.c_str(), "", found, FALSE), 0);
-  EXPECT_EQ(LocalFindAllFiles(m_root.c_str(), ".", found, FALSE), 0);
-  EXPECT_EQ(LocalFindAllFiles((m_root + "/nowhere").c_str(), "htm", found, TRUE), 1);
-  EXPECT_EQ(LocalFindAllFiles(m_root.c_str(), "gif", found, TRUE), 1);
-  EXPECT_TRUE(found.IsEmpty());
+  const std::string nowhere = m_root + "/nowhere";
+  const char* r = m_root.c_str();
+  for (auto [folder, ext, sub, result] : {std::tuple{"", "htm", FALSE, 0}, {nullptr, "htm", FALSE, 0},
+                                          {r, "", FALSE, 0}, {r, ".", FALSE, 0}, {nowhere.c_str(), "htm", TRUE, 1},
+                                          {r, "gif", TRUE, 1}})
+    EXPECT_TRUE(Find(folder, ext, sub, result).empty());
 }
