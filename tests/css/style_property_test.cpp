@@ -175,25 +175,25 @@ TEST(StylePropertyTest, QuoteAndDequote) {
   EXPECT_EQ(std::string(CCssStyleProperty::QuotePairValue("Times New Roman")), "Times New Roman");
   EXPECT_EQ(std::string(CCssStyleProperty::QuotePairValue("")), "");
 
-  EXPECT_EQ(std::string(CCssStyleProperty::DeQuotePairValue(" 'Times New Roman' ", -1)), "Times New Roman");
-  EXPECT_EQ(std::string(CCssStyleProperty::DeQuotePairValue("'a' 'b'", -1)), "'a' 'b'");
-  EXPECT_EQ(std::string(CCssStyleProperty::DeQuotePairValue("\"it's\"", -1)), "it's");
-  EXPECT_EQ(std::string(CCssStyleProperty::DeQuotePairValue("'x\"", -1)), "'x\"");
-  EXPECT_EQ(std::string(CCssStyleProperty::DeQuotePairValue("''", -1)), "");
-  EXPECT_EQ(std::string(CCssStyleProperty::DeQuotePairValue("'", -1)), "'");
-  EXPECT_EQ(std::string(CCssStyleProperty::DeQuotePairValue("'abc'def", 5)), "abc");
-  EXPECT_EQ(std::string(CCssStyleProperty::DeQuotePairValue("ab", 99)), "ab");
-  EXPECT_EQ(std::string(CCssStyleProperty::DeQuotePairValue(nullptr, -1)), "");
+  const struct {
+    const char* text;
+    int length;
+    const char* value;
+  } cases[] = {{" 'Times New Roman' ", -1, "Times New Roman"}, {"'a' 'b'", -1, "'a' 'b'"}, {"\"it's\"", -1, "it's"},
+               {"'x\"", -1, "'x\""}, {"''", -1, ""}, {"'", -1, "'"}, {"'abc'def", 5, "abc"}, {"ab", 99, "ab"},
+               {nullptr, -1, ""}};
+  for (const auto& c : cases)
+    EXPECT_EQ(std::string(CCssStyleProperty::DeQuotePairValue(c.text, c.length)), c.value) << (c.text ? c.text : "");
 }
 
 TEST(StylePropertyTest, FileNameFromUrlValue) {
-  EXPECT_EQ(std::string(CCssStyleProperty::GetFileNameFromUrlPairValue("url('img/a.gif')")), "img/a.gif");
-  EXPECT_EQ(std::string(CCssStyleProperty::GetFileNameFromUrlPairValue("URL( img/a.gif )")), "img/a.gif");
-  EXPECT_EQ(std::string(CCssStyleProperty::GetFileNameFromUrlPairValue("\"img/a.gif\"")), "img/a.gif");
-  EXPECT_EQ(std::string(CCssStyleProperty::GetFileNameFromUrlPairValue("url(img/a.gif")), "");
-  EXPECT_EQ(std::string(CCssStyleProperty::GetFileNameFromUrlPairValue("url(a(1).gif)")), "a(1).gif");
-  EXPECT_EQ(std::string(CCssStyleProperty::GetFileNameFromUrlPairValue("url()")), "");
-  EXPECT_EQ(std::string(CCssStyleProperty::GetFileNameFromUrlPairValue(nullptr)), "");
+  const struct {
+    const char* value;
+    const char* file;
+  } cases[] = {{"url('img/a.gif')", "img/a.gif"}, {"URL( img/a.gif )", "img/a.gif"}, {"\"img/a.gif\"", "img/a.gif"},
+               {"url(img/a.gif", ""}, {"url(a(1).gif)", "a(1).gif"}, {"url()", ""}, {nullptr, ""}};
+  for (const auto& c : cases)
+    EXPECT_EQ(std::string(CCssStyleProperty::GetFileNameFromUrlPairValue(c.value)), c.file) << (c.value ? c.value : "");
 }
 
 }  // namespace
