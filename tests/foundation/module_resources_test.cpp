@@ -22,16 +22,8 @@ TEST(LoadBinaryResource, DefaultStyleSheetSizeAndLineEnds) {
   const std::string css = DefaultStyleSheet();
   ASSERT_EQ(css.size(), 2089u);
   size_t lines = 0;
-  for (size_t i = 0; i < css.size(); ++i) {
-    if (css[i] == '\n') {
-      ASSERT_GT(i, 0u);
-      EXPECT_EQ(css[i - 1], '\r') << "bare LF at " << i;
-      ++lines;
-    } else if (css[i] == '\r') {
-      ASSERT_LT(i + 1, css.size());
-      EXPECT_EQ(css[i + 1], '\n') << "bare CR at " << i;
-    }
-  }
+  for (size_t at = css.find_first_of("\r\n"); at != std::string::npos; at = css.find_first_of("\r\n", at + 2), ++lines)
+    ASSERT_EQ(css.compare(at, 2, "\r\n"), 0) << "bare line end at " << at;
   EXPECT_GT(lines, 55u);
   EXPECT_EQ(css.substr(css.size() - 2), "\r\n");
   EXPECT_EQ(css.find('\0'), std::string::npos);
@@ -108,36 +100,29 @@ TEST(LoadBinaryResource, NamesAndFailures) {
 
   CByteString kept;
   kept = "untouched";
-  EXPECT_EQ(LoadBinaryResource(&kept, MAKEINTRESOURCE(4002), nullptr), 0);
-  EXPECT_EQ(LoadBinaryResource(&kept, "#40011", nullptr), 0);
-  EXPECT_EQ(LoadBinaryResource(&kept, "DEFAULT", nullptr), 0);
-  EXPECT_EQ(LoadBinaryResource(&kept, "#", nullptr), 0);
-  EXPECT_EQ(LoadBinaryResource(&kept, nullptr, nullptr), 0);
-  EXPECT_EQ(LoadBinaryResource(&kept, MAKEINTRESOURCE(4001), "kernel32.dll"), 0);
-  EXPECT_EQ(LoadBinaryResource(&kept, MAKEINTRESOURCE(4001), ""), 0);
+  for (const char* name : {MAKEINTRESOURCE(4002), "#40011", "DEFAULT", "#", static_cast<const char*>(nullptr)})
+    EXPECT_EQ(LoadBinaryResource(&kept, name, nullptr), 0);
+  for (const char* module : {"kernel32.dll", ""})
+    EXPECT_EQ(LoadBinaryResource(&kept, MAKEINTRESOURCE(4001), module), 0) << module;
   EXPECT_EQ(kept.Compare("untouched"), 0);
   EXPECT_EQ(LoadBinaryResource(nullptr, MAKEINTRESOURCE(4001), nullptr), 0);
 }
 
 TEST(LoadStringResource, Texts) {
-  CString s;
-  EXPECT_EQ(LoadStringResource(&s, 3000, nullptr), 1);
-  EXPECT_EQ(s, "Letter");
-  EXPECT_EQ(LoadStringResource(&s, 3001, "telvanix.dll"), 1);
-  EXPECT_EQ(s, "Arial");
-  EXPECT_EQ(LoadStringResource(&s, 3003, nullptr), 1);
-  EXPECT_EQ(s, " CITE.expandspot { font-style : normal;\n\t\tcolor : green;\n\t\tcursor: hand;}\n");
-  EXPECT_EQ(LoadStringResource(&s, 3014, nullptr), 1);
-  EXPECT_EQ(s, " .mvd-DFN-glosscollapsed { font-style : italic;\n\t\tfont-weight : normal;\n\t\tdisplay : 'none';"
-               "\n\t\tcolor : blue;}\n");
-  EXPECT_EQ(LoadStringResource(&s, 3017, nullptr), 1);
-  EXPECT_EQ(s, "QZTXDHTM.css");
-  EXPECT_EQ(LoadStringResource(&s, 3018, nullptr), 1);
-  EXPECT_EQ(s, "The following file needs to be writable:\n\n\"\"%s\"\"\n\nWould you like to make this file writable?");
-  EXPECT_EQ(LoadStringResource(&s, 3019, nullptr), 1);
-  EXPECT_EQ(s, "Unable to make the file\n\n\"\"%s\"\"\n\nwritable.");
-  EXPECT_EQ(LoadStringResource(&s, 3020, nullptr), 1);
-  EXPECT_EQ(s, "The \"Special Effects\" component is not\nproperly installed.  Please reinstall and try again.");
+  const struct { UINT id; const char* text; } cases[] = {
+      {3000, "Letter"}, {3001, "Arial"}, {3017, "QZTXDHTM.css"},
+      {3003, " CITE.expandspot { font-style : normal;\n\t\tcolor : green;\n\t\tcursor: hand;}\n"},
+      {3014, " .mvd-DFN-glosscollapsed { font-style : italic;\n\t\tfont-weight : normal;\n\t\tdisplay : 'none';"
+             "\n\t\tcolor : blue;}\n"},
+      {3018, "The following file needs to be writable:\n\n\"\"%s\"\"\n\nWould you like to make this file writable?"},
+      {3019, "Unable to make the file\n\n\"\"%s\"\"\n\nwritable."},
+      {3020, "The \"Special Effects\" component is not\nproperly installed.  Please reinstall and try again."},
+  };
+  for (const auto& c : cases) {
+    CString s;
+    EXPECT_EQ(LoadStringResource(&s, c.id, c.id == 3001 ? "telvanix.dll" : nullptr), 1) << c.id;
+    EXPECT_EQ(s, c.text) << c.id;
+  }
 }
 
 TEST(LoadStringResource, EveryIdBelowThe255Limit) {
@@ -150,17 +135,15 @@ TEST(LoadStringResource, EveryIdBelowThe255Limit) {
 }
 
 TEST(LoadStringResource, MissingIdsAndModules) {
-  CString s("before");
-  EXPECT_EQ(LoadStringResource(&s, 3002, nullptr), 1);  // no such string: loads nothing
-  EXPECT_TRUE(s.IsEmpty());
-  s = "before";
-  EXPECT_EQ(LoadStringResource(&s, 4001, nullptr), 1);
-  EXPECT_TRUE(s.IsEmpty());
-  s = "before";
-  EXPECT_EQ(LoadStringResource(&s, 3000, "other.dll"), 0);
-  EXPECT_EQ(s, "before");
-  EXPECT_EQ(LoadStringResource(&s, 3000, "telvanix"), 0);
-  EXPECT_EQ(s, "before");
+  // An id with no string loads nothing and succeeds; another module fails and keeps the text.
+  const struct { UINT id; const char* module; int result; const char* after; } cases[] = {
+      {3002, nullptr, 1, ""}, {4001, nullptr, 1, ""},
+      {3000, "other.dll", 0, "before"}, {3000, "telvanix", 0, "before"}};
+  for (const auto& c : cases) {
+    CString s("before");
+    EXPECT_EQ(LoadStringResource(&s, c.id, c.module), c.result) << c.id;
+    EXPECT_EQ(s, c.after) << c.id;
+  }
   EXPECT_EQ(LoadStringResource(nullptr, 3000, nullptr), 0);
 }
 
