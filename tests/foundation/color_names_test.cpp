@@ -41,50 +41,39 @@ TEST(ColorNameToColor, Names) {
 }
 
 TEST(ColorNameToColor, HexForms) {
-  COLORREF color = 0;
-  EXPECT_TRUE(ColorNameToColor("#ff0000", color));
-  EXPECT_EQ(color, 0x0000FFu);  // red in the low byte
-  EXPECT_TRUE(ColorNameToColor("#12A4eF", color));
-  EXPECT_EQ(color, 0xEFA412u);
-  EXPECT_TRUE(ColorNameToColor("#000000", color));
-  EXPECT_EQ(color, 0u);
-  EXPECT_TRUE(ColorNameToColor("#f80", color));
-  EXPECT_EQ(color, 0x0088FFu);
-  for (const char* bad : {"#", "#12345", "#1234567", "#gg0000", "#12 456"}) {
-    color = 7;
-    EXPECT_FALSE(ColorNameToColor(bad, color)) << bad;
-    EXPECT_EQ(color, kNoColor) << bad;
+  // Red lands in the low byte.
+  for (auto [text, want] :
+       {std::pair{"#ff0000", 0x0000FFu}, {"#12A4eF", 0xEFA412u}, {"#000000", 0u}, {"#f80", 0x0088FFu}}) {
+    COLORREF color = 7;
+    EXPECT_TRUE(ColorNameToColor(text, color)) << text;
+    EXPECT_EQ(color, want) << text;
   }
 }
 
 TEST(ColorNameToColor, UnknownAndNull) {
+  for (const char* bad : {"#", "#12345", "#1234567", "#gg0000", "#12 456", "notacolour", "", "red "}) {
+    COLORREF color = 7;
+    EXPECT_FALSE(ColorNameToColor(bad, color)) << bad;
+    EXPECT_EQ(color, kNoColor) << bad;
+  }
   COLORREF color = 7;
-  EXPECT_FALSE(ColorNameToColor("notacolour", color));
-  EXPECT_EQ(color, kNoColor);
-  EXPECT_FALSE(ColorNameToColor("", color));
-  EXPECT_FALSE(ColorNameToColor("red ", color));
-  color = 7;
   EXPECT_FALSE(ColorNameToColor(nullptr, color));
   EXPECT_EQ(color, 7u);
 }
 
 TEST(ColorToColorName, FirstNameThenHex) {
-  CString name;
-  EXPECT_TRUE(ColorToColorName(0x00FFFF00, name));
-  EXPECT_EQ(name, "aqua");
-  EXPECT_TRUE(ColorToColorName(0xFF00FF, name));
-  EXPECT_EQ(name, "fuchsia");
-  EXPECT_TRUE(ColorToColorName(0x808080, name));
-  EXPECT_EQ(name, "gray");
-  EXPECT_TRUE(ColorToColorName(0x123456, name));
-  EXPECT_EQ(name, "#563412");
-  EXPECT_TRUE(ColorToColorName(0x0A0B0C, name));
-  EXPECT_EQ(name, "#0c0b0a");
-  EXPECT_FALSE(ColorToColorName(0xFF000000, name));
-  EXPECT_TRUE(name.IsEmpty());
-  name = "kept?";
-  EXPECT_FALSE(ColorToColorName(0x01000000, name));
-  EXPECT_TRUE(name.IsEmpty());
+  for (auto [color, want] : {std::pair{0x00FFFF00u, "aqua"}, {0xFF00FFu, "fuchsia"}, {0x808080u, "gray"},
+                             {0x123456u, "#563412"}, {0x0A0B0Cu, "#0c0b0a"}}) {
+    CString name;
+    EXPECT_TRUE(ColorToColorName(color, name)) << want;
+    EXPECT_EQ(name, want);
+  }
+  // Anything in the top byte is no colour, and the name is emptied.
+  for (COLORREF bad : {0xFF000000u, 0x01000000u}) {
+    CString name("kept?");
+    EXPECT_FALSE(ColorToColorName(bad, name));
+    EXPECT_TRUE(name.IsEmpty());
+  }
 }
 
 TEST(ColorToColorName, EveryNameRoundTrips) {
