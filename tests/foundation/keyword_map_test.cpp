@@ -32,10 +32,8 @@ TEST(QuickMapStringToValue, RunOfEqualHashes) {
   // it must look through the whole run whichever row the search lands on.
   QuickMapStringToValueItem table[] = {{0, "ab", 1},   {0, "AB", 2}, {0, "x", 9},  {0, "Ab", 3},
                                        {0, "a\tb", 4}, {0, "aB", 5}, {0, "yy", 8}};
-  for (int v : {1, 2, 3, 4, 5}) {
-    const char* key = v == 1 ? "ab" : v == 2 ? "AB" : v == 3 ? "Ab" : v == 4 ? "a\tb" : "aB";
+  for (auto [key, v] : {std::pair{"ab", 1}, {"AB", 2}, {"Ab", 3}, {"a\tb", 4}, {"aB", 5}})
     EXPECT_EQ(QuickMapStringToValue(table, sizeof(table), key, TRUE), v) << key;
-  }
   EXPECT_EQ(QuickMapStringToValue(table, sizeof(table), "a\nb", TRUE), -1);
   const int any = QuickMapStringToValue(table, sizeof(table), "a\nb", FALSE);
   EXPECT_TRUE(any >= 1 && any <= 5) << any;
