@@ -8,20 +8,13 @@
 using namespace telvanix;
 
 TEST(TrimLeftAndRight, Blanks) {
-  CString s("\a\t x  y \r\n");
-  EXPECT_EQ(TrimLeftAndRight(s), 1);
-  EXPECT_EQ(s, "x  y");
-  CString inner("x\ty");
-  TrimLeftAndRight(inner);
-  EXPECT_EQ(inner, "x\ty");
-  CString blanks(" \t\r\n\a");
-  TrimLeftAndRight(blanks);
-  EXPECT_TRUE(blanks.IsEmpty());
-  CString empty;
-  EXPECT_EQ(TrimLeftAndRight(empty), 1);
-  CString formFeed("\fx\v");  // not blanks here
-  TrimLeftAndRight(formFeed);
-  EXPECT_EQ(formFeed, "\fx\v");
+  // Form feed and vertical tab are not blanks here.
+  for (auto [text, want] : {std::pair{"\a\t x  y \r\n", "x  y"}, {"x\ty", "x\ty"}, {" \t\r\n\a", ""}, {"", ""},
+                            {"\fx\v", "\fx\v"}}) {
+    CString s(text);
+    EXPECT_EQ(TrimLeftAndRight(s), 1);
+    EXPECT_EQ(s, want);
+  }
 }
 
 TEST(IsDBCS, FollowsTheActiveCodePage) {
