@@ -3,13 +3,13 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include "telvanix/platform/gdi_font.h"
 #include "telvanix/platform/page_setup_dialog.h"
+#include "test_util.h"
 
 namespace telvanix {
 namespace {
@@ -90,21 +90,24 @@ TEST(PointFontTest, ObjectLifetime) {
   EXPECT_EQ(font.GetObject(60, part), 0);
 }
 
-// Points PAPERSIZE at a paper for one test; libpaper honours it too.
-class PaperSizeScope {
+// Sets (or with null, removes) an environment variable for one scope;
+// libpaper reads PAPERSIZE and PAPERCONF too.
+class EnvScope {
  public:
-  explicit PaperSizeScope(const char* paper) {
-    const char* old = std::getenv("PAPERSIZE");
+  EnvScope(const char* name, const char* value) : m_name(name) {
+    const char* old = std::getenv(name);
     m_had = old != nullptr;
     if (m_had) m_old = old;
-    setenv("PAPERSIZE", paper, 1);
+    if (value) setenv(name, value, 1);
+    else unsetenv(name);
   }
-  ~PaperSizeScope() {
-    if (m_had) setenv("PAPERSIZE", m_old.c_str(), 1);
-    else unsetenv("PAPERSIZE");
+  ~EnvScope() {
+    if (m_had) setenv(m_name, m_old.c_str(), 1);
+    else unsetenv(m_name);
   }
 
  private:
+  const char* m_name;
   bool m_had = false;
   std::string m_old;
 };
@@ -152,16 +155,33 @@ TEST(PageSetupDialogTest, RefusesWhatItCannotDo) {
   GlobalFree(mine);
 }
 
-TEST(PageSetupDialogTest, MetricDefaultPaperInItsOwnUnit) {
-  PaperSizeScope paper("a4");
+TEST(PageSetupDialogTest, PaperInTheRequestedOrItsOwnUnit) {
+  const DWORD kUnits = PSD_INTHOUSANDTHSOFINCHES | PSD_INHUNDREDTHSOFMILLIMETERS;
+  const struct { const char* paper; DWORD asked, unit; LONG width, height, margin; } cases[] = {
+      {"a4", 0, PSD_INHUNDREDTHSOFMILLIMETERS, 21000, 29700, 2540},
+      {"Letter", 0, PSD_INTHOUSANDTHSOFINCHES, 8500, 11000, 1000},
+      {"Letter", PSD_INHUNDREDTHSOFMILLIMETERS, PSD_INHUNDREDTHSOFMILLIMETERS, 21590, 27940, 2540},
+      {"A4", PSD_INTHOUSANDTHSOFINCHES, PSD_INTHOUSANDTHSOFINCHES, 8268, 11693, 1000},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.paper + std::to_string(c.asked));
+    EnvScope paper("PAPERSIZE", c.paper);
+    PAGESETUPDLGA record = ReturnDefaultRecord(c.asked);
+    ASSERT_EQ(PageSetupDlgA(&record), TRUE);
+    EXPECT_EQ(record.Flags & kUnits, c.unit);
+    EXPECT_EQ(record.ptPaperSize.x, c.width);
+    EXPECT_EQ(record.ptPaperSize.y, c.height);
+    EXPECT_EQ(record.rtMargin.left, c.margin);
+    EXPECT_EQ(record.rtMargin.top, c.margin);
+    EXPECT_EQ(record.rtMinMargin.right, 0);
+    FreeHandles(record);
+  }
+}
+
+TEST(PageSetupDialogTest, DeviceRecordsDescribeThePaper) {
+  EnvScope paper("PAPERSIZE", "a4");
   PAGESETUPDLGA record = ReturnDefaultRecord(0);
   ASSERT_EQ(PageSetupDlgA(&record), TRUE);
-  EXPECT_EQ(record.Flags & (PSD_INTHOUSANDTHSOFINCHES | PSD_INHUNDREDTHSOFMILLIMETERS), PSD_INHUNDREDTHSOFMILLIMETERS);
-  EXPECT_EQ(record.ptPaperSize.x, 21000);
-  EXPECT_EQ(record.ptPaperSize.y, 29700);
-  EXPECT_EQ(record.rtMargin.left, 2540);
-  EXPECT_EQ(record.rtMinMargin.right, 0);
-
   const auto* mode = static_cast<const DEVMODEA*>(GlobalLock(record.hDevMode));
   ASSERT_NE(mode, nullptr);
   EXPECT_STREQ(reinterpret_cast<const char*>(mode->dmFormName), "A4");
@@ -180,39 +200,11 @@ TEST(PageSetupDialogTest, MetricDefaultPaperInItsOwnUnit) {
   FreeHandles(record);
 }
 
-TEST(PageSetupDialogTest, RequestedUnitIsKeptAndConvertedInto) {
-  {
-    PaperSizeScope paper("Letter");
-    PAGESETUPDLGA inches = ReturnDefaultRecord(0);
-    ASSERT_EQ(PageSetupDlgA(&inches), TRUE);
-    EXPECT_EQ(inches.Flags & PSD_INTHOUSANDTHSOFINCHES, PSD_INTHOUSANDTHSOFINCHES);
-    EXPECT_EQ(inches.ptPaperSize.x, 8500);
-    EXPECT_EQ(inches.ptPaperSize.y, 11000);
-    EXPECT_EQ(inches.rtMargin.top, 1000);
-    FreeHandles(inches);
-
-    PAGESETUPDLGA mm = ReturnDefaultRecord(PSD_INHUNDREDTHSOFMILLIMETERS);
-    ASSERT_EQ(PageSetupDlgA(&mm), TRUE);
-    EXPECT_EQ(mm.Flags & PSD_INTHOUSANDTHSOFINCHES, 0u);
-    EXPECT_EQ(mm.ptPaperSize.x, 21590);
-    EXPECT_EQ(mm.ptPaperSize.y, 27940);
-    FreeHandles(mm);
-  }
-  {
-    PaperSizeScope paper("A4");
-    PAGESETUPDLGA inches = ReturnDefaultRecord(PSD_INTHOUSANDTHSOFINCHES);
-    ASSERT_EQ(PageSetupDlgA(&inches), TRUE);
-    EXPECT_EQ(inches.ptPaperSize.x, 8268);
-    EXPECT_EQ(inches.ptPaperSize.y, 11693);
-    FreeHandles(inches);
-  }
-}
-
 TEST(PageSetupDialogTest, UnknownPaperFallsBackToLetter) {
   if (HasPaperLibrary2()) {
     GTEST_SKIP() << "libpaper 2 chooses its own fallback paper";
   }
-  PaperSizeScope paper("no-such-paper");
+  EnvScope paper("PAPERSIZE", "no-such-paper");
   SystemPaper found;
   GetSystemDefaultPaper(found);
   EXPECT_STREQ(found.name, "Letter");
@@ -225,25 +217,11 @@ TEST(PageSetupDialogTest, PaperConfigurationFileNamesThePaper) {
   if (HasPaperLibrary2()) {
     GTEST_SKIP() << "libpaper 2 does not read PAPERCONF";
   }
-  const char* oldSize = std::getenv("PAPERSIZE");
-  std::string keptSize = oldSize ? oldSize : "";
-  const char* oldConf = std::getenv("PAPERCONF");
-  std::string keptConf = oldConf ? oldConf : "";
-  std::string path = ::testing::TempDir() + "telvanix_papersize";
-  {
-    std::FILE* file = std::fopen(path.c_str(), "w");
-    ASSERT_NE(file, nullptr);
-    std::fputs("# paper for the tests\n\n  a5  \n", file);
-    std::fclose(file);
-  }
-  unsetenv("PAPERSIZE");
-  setenv("PAPERCONF", path.c_str(), 1);
+  test::TempDir dir;
+  dir.Write("papersize", "# paper for the tests\n\n  a5  \n");
+  EnvScope size("PAPERSIZE", nullptr), conf("PAPERCONF", (dir / "papersize").c_str());
   SystemPaper found;
   GetSystemDefaultPaper(found);
-  if (oldSize) setenv("PAPERSIZE", keptSize.c_str(), 1);
-  if (oldConf) setenv("PAPERCONF", keptConf.c_str(), 1);
-  else unsetenv("PAPERCONF");
-  std::remove(path.c_str());
   EXPECT_STREQ(found.name, "A5");
   EXPECT_EQ(found.paperCode, DMPAPER_A5);
   EXPECT_EQ(found.width, 14800);
