@@ -58,6 +58,7 @@ TEST(CStringListTest, PositionsWalkBothWaysAndSurviveOtherRemovals) {
   EXPECT_EQ(copy.GetCount(), 3);
   EXPECT_EQ(copy.GetTail(), "c");
   EXPECT_EQ(list.GetHeadPosition(), nullptr);
+  EXPECT_TRUE(list.IsEmpty());
 }
 
 TEST(CStringArrayTest, InsertRemoveAndGrow) {
