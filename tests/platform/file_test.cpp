@@ -131,41 +131,27 @@ TEST(KolmFile, AbandonedWriteLeavesTargetAndNoTemporary) {
 
 TEST(KolmFile, WriteFailingMidwayKeepsTheTarget) {
   test::TempDir dir;
-  std::string original(1000, 'o');
+  const std::string original(1000, 'o'), big(64 * 1024, 'n'), path = dir / "page.htm";
   dir.Write("page.htm", original);
-  std::string path = dir / "page.htm";
-  std::string big(64 * 1024, 'n');
-  bool threw = false;
-  {
+  // Writes past a 4096-byte limit and closes: true when that threw as a full disk.
+  auto fails = [&](auto* type, UINT bytes) {
     FileSizeLimit limit(4096);
     try {
-      CkolmFile file(path.c_str(), kWriteNew);
-      file.Write(big.data(), static_cast<UINT>(big.size()));
+      std::remove_pointer_t<decltype(type)> file(path.c_str(), kWriteNew);
+      file.Write(big.data(), bytes);
       file.Close();
     } catch (const CkolmFileException& e) {
-      threw = true;
       EXPECT_EQ(e.GetErrno(), EFBIG);
       EXPECT_EQ(e.GetCause(), CkolmFileException::diskFull);
       EXPECT_NE(std::string(e.what()).find("page.htm"), std::string::npos);
+      return true;
     }
-  }
-  EXPECT_TRUE(threw);
+    return false;
+  };
+  EXPECT_TRUE(fails(static_cast<CkolmFile*>(nullptr), static_cast<UINT>(big.size())));
   EXPECT_EQ(dir.Read("page.htm"), original);
-  EXPECT_EQ(dir.List(), "page.htm");
-
   // The buffered class fails the same way on its final flush.
-  threw = false;
-  {
-    FileSizeLimit limit(4096);
-    try {
-      CkolmStdioFile file(path.c_str(), kWriteNew);
-      file.Write(big.data(), 5000);  // stays in the buffer
-      file.Close();
-    } catch (const CkolmFileException&) {
-      threw = true;
-    }
-  }
-  EXPECT_TRUE(threw);
+  EXPECT_TRUE(fails(static_cast<CkolmStdioFile*>(nullptr), 5000));
   EXPECT_EQ(dir.Read("page.htm"), original);
   EXPECT_EQ(dir.List(), "page.htm");
 }
@@ -181,15 +167,14 @@ TEST(KolmFile, OpenFailuresAreReportedNotThrown) {
   EXPECT_NE(error.GetFileName().Find("missing.htm"), -1);
 
   EXPECT_FALSE(file.Open(nullptr, CkolmFile::modeRead));
-  EXPECT_FALSE(file.Open("", kWriteNew));
-  EXPECT_FALSE(file.Open((dir / "folder").c_str(), CkolmFile::modeRead));  // a folder
-  EXPECT_FALSE(file.Open((dir / "folder").c_str(), kWriteNew));
-  EXPECT_FALSE(file.Open((dir / "nowhere/new.htm").c_str(), kWriteNew));
-  EXPECT_FALSE(file.Open((dir / "absent.htm").c_str(), CkolmFile::modeWrite));  // no modeCreate
-  EXPECT_FALSE(file.Open((dir / "folder/file.txt/below").c_str(), CkolmFile::modeRead));
-  std::string longPath = dir.path() + "/" + std::string(5000, 'x');
+  const std::string longPath = dir.path() + "/" + std::string(5000, 'x');
   EXPECT_FALSE(file.Open(longPath.c_str(), kWriteNew, &error));
-  EXPECT_FALSE(file.Open(longPath.c_str(), CkolmFile::modeRead));
+  const UINT read = CkolmFile::modeRead;
+  // No name, a folder, a missing folder, no modeCreate, a file used as a folder, an overlong name.
+  for (auto [name, mode] : {std::pair{std::string(), kWriteNew}, {dir / "folder", read}, {dir / "folder", kWriteNew},
+                            {dir / "nowhere/new.htm", kWriteNew}, {dir / "absent.htm", UINT(CkolmFile::modeWrite)},
+                            {dir / "folder/file.txt/below", read}, {longPath, read}})
+    EXPECT_FALSE(file.Open(name.c_str(), mode)) << name;
   EXPECT_FALSE(file.IsOpen());
   EXPECT_EQ(dir.List(), "folder");
 
@@ -301,14 +286,10 @@ TEST(KolmStdioFile, ReadsLines) {
   dir.Write("lines.txt", "first\r\nsecond\n\nlast without newline");
   CkolmStdioFile file((dir / "lines.txt").c_str(), CkolmFile::modeRead | CkolmFile::typeText);
   CString line;
-  ASSERT_TRUE(file.ReadString(line));
-  EXPECT_EQ(line, "first");
-  ASSERT_TRUE(file.ReadString(line));
-  EXPECT_EQ(line, "second");
-  ASSERT_TRUE(file.ReadString(line));
-  EXPECT_EQ(line, "");
-  ASSERT_TRUE(file.ReadString(line));
-  EXPECT_EQ(line, "last without newline");
+  for (const char* want : {"first", "second", "", "last without newline"}) {
+    ASSERT_TRUE(file.ReadString(line));
+    EXPECT_EQ(line, want);
+  }
   EXPECT_FALSE(file.ReadString(line));
   EXPECT_TRUE(line.IsEmpty());
 
