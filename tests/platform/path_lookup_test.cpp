@@ -20,9 +20,9 @@ class PathLookupTest : public ::testing::Test {
     dir.Write("Twins/a.txt", "lower");
     dir.Write("Twins/A.TXT", "upper");
   }
-  std::string Resolve(const std::string& relative, int expected) {
+  std::string Resolve(const std::string& relative, int expected, decltype(&LookupPath) lookup = &LookupPath) {
     CString resolved;
-    EXPECT_EQ(LookupPath((dir.path() + relative).c_str(), resolved), expected) << relative;
+    EXPECT_EQ(lookup((dir.path() + relative).c_str(), resolved), expected) << relative;
     return std::string(resolved);
   }
   test::TempDir dir;
@@ -63,40 +63,37 @@ TEST_F(PathLookupTest, SeveralCaseBlindMatchesPickTheSameOneEveryTime) {
 }
 
 TEST_F(PathLookupTest, CreationResolvesFoldersAndExistingNames) {
+  const auto create = &LookupPathForCreate;
+  EXPECT_EQ(Resolve("\\help\\topics\\New.htm", pathCaseBlind, create), dir / "Help/Topics/New.htm");
+  EXPECT_EQ(Resolve("/help/topics/INTRO.htm", pathCaseBlind, create), dir / "Help/Topics/Intro.HTM");
+  EXPECT_EQ(Resolve("/Help/New.htm", pathExact, create), dir / "Help/New.htm");
+  EXPECT_EQ(Resolve("\\Help\\New.htm", pathSlashed, create), dir / "Help/New.htm");
+  Resolve("/nowhere/New.htm", pathNotFound, create);
   CString resolved;
-  EXPECT_EQ(LookupPathForCreate((dir.path() + "\\help\\topics\\New.htm").c_str(), resolved), pathCaseBlind);
-  EXPECT_EQ(std::string(resolved), dir / "Help/Topics/New.htm");
-  EXPECT_EQ(LookupPathForCreate((dir.path() + "/help/topics/INTRO.htm").c_str(), resolved), pathCaseBlind);
-  EXPECT_EQ(std::string(resolved), dir / "Help/Topics/Intro.HTM");
-  EXPECT_EQ(LookupPathForCreate((dir.path() + "/Help/New.htm").c_str(), resolved), pathExact);
-  EXPECT_EQ(LookupPathForCreate((dir.path() + "\\Help\\New.htm").c_str(), resolved), pathSlashed);
-  EXPECT_EQ(LookupPathForCreate((dir.path() + "/nowhere/New.htm").c_str(), resolved), pathNotFound);
   EXPECT_EQ(LookupPathForCreate(nullptr, resolved), pathNotFound);
 }
 
 TEST_F(PathLookupTest, ExistenceAttributesAndSize) {
-  EXPECT_TRUE(FileExists((dir.path() + "\\help\\topics\\intro.htm").c_str()));
-  EXPECT_TRUE(FileExists((dir.path() + "/HELP").c_str()));
-  EXPECT_FALSE(FileExists((dir.path() + "/help/none").c_str()));
+  ASSERT_EQ(::chmod((dir / "Help/images/Logo.gif").c_str(), 0444), 0);
+  const struct { const char* path; BOOL exists, folder, file; DWORD attributes; std::int64_t size; } cases[] = {
+      {"\\help\\topics\\intro.htm", TRUE, FALSE, TRUE, FILE_ATTRIBUTE_NORMAL, 5},
+      {"/HELP", TRUE, TRUE, FALSE, FILE_ATTRIBUTE_DIRECTORY, -1},
+      {"/Help/.hidden", TRUE, FALSE, TRUE, FILE_ATTRIBUTE_HIDDEN, 0},
+      {"\\HELP\\images\\LOGO.GIF", TRUE, FALSE, TRUE, FILE_ATTRIBUTE_READONLY, 6},
+      {"/help/none", FALSE, FALSE, FALSE, INVALID_FILE_ATTRIBUTES, -1},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.path);
+    const std::string path = dir.path() + c.path;
+    EXPECT_EQ(FileExists(path.c_str()), c.exists);
+    EXPECT_EQ(IsDirectory(path.c_str()), c.folder);
+    EXPECT_EQ(IsRegularFile(path.c_str()), c.file);
+    EXPECT_EQ(GetFileAttributes(path.c_str()), c.attributes);
+    EXPECT_EQ(GetFileSize(path.c_str()), c.size);
+  }
   EXPECT_FALSE(FileExists(nullptr));
   EXPECT_FALSE(FileExists(""));
-  EXPECT_TRUE(IsDirectory((dir.path() + "/help/TOPICS").c_str()));
-  EXPECT_FALSE(IsDirectory((dir.path() + "/help/topics/intro.htm").c_str()));
-  EXPECT_TRUE(IsRegularFile((dir.path() + "/help/topics/intro.htm").c_str()));
-  EXPECT_FALSE(IsRegularFile((dir.path() + "/help").c_str()));
-
-  EXPECT_EQ(GetFileAttributes((dir.path() + "/help").c_str()), FILE_ATTRIBUTE_DIRECTORY);
-  EXPECT_EQ(GetFileAttributes((dir.path() + "/help/topics/intro.htm").c_str()), FILE_ATTRIBUTE_NORMAL);
-  EXPECT_EQ(GetFileAttributes((dir.path() + "/Help/.hidden").c_str()), FILE_ATTRIBUTE_HIDDEN);
-  ASSERT_EQ(::chmod((dir / "Help/images/Logo.gif").c_str(), 0444), 0);
-  EXPECT_EQ(GetFileAttributes((dir.path() + "/help/images/logo.gif").c_str()), FILE_ATTRIBUTE_READONLY);
-  EXPECT_EQ(GetFileAttributes((dir.path() + "/help/missing").c_str()), INVALID_FILE_ATTRIBUTES);
   EXPECT_EQ(GetFileAttributes(nullptr), INVALID_FILE_ATTRIBUTES);
-
-  EXPECT_EQ(GetFileSize((dir.path() + "\\HELP\\images\\LOGO.GIF").c_str()), 6);
-  EXPECT_EQ(GetFileSize((dir.path() + "/Help/.hidden").c_str()), 0);
-  EXPECT_EQ(GetFileSize((dir.path() + "/Help").c_str()), -1);
-  EXPECT_EQ(GetFileSize((dir.path() + "/none").c_str()), -1);
   EXPECT_EQ(GetFileSize(nullptr), -1);
 }
 
