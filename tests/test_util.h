@@ -9,6 +9,8 @@
 #include <vector>
 #include <algorithm>
 
+#include "telvanix/platform/code_page.h"
+
 #ifndef TELVANIX_TEST_DATA_DIR
 #define TELVANIX_TEST_DATA_DIR "tests/data"
 #endif
@@ -69,6 +71,18 @@ class TempDir {
 
  private:
   std::string m_path;
+};
+
+// Makes another code page the active one until the object goes.
+class CodePageScope {
+ public:
+  explicit CodePageScope(UINT codePage) : m_previous(SetActiveCodePage(codePage)) {}
+  ~CodePageScope() { SetActiveCodePage(m_previous); }
+  CodePageScope(const CodePageScope&) = delete;
+  CodePageScope& operator=(const CodePageScope&) = delete;
+
+ private:
+  UINT m_previous;
 };
 
 }  // namespace telvanix::test

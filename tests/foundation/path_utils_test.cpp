@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "telvanix/platform/code_page.h"
 #include "test_util.h"
 
 using namespace telvanix;
@@ -28,16 +27,6 @@ std::string Split(const char* path) {
   Parts p = SplitAll(path);
   return std::string(p.drive) + "|" + p.dir + "|" + p.fname + "|" + p.ext;
 }
-
-// Runs a test body under another active code page.
-class CodePageScope {
- public:
-  explicit CodePageScope(UINT cp) : m_previous(SetActiveCodePage(cp)) {}
-  ~CodePageScope() { SetActiveCodePage(m_previous); }
-
- private:
-  UINT m_previous;
-};
 
 }  // namespace
 
@@ -64,7 +53,7 @@ TEST(SplitPath, LongPartsAreCut) {
 TEST(SplitPath, TrailByteIsNotASeparator) {
   // 0x95 0x5C is one character in code page 932; its second byte is "\".
   {
-    CodePageScope cp(932);
+    test::CodePageScope cp(932);
     EXPECT_EQ(Split("ab\x95\x5C"), "||ab\x95\x5C|");
   }
   EXPECT_EQ(Split("ab\x95\x5C"), "|ab\x95\x5C||");
@@ -82,7 +71,7 @@ TEST(ChangeSlashInPath, BothWays) {
   EXPECT_EQ(s, "x/y");
   CString empty;
   EXPECT_EQ(ChangeSlashInPath(empty, FALSE), 1);
-  CodePageScope cp(932);
+  test::CodePageScope cp(932);
   char dbcs[] = "\x95\x5C\\z";
   ChangeSlashInPath(dbcs, FALSE);
   EXPECT_STREQ(dbcs, "\x95\x5C/z");

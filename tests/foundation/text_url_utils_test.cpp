@@ -4,6 +4,7 @@
 #include "telvanix/foundation/url_tables.h"
 #include "telvanix/foundation/url_utils.h"
 #include "telvanix/platform/code_page.h"
+#include "test_util.h"
 
 using namespace telvanix;
 
@@ -18,7 +19,7 @@ TEST(TrimLeftAndRight, Blanks) {
 }
 
 TEST(IsDBCS, FollowsTheActiveCodePage) {
-  const UINT previous = SetActiveCodePage(1252);
+  test::CodePageScope scope(1252);
   EXPECT_EQ(IsDBCS(), 0u);
   const struct { UINT cp; UINT expected; } cases[] = {
       {1250, 0}, {437, 0},     {65001, 0},  {874, 874},   {932, 932},   {936, 936},
@@ -28,7 +29,6 @@ TEST(IsDBCS, FollowsTheActiveCodePage) {
     SetActiveCodePage(c.cp);
     EXPECT_EQ(IsDBCS(), c.expected) << c.cp;
   }
-  SetActiveCodePage(previous);
 }
 
 TEST(IsRemoteUrlEx, SchemesAndWww) {

@@ -9,21 +9,13 @@
 #include <string>
 #include <vector>
 
+#include "test_util.h"
+
 using namespace telvanix;
 
 extern char** environ;
 
 namespace {
-
-// Restores the code page a test changed.
-class ActiveCodePage {
- public:
-  explicit ActiveCodePage(UINT codePage) : m_previous(SetActiveCodePage(codePage)) {}
-  ~ActiveCodePage() { SetActiveCodePage(m_previous); }
-
- private:
-  UINT m_previous;
-};
 
 // Runs one test of this executable in a fresh process with TELVANIX_CODEPAGE
 // set, and gives its exit status.
@@ -77,16 +69,14 @@ TEST(CodePage, LeadBytesOfTheDoubleByteCodePages) {
   };
   for (const Case& c : cases)
     EXPECT_EQ(IsDBCSLeadByteEx(c.codePage, c.byte), c.lead) << c.codePage << " " << int(c.byte);
-  EXPECT_TRUE(IsDBCSCodePage(932));
-  EXPECT_TRUE(IsDBCSCodePage(950));
-  EXPECT_FALSE(IsDBCSCodePage(1252));
-  EXPECT_FALSE(IsDBCSCodePage(874));
+  for (auto [codePage, dbcs] : {std::pair{932u, TRUE}, {950u, TRUE}, {1252u, FALSE}, {874u, FALSE}})
+    EXPECT_EQ(IsDBCSCodePage(codePage), dbcs) << codePage;
 }
 
 TEST(CodePage, TheActiveCodePageDecidesTheShortForm) {
   if (InChild())
     GTEST_SKIP() << "runs in the parent only";
-  ActiveCodePage chosen(936);
+  test::CodePageScope chosen(936);
   EXPECT_EQ(GetActiveCodePage(), 936u);
   EXPECT_TRUE(IsDBCSLeadByte(0xA0));
   EXPECT_TRUE(IsDBCSLeadByteEx(CP_ACP, 0xA0));
@@ -100,7 +90,7 @@ TEST(CodePage, TheActiveCodePageDecidesTheShortForm) {
 TEST(CodePage, DefaultsTo1252) {
   if (std::getenv("TELVANIX_CODEPAGE"))
     GTEST_SKIP() << "TELVANIX_CODEPAGE is set in this environment";
-  ActiveCodePage reset(0);
+  test::CodePageScope reset(0);
   EXPECT_EQ(GetActiveCodePage(), 1252u);
   EXPECT_FALSE(IsDBCSLeadByte(0x81));
 }
