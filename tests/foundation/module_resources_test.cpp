@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -64,26 +65,20 @@ TEST(LoadBinaryResource, DefaultStyleSheetRulesInOrder) {
   std::vector<std::pair<std::string, std::string>> rules;
   std::vector<std::string> seenComments;
   size_t blankLines = 0;
-  for (size_t pos = 0; pos < css.size();) {
-    const size_t eol = css.find("\r\n", pos);
-    ASSERT_NE(eol, std::string::npos);
-    std::string line = css.substr(pos, eol - pos);
-    pos = eol + 2;
-    while (!line.empty() && line.back() == ' ') line.pop_back();
+  std::istringstream in(css);
+  for (std::string line; std::getline(in, line);) {
+    line.erase(line.find_last_not_of("\r ") + 1);
     if (line.empty()) {
       ++blankLines;
     } else if (line.rfind("/*", 0) == 0) {
       seenComments.push_back(line);
     } else {
-      const size_t open = line.find('{');
-      const size_t close = line.rfind('}');
-      ASSERT_NE(open, std::string::npos) << line;
-      ASSERT_NE(close, std::string::npos) << line;
-      std::string selector = line.substr(0, open);
-      while (!selector.empty() && selector.back() == ' ') selector.pop_back();
-      std::string body = line.substr(open + 1, close - open - 1);
-      while (!body.empty() && body.front() == ' ') body.erase(0, 1);
-      while (!body.empty() && body.back() == ' ') body.pop_back();
+      const size_t open = line.find('{'), close = line.rfind('}');
+      ASSERT_TRUE(open != std::string::npos && close != std::string::npos) << line;
+      std::string selector = line.substr(0, open), body = line.substr(open + 1, close - open - 1);
+      selector.erase(selector.find_last_not_of(' ') + 1);
+      body.erase(body.find_last_not_of(' ') + 1);
+      body.erase(0, body.find_first_not_of(' '));
       rules.emplace_back(selector, body);
     }
   }
