@@ -73,6 +73,33 @@ class TempDir {
   std::string m_path;
 };
 
+// Sets (or with null, removes) an environment variable until the object goes.
+class EnvScope {
+ public:
+  EnvScope(const char* name, const char* value) : m_name(name) {
+    const char* old = std::getenv(name);
+    m_had = old != nullptr;
+    if (m_had)
+      m_old = old;
+    if (value)
+      ::setenv(name, value, 1);
+    else
+      ::unsetenv(name);
+  }
+  ~EnvScope() {
+    if (m_had)
+      ::setenv(m_name.c_str(), m_old.c_str(), 1);
+    else
+      ::unsetenv(m_name.c_str());
+  }
+  EnvScope(const EnvScope&) = delete;
+  EnvScope& operator=(const EnvScope&) = delete;
+
+ private:
+  std::string m_name, m_old;
+  bool m_had = false;
+};
+
 // Makes another code page the active one until the object goes.
 class CodePageScope {
  public:

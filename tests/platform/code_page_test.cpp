@@ -7,7 +7,6 @@
 
 #include <cstdlib>
 #include <string>
-#include <vector>
 
 #include "test_util.h"
 
@@ -26,21 +25,10 @@ int RunChild(const char* filter, const char* codePage) {
     return -1;
   exe.resize(static_cast<size_t>(n));
   std::string filterArg = std::string("--gtest_filter=") + filter;
-  std::vector<std::string> env;
-  for (char** e = environ; *e; ++e) {
-    std::string entry(*e);
-    if (entry.rfind("TELVANIX_CODEPAGE=", 0) != 0)
-      env.push_back(entry);
-  }
-  env.push_back(std::string("TELVANIX_CODEPAGE=") + codePage);
-  env.push_back("TELVANIX_CODEPAGE_CHILD=1");
-  std::vector<char*> envp;
-  for (auto& entry : env)
-    envp.push_back(entry.data());
-  envp.push_back(nullptr);
   char* argv[] = {exe.data(), filterArg.data(), nullptr};
+  test::EnvScope page("TELVANIX_CODEPAGE", codePage), child("TELVANIX_CODEPAGE_CHILD", "1");
   pid_t pid;
-  if (::posix_spawn(&pid, exe.c_str(), nullptr, nullptr, argv, envp.data()) != 0)
+  if (::posix_spawn(&pid, exe.c_str(), nullptr, nullptr, argv, environ) != 0)
     return -1;
   int status = 0;
   if (::waitpid(pid, &status, 0) != pid || !WIFEXITED(status))
@@ -121,8 +109,7 @@ TEST(CodePage, EnvironmentChoosesTheCodePage) {
   };
   for (Case c : {Case{"932", "932"}, Case{"cp936", "936"}, Case{"Windows-950", "950"}, Case{"klingon", "1252"},
                  Case{"", "1252"}, Case{"99999999", "1252"}}) {
-    ::setenv("TELVANIX_CODEPAGE_EXPECT", c.expect, 1);
+    test::EnvScope expect("TELVANIX_CODEPAGE_EXPECT", c.expect);
     EXPECT_EQ(RunChild("CodePageChild.*", c.value), 0) << c.value;
   }
-  ::unsetenv("TELVANIX_CODEPAGE_EXPECT");
 }

@@ -90,28 +90,6 @@ TEST(PointFontTest, ObjectLifetime) {
   EXPECT_EQ(font.GetObject(60, part), 0);
 }
 
-// Sets (or with null, removes) an environment variable for one scope;
-// libpaper reads PAPERSIZE and PAPERCONF too.
-class EnvScope {
- public:
-  EnvScope(const char* name, const char* value) : m_name(name) {
-    const char* old = std::getenv(name);
-    m_had = old != nullptr;
-    if (m_had) m_old = old;
-    if (value) setenv(name, value, 1);
-    else unsetenv(name);
-  }
-  ~EnvScope() {
-    if (m_had) setenv(m_name, m_old.c_str(), 1);
-    else unsetenv(m_name);
-  }
-
- private:
-  const char* m_name;
-  bool m_had = false;
-  std::string m_old;
-};
-
 // Release 2 of libpaper reads its own configuration places (not PAPERCONF)
 // and may replace an unknown name by the locale's paper.
 bool HasPaperLibrary2() {
@@ -165,7 +143,7 @@ TEST(PageSetupDialogTest, PaperInTheRequestedOrItsOwnUnit) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.paper + std::to_string(c.asked));
-    EnvScope paper("PAPERSIZE", c.paper);
+    test::EnvScope paper("PAPERSIZE", c.paper);
     PAGESETUPDLGA record = ReturnDefaultRecord(c.asked);
     ASSERT_EQ(PageSetupDlgA(&record), TRUE);
     EXPECT_EQ(record.Flags & kUnits, c.unit);
@@ -179,7 +157,7 @@ TEST(PageSetupDialogTest, PaperInTheRequestedOrItsOwnUnit) {
 }
 
 TEST(PageSetupDialogTest, DeviceRecordsDescribeThePaper) {
-  EnvScope paper("PAPERSIZE", "a4");
+  test::EnvScope paper("PAPERSIZE", "a4");
   PAGESETUPDLGA record = ReturnDefaultRecord(0);
   ASSERT_EQ(PageSetupDlgA(&record), TRUE);
   const auto* mode = static_cast<const DEVMODEA*>(GlobalLock(record.hDevMode));
@@ -204,7 +182,7 @@ TEST(PageSetupDialogTest, UnknownPaperFallsBackToLetter) {
   if (HasPaperLibrary2()) {
     GTEST_SKIP() << "libpaper 2 chooses its own fallback paper";
   }
-  EnvScope paper("PAPERSIZE", "no-such-paper");
+  test::EnvScope paper("PAPERSIZE", "no-such-paper");
   SystemPaper found;
   GetSystemDefaultPaper(found);
   EXPECT_STREQ(found.name, "Letter");
@@ -219,7 +197,7 @@ TEST(PageSetupDialogTest, PaperConfigurationFileNamesThePaper) {
   }
   test::TempDir dir;
   dir.Write("papersize", "# paper for the tests\n\n  a5  \n");
-  EnvScope size("PAPERSIZE", nullptr), conf("PAPERCONF", (dir / "papersize").c_str());
+  test::EnvScope size("PAPERSIZE", nullptr), conf("PAPERCONF", (dir / "papersize").c_str());
   SystemPaper found;
   GetSystemDefaultPaper(found);
   EXPECT_STREQ(found.name, "A5");
