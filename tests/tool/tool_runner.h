@@ -21,8 +21,6 @@
 #include <string>
 #include <vector>
 
-#include "test_util.h"
-
 extern char** environ;
 
 namespace telvanix::tool_test {
@@ -112,7 +110,25 @@ inline ToolRun RunTool(const std::vector<std::string>& args, int timeoutSeconds 
 }
 
 // A scratch folder, removed with everything in it when the test ends.
-using ScratchDir = test::TempDir;
+class ScratchDir {
+ public:
+  ScratchDir() {
+    std::string pattern = (fs::temp_directory_path() / "telvanix-e2e-XXXXXX").string();
+    if (::mkdtemp(pattern.data())) m_path = pattern;
+  }
+  ~ScratchDir() {
+    std::error_code ec;
+    if (!m_path.empty()) fs::remove_all(m_path, ec);
+  }
+  ScratchDir(const ScratchDir&) = delete;
+  ScratchDir& operator=(const ScratchDir&) = delete;
+
+  const std::string& path() const { return m_path; }
+  std::string operator/(const std::string& relative) const { return m_path + "/" + relative; }
+
+ private:
+  std::string m_path;
+};
 
 // A fresh copy of the sample project inside a scratch folder.
 class LanternCopy : public ScratchDir {
