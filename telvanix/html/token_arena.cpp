@@ -7,7 +7,9 @@
 namespace telvanix {
 
 namespace {
-constexpr std::size_t kMinBlock = 16 * 1024;
+// Small: a host with a whole project open holds thousands of small pages,
+// and each keeps the unused end of its last block.
+constexpr std::size_t kMinBlock = 4 * 1024;
 constexpr std::size_t kHeader = 16;  // keeps block data 16-aligned
 // What a thread keeps of the blocks of arenas that went away: enough for
 // the next few pages of usual size, not the whole of a huge one.

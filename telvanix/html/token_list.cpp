@@ -196,7 +196,7 @@ int CHtmlTokenList::BuildTokenList(const unsigned char* first, const unsigned ch
   // that comes with the copy, and the arena grows by small steps from
   // there, so that little is reserved and left unused.
   const std::size_t perByte = (nFlags & CHtmlTokenItem::emAnalyseFull) ? 3 : 2;
-  m_Arena.Reserve(size + 1 + (size < 4096 ? 4096 : size) * perByte);
+  m_Arena.Reserve(size + 1 + (size < 1024 ? 1024 : size) * perByte);
   unsigned char* copy = static_cast<unsigned char*>(m_Arena.Allocate(size + 1));
   std::memcpy(copy, first, size);
   copy[size] = 0;
