@@ -2,24 +2,18 @@
 // at level 0 and what popping it leaves behind.
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <memory>
 #include <vector>
 
+#include "html/html_test_util.h"
 #include "telvanix/html/entity_stack.h"
 #include "telvanix/html/tag_item.h"
 
 namespace telvanix {
 namespace {
 
-// Counts its own destructions, to see who deletes attachments.
-struct CountedObject : CRglObject {
-  explicit CountedObject(int* pCounter) : m_pCounter(pCounter) {}
-  ~CountedObject() override { ++*m_pCounter; }
-  int* m_pCounter;
-};
-
-POSITION FakePos(std::uintptr_t n) { return reinterpret_cast<POSITION>(n * 16); }
+using test::CountedObject;
+using test::FakePos;
 
 class EntityStackTest : public ::testing::Test {
  protected:

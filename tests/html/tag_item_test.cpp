@@ -7,13 +7,14 @@
 #include <set>
 #include <string>
 
+#include "html/html_test_util.h"
 #include "telvanix/html/tag_item.h"
 
 namespace telvanix {
 namespace {
 
-const unsigned char* U(const char* text) { return reinterpret_cast<const unsigned char*>(text); }
-std::string Str(const CString& s) { return std::string(static_cast<const char*>(s), static_cast<size_t>(s.GetLength())); }
+using test::Str;
+using test::U;
 
 struct Attr {
   std::string name, value;

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "html/html_test_util.h"
 #include "telvanix/html/tag_item.h"
 #include "telvanix/html/token_item.h"
 #include "telvanix/html/token_list.h"
@@ -12,9 +13,8 @@
 namespace telvanix {
 namespace {
 
-const unsigned char* U(const char* text) { return reinterpret_cast<const unsigned char*>(text); }
-
-std::string Str(const CString& s) { return std::string(static_cast<const char*>(s), static_cast<size_t>(s.GetLength())); }
+using test::Str;
+using test::U;
 
 std::u16string Units(CWordString* w) {
   if (!w || !w->GetContent())

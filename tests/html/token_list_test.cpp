@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "html/html_test_util.h"
 #include "telvanix/html/tag_item.h"
 #include "telvanix/html/token_list.h"
 #include "test_util.h"
@@ -18,8 +19,8 @@
 namespace telvanix {
 namespace {
 
-const unsigned char* U(const char* text) { return reinterpret_cast<const unsigned char*>(text); }
-std::string Str(const CString& s) { return std::string(static_cast<const char*>(s), static_cast<size_t>(s.GetLength())); }
+using test::Str;
+using test::U;
 
 std::string Quote(const std::string& s) {
   std::string out = "\"";

@@ -2,20 +2,14 @@
 // walking, and deleting a very deep tree without recursion.
 #include <gtest/gtest.h>
 
-#include <cstdint>
-
+#include "html/html_test_util.h"
 #include "telvanix/html/tree_node.h"
 
 namespace telvanix {
 namespace {
 
-struct CountedObject : CRglObject {
-  explicit CountedObject(int* pCounter) : m_pCounter(pCounter) {}
-  ~CountedObject() override { ++*m_pCounter; }
-  int* m_pCounter;
-};
-
-POSITION FakePos(std::uintptr_t n) { return reinterpret_cast<POSITION>(n * 16); }
+using test::CountedObject;
+using test::FakePos;
 
 TEST(TreeNodeTest, TextAndTagLeavesAreToldApartByBit30Only) {
   CHtmlTokenNode text(nullptr, FakePos(1), 0x40000000);
@@ -31,12 +25,10 @@ TEST(TreeNodeTest, TextAndTagLeavesAreToldApartByBit30Only) {
 
   CHtmlTokenNode unknownTag(nullptr, FakePos(3), 0x20000000 | 0x1234);
   EXPECT_EQ(unknownTag.IsTagNode(), 1);
-}
-
-TEST(TreeNodeTest, TokenLookupsNeedAListAndAPosition) {
-  CHtmlTokenNode leaf(nullptr, nullptr, 0x21000);
-  EXPECT_EQ(leaf.GetTagItem(nullptr), nullptr);
-  EXPECT_EQ(leaf.GetTextItem(nullptr), nullptr);
+  // Token lookups need a list and a position.
+  CHtmlTokenNode unplaced(nullptr, nullptr, 0x21000);
+  EXPECT_EQ(unplaced.GetTagItem(nullptr), nullptr);
+  EXPECT_EQ(unplaced.GetTextItem(nullptr), nullptr);
 }
 
 TEST(TreeNodeTest, TagFormatIsOwnedAndReplaced) {
@@ -127,22 +119,17 @@ TEST(TreeNodeTest, ChildrenAreWalkedInOrderAndSiblingsFound) {
   EXPECT_EQ(pP->GetFirstChild(), pStart);
   EXPECT_EQ(pP->GetLastChild(), pEnd);
 
-  CHtmlTreeNode* seen[3] = {};
-  int n = 0;
-  for (POSITION pos = pP->GetFirstChildPosition(); pos != nullptr && n < 3;) seen[n++] = pP->GetNextChild(pos);
-  EXPECT_EQ(n, 3);
-  EXPECT_EQ(seen[0], pStart);
-  EXPECT_EQ(seen[1], pText);
-  EXPECT_EQ(seen[2], pEnd);
+  CHtmlTreeNode* const children[] = {pStart, pText, pEnd};
+  POSITION pos = pP->GetFirstChildPosition();
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(pP->GetNextChild(pos), children[i]);
+    EXPECT_EQ(children[i]->GetNextSiblingNode(), i < 2 ? children[i + 1] : nullptr);
+    EXPECT_EQ(children[i]->GetPrevSiblingNode(), i > 0 ? children[i - 1] : nullptr);
+  }
+  EXPECT_EQ(pos, nullptr);
   POSITION back = pP->GetLastChildPosition();
   EXPECT_EQ(pP->GetPrevChild(back), pEnd);
   EXPECT_EQ(pP->GetPrevChild(back), pText);
-
-  EXPECT_EQ(pStart->GetNextSiblingNode(), pText);
-  EXPECT_EQ(pText->GetNextSiblingNode(), pEnd);
-  EXPECT_EQ(pEnd->GetNextSiblingNode(), nullptr);
-  EXPECT_EQ(pEnd->GetPrevSiblingNode(), pText);
-  EXPECT_EQ(pStart->GetPrevSiblingNode(), nullptr);
   EXPECT_EQ(root.GetNextSiblingNode(), nullptr);
   EXPECT_EQ(pP->GetParentNode(), &root);
 
