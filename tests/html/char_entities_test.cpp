@@ -82,9 +82,6 @@ TEST(HtmlToText, NamedReferences) {
   EXPECT_EQ(Decode("& amp;&;&"), Widen("& amp;&;&"));
   EXPECT_EQ(Decode("&&lt;"), Widen("&<"));
   EXPECT_EQ(Decode("x&ltz;"), Widen("x&ltz;"));
-}
-
-TEST(HtmlToText, NamesAreLettersOnly) {
   // Only letters are gathered after "&", so names holding digits are left as typed.
   EXPECT_EQ(Decode("&sup2;"), Widen("&sup2;"));
   EXPECT_EQ(Decode("&frac12;"), Widen("&frac12;"));

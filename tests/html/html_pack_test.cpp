@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 
+#include "html/html_test_util.h"
 #include "telvanix/html/entity_tree.h"
 #include "telvanix/html/html_pack.h"
 #include "test_util.h"
@@ -14,17 +15,9 @@
 namespace telvanix {
 namespace {
 
-std::string Str(const CString& s) { return std::string(static_cast<const char*>(s), static_cast<size_t>(s.GetLength())); }
-std::string Bytes(const CByteString& b) {
-  return b.GetLength() ? std::string(reinterpret_cast<const char*>(b.GetContent()), static_cast<size_t>(b.GetLength()))
-                       : std::string();
-}
-CByteString Buffer(const std::string& text) {
-  CByteString b;
-  if (!text.empty())
-    b.Assign(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
-  return b;
-}
+using test::Buffer;
+using test::Bytes;
+using test::Str;
 
 std::string SaveToString(CHtmlPack& pack, CHtmlPack::EmSaveFlag flag) {
   CByteString out;
@@ -75,7 +68,6 @@ TEST(HtmlPack, SourceModes) {
   EXPECT_EQ(3, buffer.GetSourceMode());
   CHtmlPack bufferWithPath(bytes, "/x/page.htm");
   EXPECT_EQ(2, bufferWithPath.GetSourceMode());
-  EXPECT_EQ(111, CHtmlTagItem::ms_nTagSyntaxTableSize);
 }
 
 TEST(HtmlPack, ParseLevelsAccumulateFlags) {
@@ -264,28 +256,21 @@ TEST(HtmlPack, TakenOverIndentationIsKept) {
 
 TEST(HtmlPack, PrintTypesFromCodeAndManualFlags) {
   CPrintTypePack pack;
-  int before = -1, after = -1;
-  EXPECT_EQ(0, pack.GetTagPrintType(nullptr, before, after));
-  EXPECT_EQ(0, before);
-  EXPECT_EQ(0, after);
-  CHtmlTagItem div("<div>"), endDiv("</div>"), html("<html>");
-  EXPECT_EQ(1, pack.GetTagPrintType(&div, before, after));
-  EXPECT_EQ(4, before);
-  EXPECT_EQ(5, after);
-  pack.GetTagPrintType(&endDiv, before, after);
-  EXPECT_EQ(6, before);
-  EXPECT_EQ(4, after);
+  auto types = [&](CHtmlTagItem* tag) {
+    int before = -1, after = -1;
+    const int result = pack.GetTagPrintType(tag, before, after);
+    return std::to_string(result) + ":" + std::to_string(before) + "," + std::to_string(after);
+  };
+  EXPECT_EQ("0:0,0", types(nullptr));
+  CHtmlTagItem div("<div>"), endDiv("</div>"), html("<html>"), p("<p>");
+  EXPECT_EQ("1:4,5", types(&div));
+  EXPECT_EQ("1:6,4", types(&endDiv));
   html.SetManualIndentBefore(CHtmlTokenItem::emManualIndentNewLine);
   html.SetManualIndentBefore(CHtmlTokenItem::emManualIndentKeep);
   html.SetManualIndentAfter(CHtmlTokenItem::emManualIndentKeep);
-  pack.GetTagPrintType(&html, before, after);
-  EXPECT_EQ(4, before);  // value 2 wins over value 1
-  EXPECT_EQ(4, after);
-  CHtmlTagItem p("<p>");
+  EXPECT_EQ("1:4,4", types(&html));  // value 2 wins over value 1
   p.SetManualIndentAfter(CHtmlTokenItem::emManualIndentNewLine);
-  pack.GetTagPrintType(&p, before, after);
-  EXPECT_EQ(4, before);  // from the code
-  EXPECT_EQ(1, after);
+  EXPECT_EQ("1:4,1", types(&p));  // before from the code
 }
 
 TEST(HtmlPack, ModificationTracking) {
