@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "sitemap/sitemap_dump.h"
@@ -97,23 +98,24 @@ TEST(SitemapReader, BadInputReadsWhatItCan) {
   EXPECT_EQ(file.Read("/nonexistent/dir/toc.hhc"), 0);
 }
 
-// Real-world-style pages and the models they read into: "x.hhc" beside "x.hhc.expected".
+// Real-world-style pages and the models they read into: "x.hhc" beside
+// "x.hhc.expected" (odd parameter values, other objects, repeated and
+// nameless site properties, loose and truncated markup).
 TEST(SitemapReader, SamplePages) {
-  const char* samples[] = {"contents_upper.hhc", "index_keywords.hhk", "merged_contents.hhc",
-                           "site_properties.hhc", "loose_markup.hhc", "truncated.hhc",
-                           // Odd parameter values, other objects, repeated and
-                           // nameless site properties.
-                           "param_values.hhc", "merge_and_other_objects.hhc", "site_properties_repeats.hhc",
-                           "nameless_descriptions.hhc"};
-  for (const char* name : samples) {
-    std::string page = telvanix::test::ReadDataFile(std::string("sitemap/") + name);
-    ASSERT_FALSE(page.empty()) << name;
-    std::string expected = telvanix::test::ReadDataFile(std::string("sitemap/") + name + ".expected");
-    ASSERT_FALSE(expected.empty()) << name;
+  int cases = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(std::string(TELVANIX_TEST_DATA_DIR) + "/sitemap")) {
+    const std::string name = entry.path().filename().string();
+    if (entry.path().extension() == ".expected")
+      continue;
+    SCOPED_TRACE(name);
+    std::string expected = telvanix::test::ReadDataFile("sitemap/" + name + ".expected");
+    ASSERT_FALSE(expected.empty());
     CHtmlFileSitemap file;
-    EXPECT_EQ(ReadText(file, page), 1) << name;
-    EXPECT_EQ(DumpSitemapModel(file), expected) << name;
+    EXPECT_EQ(ReadText(file, telvanix::test::ReadDataFile("sitemap/" + name)), 1);
+    EXPECT_EQ(DumpSitemapModel(file), expected);
+    ++cases;
   }
+  EXPECT_GE(cases, 10);
 }
 
 }  // namespace

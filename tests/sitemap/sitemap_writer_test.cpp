@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 #include "sitemap/sitemap_dump.h"
@@ -266,19 +264,14 @@ TEST(SitemapWriter, WritesFilesWhole) {
   EXPECT_EQ(file.Write(static_cast<const char*>(nullptr)), 0);
   EXPECT_EQ(file.Write(""), 0);
 
-  char dir[] = "/tmp/tvx_sitemap_XXXXXX";
-  ASSERT_NE(mkdtemp(dir), nullptr);
-  std::string path = std::string(dir) + "/toc.hhc";
+  test::TempDir dir;
+  const std::string path = dir / "toc.hhc";
   ASSERT_EQ(file.Write(path.c_str()), 1);
-  CByteString loaded;
-  ASSERT_EQ(loaded.LoadFromFile(path.c_str()), 1);
-  EXPECT_EQ(std::string(loaded, static_cast<size_t>(loaded.GetLength())), Written(file));
+  EXPECT_EQ(dir.Read("toc.hhc"), Written(file));
   CHtmlFileSitemap again;
   EXPECT_EQ(again.Read(path.c_str()), 1);
   EXPECT_EQ(test::DumpSitemapModel(again), test::DumpSitemapModel(file));
-  EXPECT_EQ(file.Write((std::string(dir) + "/missing/toc.hhc").c_str()), 0);
-  std::remove(path.c_str());
-  rmdir(dir);
+  EXPECT_EQ(file.Write((dir / "missing/toc.hhc").c_str()), 0);
 }
 
 }  // namespace
