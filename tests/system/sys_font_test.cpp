@@ -108,55 +108,42 @@ TEST(CSysFontTest, PointsArePassedAsTenthsOfAPoint) {
   EXPECT_EQ(font.GetLogFont().lfWeight, record.lfWeight);
 }
 
-struct DefaultFontCase {
-  UINT codePage;
-  const char* face;
-  LONG height;  // 10 -> -1, 12 -> -2 at 96 dpi, the sizes taken as tenths
-};
-
-class CSysFontDefaultTest : public ::testing::TestWithParam<DefaultFontCase> {};
-
-TEST_P(CSysFontDefaultTest, FaceAndSizeFollowTheCodePage) {
-  const DefaultFontCase& c = GetParam();
-  CodePageScope scope(c.codePage);
-  CSysFont font;
-  ASSERT_EQ(font.SetAsDefault(), 1);
-  EXPECT_STREQ(font.GetFontName(), c.face);
-  EXPECT_EQ(font.GetLogFont().lfHeight, c.height);
+TEST(CSysFontTest, DefaultFaceAndSizeFollowTheCodePage) {
+  const struct {
+    UINT codePage;
+    const char* face;
+    LONG height;  // 10 -> -1, 12 -> -2 at 96 dpi, the sizes taken as tenths
+  } cases[] = {
+      {932, "\x82\x6C\x82\x72\x20\x82\x6F\x83\x53\x83\x56\x83\x62\x83\x4E", -1},
+      {936, "\xCB\xCE\xCC\xE5", -1}, {949, "\xB1\xBC\xB8\xB2", -1}, {950, "\xB7\x73\xB2\xD3\xA9\xFA\xC5\xE9", -1},
+      // Byte-pair code pages outside 932..950 keep the resource face.
+      {1252, "Arial", -2}, {874, "Arial", -2}, {1255, "Arial", -2}, {1250, "Arial", -2},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.codePage);
+    CodePageScope scope(c.codePage);
+    CSysFont font;
+    ASSERT_EQ(font.SetAsDefault(), 1);
+    EXPECT_STREQ(font.GetFontName(), c.face);
+    EXPECT_EQ(font.GetLogFont().lfHeight, c.height);
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    CodePages, CSysFontDefaultTest,
-    ::testing::Values(DefaultFontCase{932, "\x82\x6C\x82\x72\x20\x82\x6F\x83\x53\x83\x56\x83\x62\x83\x4E", -1},
-                      DefaultFontCase{936, "\xCB\xCE\xCC\xE5", -1}, DefaultFontCase{949, "\xB1\xBC\xB8\xB2", -1},
-                      DefaultFontCase{950, "\xB7\x73\xB2\xD3\xA9\xFA\xC5\xE9", -1},
-                      DefaultFontCase{1252, "Arial", -2},
-                      // Byte-pair code pages outside 932..950 keep the resource face.
-                      DefaultFontCase{874, "Arial", -2}, DefaultFontCase{1255, "Arial", -2},
-                      DefaultFontCase{1250, "Arial", -2}),
-    [](const ::testing::TestParamInfo<DefaultFontCase>& info) { return "cp" + std::to_string(info.param.codePage); });
-
 TEST(CSysFontTest, PortableNameTakesBothFamilyBitsAsMonospaced) {
-  struct Case {
+  const struct {
     BYTE family;
     const char* expected;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {0x22, "Monospaced"}, {0x12, "Monospaced"}, {0x31, "Monospaced"}, {0x52, "Monospaced"},
-      {0x40, nullptr},      {0x00, nullptr},      {0x02, nullptr},      {0x01, nullptr},
+      {0x40, "(none)"},     {0x00, "(none)"},     {0x02, "(none)"},     {0x01, "(none)"},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     LOGFONTA record{};
     record.lfPitchAndFamily = c.family;
     CSysFont font;
     font.SetLogFont(record);
     const char* name = font.GetPortableHtmlFontName();
-    if (c.expected) {
-      ASSERT_NE(name, nullptr) << "family byte " << int(c.family);
-      EXPECT_STREQ(name, c.expected) << "family byte " << int(c.family);
-    } else {
-      EXPECT_EQ(name, nullptr) << "family byte " << int(c.family);
-    }
+    EXPECT_STREQ(name ? name : "(none)", c.expected) << "family byte " << int(c.family);
   }
 }
 
