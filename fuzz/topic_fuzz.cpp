@@ -90,10 +90,24 @@ void QueryAll(CHtmlFileEx& doc) {
 }
 
 // A tag that prints with a ">" inside an unclosed quote (the tokenizer ended
-// it there by its fallback, or a changed tag re-quoted a value that holds a
-// quote), or text that begins with a "<" the tokenizer refused: where either
-// ends is decided by every later byte, so a tag inserted after it may be read
-// back as part of it.
+// it there by its fallback), text that begins with a "<" the tokenizer
+// refused, or a changed tag with a double quote in a value (values print
+// re-quoted with double quotes as they are, by rule): where such a token ends
+// or how its attributes split is decided by the bytes after it, so a tag
+// inserted after it, or its own attributes, may read back differently.
+bool QuoteInAttributes(CHtmlTagItem* tag) {
+  const char* name = nullptr;
+  const char* value = nullptr;
+  for (int i = 0; tag->GetAttributeByNum(i, name, value); ++i) {
+    int quotes = 0;
+    for (const char* c = name; c && *c; ++c)
+      quotes += *c == '"';
+    if (quotes % 2 || (value && std::strchr(value, '"')))
+      return true;
+  }
+  return false;
+}
+
 bool EndsOnLaterBytes(CHtmlFileEx& doc) {
   CHtmlTokenList* list = doc.GetTokenList();
   for (POSITION pos = list->GetHeadPosition(); pos;) {
@@ -105,6 +119,8 @@ bool EndsOnLaterBytes(CHtmlFileEx& doc) {
     CHtmlTagItem* tag = token->GetSafeTagItemPtr();
     if (!tag || tag->GetTagId() == CHtmlTagItem::emTagIdComment)
       continue;
+    if (tag->IsModifiedToken() && QuoteInAttributes(tag))
+      return true;
     const CString text = tag->GetPrintableText(CHtmlTokenItem::emTextTokenOnly);
     const char* data = text.GetString();
     const int length = text.GetLength();
