@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "telvanix/css/css_pack.h"
-#include "telvanix/platform/code_page.h"
+#include "test_util.h"
 
 namespace telvanix {
 namespace {
@@ -89,19 +89,14 @@ TEST(CssScannerTest, FlagBitsOutsideTheDefinedSetChangeNothing) {
 // Under a double-byte code page a lead byte takes its trail byte along, so
 // a trail byte that looks like a quote, brace or delimiter is none.
 TEST(CssScannerTest, LeadBytesCarryTheirTrailBytes) {
-  struct CodePage {
-    explicit CodePage(UINT cp) : previous(SetActiveCodePage(cp)) {}
-    ~CodePage() { SetActiveCodePage(previous); }
-    UINT previous;
-  };
   {
-    CodePage sjis(932);
+    test::CodePageScope sjis(932);
     EXPECT_EQ(Any("\x81'x;y", emCssStopSemicolon), 3);
     EXPECT_EQ(Any("'a\x81'b' c", 0), 7);
     EXPECT_EQ(Block("{\x81}}x"), 4);
     EXPECT_EQ(Any("ab\x81", 0), 3);
   }
-  CodePage western(1252);
+  test::CodePageScope western(1252);
   EXPECT_EQ(Any("\x81'x;y", emCssStopSemicolon), 5);  // the quote runs to the end
   EXPECT_EQ(Any("'a\x81'b' c", 0), 4);
   EXPECT_EQ(Block("{\x81}}x"), 3);

@@ -34,6 +34,7 @@
 #include "telvanix/topic/pure_text.h"
 #include "telvanix/topic/topic_text.h"
 #include "test_util.h"
+#include "topic/topic_page.h"
 
 namespace telvanix {
 namespace {
@@ -211,37 +212,24 @@ void AnalyseTopic(CHtmlFileEx& doc, std::ostream& out) {
   doc.GetExternalStyleSheetFileNameEx(array);
   out << "sheets " << Joined(array) << "\n";
 
-  unsigned int index = 0, stage = 0, cursor = 0;
-  out << "scripts ";
-  for (const char* s = doc.GetFirstScriptSource(index); s && *s; s = doc.GetNextScriptSource(index))
-    out << std::string(s) << ";";
-  out << "\nimages ";
-  for (CString s = doc.GetFirstImage(index); !s.IsEmpty(); s = doc.GetNextImage(index)) out << Str(s) << ";";
+  unsigned int index = 0, stage = 0;
+  using D = CHtmlFileEx;
+  out << "scripts " << test::Walk(doc, &D::GetFirstScriptSource, &D::GetNextScriptSource);
+  out << "\nimages " << test::Walk(doc, &D::GetFirstImage, &D::GetNextImage);
   out << "\nbaggage ";
   for (CString s = doc.GetFirstBaggageImage(index, stage); !s.IsEmpty(); s = doc.GetNextBaggageImage(index, stage))
     out << Str(s) << "@" << stage << ";";
   out << "\nlists " << Joined(doc.GetInlineStyleBaggage()) << "|" << Joined(doc.GetEmbeddedStyleBaggage()) << "|"
       << Joined(doc.GetSpecialTagBaggage());
-  out << "\nmultimedia ";
-  for (CString s = doc.GetFirstMultimediaFile(index); !s.IsEmpty(); s = doc.GetNextMultimediaFile(index))
-    out << Str(s) << ";";
-  out << "\nrelated ";
-  for (const char* s = doc.GetFirstRelatedTopic(cursor); s; s = doc.GetNextRelatedTopic(cursor))
-    out << std::string(s) << ";";
-  out << "\nhhctrl ";
-  for (const char* s = doc.GetFirstHhctrlBaggageImage(cursor); s; s = doc.GetNextHhctrlBaggageImage(cursor))
-    out << std::string(s) << ";";
-  for (const char* s = doc.GetFirstContentOrIndex(cursor); s; s = doc.GetNextContentOrIndex(cursor))
-    out << std::string(s) << ";";
+  out << "\nmultimedia " << test::Walk(doc, &D::GetFirstMultimediaFile, &D::GetNextMultimediaFile);
+  out << "\nrelated " << test::Walk(doc, &D::GetFirstRelatedTopic, &D::GetNextRelatedTopic);
+  out << "\nhhctrl " << test::Walk(doc, &D::GetFirstHhctrlBaggageImage, &D::GetNextHhctrlBaggageImage)
+      << test::Walk(doc, &D::GetFirstContentOrIndex, &D::GetNextContentOrIndex);
   out << "\nanchors ";
   for (const char* s = doc.GetFirstAnchorHref(index); s && *s; s = doc.GetNextAnchorHref(index))
     out << std::string(s) << "=" << doc.GetAnchorHrefType(s) << ";";
-  out << "\nbookmarks ";
-  for (const char* s = doc.GetFirstBookmark(index); s && *s; s = doc.GetNextBookmark(index))
-    out << std::string(s) << ";";
-  out << "\nframes ";
-  for (const char* s = doc.GetFirstFrameSource(index); s && *s; s = doc.GetNextFrameSource(index))
-    out << std::string(s) << ";";
+  out << "\nbookmarks " << test::Walk(doc, &D::GetFirstBookmark, &D::GetNextBookmark);
+  out << "\nframes " << test::Walk(doc, &D::GetFirstFrameSource, &D::GetNextFrameSource);
   const CHtmlFileEx::CPositionArray& objects = doc.GetObjectPositions();
   out << "\nobjects ";
   for (int i = 0; i < objects.GetSize(); ++i)
