@@ -16,18 +16,13 @@ namespace {
 using test::Str;
 using test::U;
 
-struct Attr {
-  std::string name, value;
-  bool operator==(const Attr& o) const { return name == o.name && value == o.value; }
-};
-std::ostream& operator<<(std::ostream& os, const Attr& a) { return os << a.name << "=[" << a.value << "]"; }
-
-std::vector<Attr> Attributes(CHtmlTagItem& tag) {
-  std::vector<Attr> out;
+// The attribute records in order, as "name=[value]" separated by blanks.
+std::string Attributes(CHtmlTagItem& tag) {
+  std::string out;
   unsigned int pos;
   const char* value;
   for (const char* name = tag.GetFirstAttribute(pos, value); name; name = tag.GetNextAttribute(pos, value))
-    out.push_back(Attr{name, value ? value : "(null)"});
+    out += std::string(out.empty() ? "" : " ") + name + "=[" + (value ? value : "(null)") + "]";
   return out;
 }
 
@@ -195,80 +190,69 @@ TEST(TagItem, ChangeUnknownTagIndex) {
   EXPECT_EQ(0, p.ChangeUnknownTagIndex(2));
 }
 
-TEST(TagAttributes, CommentBody) {
-  CHtmlTagItem comment("<!-- x -->");
-  EXPECT_EQ(0x60, comment.GetTagId());
-  EXPECT_EQ((std::vector<Attr>{{"", " x "}}), Attributes(comment));
-  CHtmlTagItem inner("<!-- a -- b --- >");
-  EXPECT_EQ((std::vector<Attr>{{"", " a -- b "}}), Attributes(inner));
+TEST(TagAttributes, RecordsAsParsed) {
+  const struct {
+    const char* tag;
+    const char* attributes;
+  } cases[] = {
+      // A comment's or CDATA section's body is one nameless record.
+      {"<!-- x -->", "=[ x ]"},
+      {"<!-- a -- b --- >", "=[ a -- b ]"},
+      {"<!-- never closed", ""},
+      {"<![CDATA[a]]b]]>", "=[a]]b]"},
+      {"<![cdata[x]]]>", "=[x]"},
+      {"<a href=x.htm target = '_top' nowrap>", "href=[x.htm] target=[_top] nowrap=[]"},
+      {"<a \"stray\">", "\"stray\"=[]"},
+      {"<a 12px=3 =x>", "12px=3=[] =x=[]"},
+      // Entities are not decoded; a quote of the other kind stays inside.
+      {"<img alt=\"a &amp; 'b'\" src='c\"d'>", "alt=[a &amp; 'b'] src=[c\"d]"},
+      // An unclosed quote runs to the tag's end.
+      {"<a title=\"abc>", "title=[\"abc]"},
+      // A comment inside the tag is passed over.
+      {"<a -- note -- href=y>", "href=[y]"},
+      {"<foo/>", "/=[]"},
+      {"<br/>", "/=[]"},
+  };
+  for (const auto& c : cases) {
+    CHtmlTagItem tag(c.tag);
+    EXPECT_EQ(c.attributes, Attributes(tag)) << c.tag;
+  }
   CHtmlTagItem open("<!-- never closed");
   EXPECT_EQ(0, open.GetTotalAttributesNum());
 }
 
-TEST(TagAttributes, CdataBody) {
-  CHtmlTagItem cdata("<![CDATA[a]]b]]>");
-  EXPECT_TRUE(cdata.IsUnknownTag());
-  EXPECT_EQ((std::vector<Attr>{{"", "a]]b"}}), Attributes(cdata));
-  CHtmlTagItem runs("<![cdata[x]]]>");
-  EXPECT_EQ((std::vector<Attr>{{"", "x"}}), Attributes(runs));
-}
-
-TEST(TagAttributes, NamesValuesAndQuotes) {
+TEST(TagAttributes, LookupByNameIgnoresCase) {
   CHtmlTagItem a("<a href=x.htm target = '_top' nowrap>");
-  EXPECT_EQ((std::vector<Attr>{{"href", "x.htm"}, {"target", "_top"}, {"nowrap", ""}}), Attributes(a));
   EXPECT_STREQ("_top", a.GetAttributeValue("TARGET"));
   EXPECT_STREQ("", a.GetAttributeValue("nowrap"));
   EXPECT_EQ(nullptr, a.GetAttributeValue("title"));
   EXPECT_TRUE(a.HasAttribute("NoWrap"));
-
-  CHtmlTagItem stray("<a \"stray\">");
-  EXPECT_EQ((std::vector<Attr>{{"\"stray\"", ""}}), Attributes(stray));
-  CHtmlTagItem word("<a 12px=3 =x>");
-  EXPECT_EQ((std::vector<Attr>{{"12px=3", ""}, {"=x", ""}}), Attributes(word));
-
-  // Entities are not decoded; a quote of the other kind stays inside.
-  CHtmlTagItem img("<img alt=\"a &amp; 'b'\" src='c\"d'>");
-  EXPECT_EQ((std::vector<Attr>{{"alt", "a &amp; 'b'"}, {"src", "c\"d"}}), Attributes(img));
-  // An unclosed quote runs to the tag's end.
-  CHtmlTagItem open("<a title=\"abc>");
-  EXPECT_EQ((std::vector<Attr>{{"title", "\"abc"}}), Attributes(open));
-  // A comment inside the tag is passed over.
-  CHtmlTagItem commented("<a -- note -- href=y>");
-  EXPECT_EQ((std::vector<Attr>{{"href", "y"}}), Attributes(commented));
+  CHtmlTagItem pi("<?xml version='1.0'?>");
+  EXPECT_STREQ("1.0", pi.GetAttributeValue("version"));
 }
 
-TEST(TagAttributes, ClosingSlashAndQuestionMark) {
-  CHtmlTagItem foo("<foo/>");
+TEST(TagAttributes, XmlTypesAndRowsOfOddTags) {
+  const struct {
+    const char* tag;
+    int xmlType;
+  } cases[] = {{"<p>", 1},        {"</p>", 2},         {"<foo/>", 3},          {"<br/>", 3},
+               {"<!-- c -->", 4}, {"<!ELEMENT x>", 5}, {"<!DOCTYPE html>", 6}, {"<?xml version='1.0'?>", 7}};
+  for (const auto& c : cases) EXPECT_EQ(c.xmlType, CHtmlTagItem(c.tag).GetXmlType()) << c.tag;
+  EXPECT_FALSE(CHtmlTagItem("<p>").IsXmlTag());
+  EXPECT_FALSE(CHtmlTagItem("<!-- c -->").IsXmlTag());
+  EXPECT_TRUE(CHtmlTagItem("<!ELEMENT x>").IsXmlTag());
+  EXPECT_TRUE(CHtmlTagItem("<foo/>").IsXmlTag());
+  EXPECT_EQ(0x60, CHtmlTagItem("<!-- x -->").GetTagId());
+  EXPECT_TRUE(CHtmlTagItem("<![CDATA[a]]b]]>").IsUnknownTag());
+  // A closing slash makes an unknown tag empty (row 2), "<?" a processing
+  // instruction (row 3); a known empty element keeps its own row.
+  CHtmlTagItem foo("<foo/>"), pi("<?xml version='1.0'?>"), br("<br/>");
   EXPECT_TRUE(foo.IsUnknownTag());
   EXPECT_EQ(2, foo.GetTagIndex());
-  EXPECT_EQ((std::vector<Attr>{{"/", ""}}), Attributes(foo));
-  EXPECT_EQ(3, foo.GetXmlType());
-  EXPECT_TRUE(foo.IsXmlTag());
-
-  CHtmlTagItem pi("<?xml version='1.0'?>");
   EXPECT_TRUE(pi.IsUnknownTag());
   EXPECT_EQ(3, pi.GetTagIndex());
-  EXPECT_EQ(7, pi.GetXmlType());
-  EXPECT_STREQ("1.0", pi.GetAttributeValue("version"));
-
-  // A known empty element keeps its index.
-  CHtmlTagItem br("<br/>");
-  EXPECT_EQ((std::vector<Attr>{{"/", ""}}), Attributes(br));
-  EXPECT_EQ(3, br.GetXmlType());
   EXPECT_FALSE(br.IsUnknownTag());
   EXPECT_EQ(IndexOf("BR"), br.GetTagIndex());
-}
-
-TEST(TagAttributes, XmlTypes) {
-  CHtmlTagItem comment("<!-- c -->"), doctype("<!DOCTYPE html>"), decl("<!ELEMENT x>"), end("</p>"), p("<p>");
-  EXPECT_EQ(4, comment.GetXmlType());
-  EXPECT_EQ(6, doctype.GetXmlType());
-  EXPECT_EQ(5, decl.GetXmlType());
-  EXPECT_EQ(2, end.GetXmlType());
-  EXPECT_EQ(1, p.GetXmlType());
-  EXPECT_FALSE(p.IsXmlTag());
-  EXPECT_FALSE(comment.IsXmlTag());
-  EXPECT_TRUE(decl.IsXmlTag());
 }
 
 TEST(TagEditing, SetAttributeKeepsClosingSlashLast) {
@@ -315,7 +299,7 @@ TEST(TagEditing, AccessByNumber) {
   EXPECT_FALSE(tag.IsModifiedToken());
   EXPECT_EQ(1, tag.ReplaceAttributeByNum(0, "x", nullptr));
   EXPECT_EQ(1, tag.RemoveAttributeByNum(1));
-  EXPECT_EQ((std::vector<Attr>{{"x", ""}, {"c", "3"}}), Attributes(tag));
+  EXPECT_EQ("x=[] c=[3]", Attributes(tag));
   EXPECT_EQ(1, tag.ReplaceAttributeByNum(1, nullptr, "9"));
   // A record whose name was emptied is not printed.
   EXPECT_EQ("<td x>", Str(tag.GetPrintableText(CHtmlTokenItem::emTextTokenOnly)));
