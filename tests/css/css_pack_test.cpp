@@ -342,6 +342,11 @@ TEST(CssPackTest, UnreadableTextIsReadInLinearTime) {
   }
 }
 
+// IsLinking, IsEmbedded and IsInline, as three digits.
+std::string Kinds(const CCssPack& pack) {
+  return std::to_string(pack.IsLinking()) + std::to_string(pack.IsEmbedded()) + std::to_string(pack.IsInline());
+}
+
 TEST(CssPackTest, PackKindsFromThePath) {
   test::TempDir dir;
   const std::string css = dir / "Site.CSS";
@@ -349,9 +354,7 @@ TEST(CssPackTest, PackKindsFromThePath) {
 
   CByteString ignored = Bytes("ignored {a:b}");
   CCssPack linked(css.c_str(), &ignored);
-  EXPECT_EQ(linked.IsLinking(), 1);
-  EXPECT_EQ(linked.IsEmbedded(), 0);
-  EXPECT_EQ(linked.IsInline(), 1);
+  EXPECT_EQ(Kinds(linked), "101");
   ASSERT_EQ(linked.Parse(), 1);
   // A linking pack writes each declaration on a line of its own, under the first.
   EXPECT_EQ(SaveText(linked), "p { \r\n   color:red; \r\n   font-size:10pt;  }\r\nh1 { \r\n    x:y;  }\r\n");
@@ -359,16 +362,12 @@ TEST(CssPackTest, PackKindsFromThePath) {
   EXPECT_EQ(std::string(linked.GetFilePathName(nullptr)), css);
 
   CCssPack embedded((dir / "topic.htm").c_str(), &ignored);
-  EXPECT_EQ(embedded.IsLinking(), 0);
-  EXPECT_EQ(embedded.IsEmbedded(), 1);
-  EXPECT_EQ(embedded.IsInline(), 1);
+  EXPECT_EQ(Kinds(embedded), "011");
   ASSERT_EQ(embedded.Parse(), 1);
   EXPECT_EQ(SaveText(embedded), "ignored { a:b;  }\r\n");
 
   CCssPack inlined(&ignored);
-  EXPECT_EQ(inlined.IsLinking(), 1);
-  EXPECT_EQ(inlined.IsEmbedded(), 1);
-  EXPECT_EQ(inlined.IsInline(), 1);
+  EXPECT_EQ(Kinds(inlined), "111");
   EXPECT_EQ(std::string(inlined.GetFilePathName("a.gif")), "");
 
   CCssPack missing((dir / "none.css").c_str(), &ignored);
