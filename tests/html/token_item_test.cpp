@@ -82,7 +82,7 @@ TEST(TokenItem, CopyTakesTypeFlagsAndBytes) {
   EXPECT_EQ("x&y", Str(to.GetText()));
 }
 
-TEST(TextItem, DecodesAndTrimsLineBreaksOnly) {
+TEST(TextItem, DecodesAndTrimsLineBreaksOnlyUnlessRaw) {
   CHtmlTextItem text;
   text.SetOriginalData("\r\nA&amp;B\r\n");
   EXPECT_EQ(1, text.Analyse(2));
@@ -95,13 +95,11 @@ TEST(TextItem, DecodesAndTrimsLineBreaksOnly) {
   spaced.SetOriginalData(" \tx \n");
   spaced.Analyse(2);
   EXPECT_EQ(" \tx ", Str(spaced.GetText()));
-}
-
-TEST(TextItem, RawModeKeepsBytesAsTheyAre) {
-  CHtmlTextItem text;
-  text.SetOriginalData("\r\nA&amp;B\r\n");
-  EXPECT_EQ(1, text.Analyse(2 | 0x200));
-  EXPECT_EQ(u"\r\nA&amp;B\r\n", Units(text.GetWordText()));
+  // Raw mode keeps the bytes as they are.
+  CHtmlTextItem raw;
+  raw.SetOriginalData("\r\nA&amp;B\r\n");
+  EXPECT_EQ(1, raw.Analyse(2 | 0x200));
+  EXPECT_EQ(u"\r\nA&amp;B\r\n", Units(raw.GetWordText()));
 }
 
 TEST(TextItem, MarkedReferencesAndLevels) {
@@ -143,7 +141,7 @@ TEST(TextItem, ConstructorDecodesAndMarksInserted) {
   EXPECT_EQ("a&gt;b", Str(text.GetPrintableText(CHtmlTokenItem::emTextTokenOnly)));
 }
 
-TEST(TextItem, ChangedTextPrintsLowBytesWithoutEncoding) {
+TEST(TextItem, ChangedTextPrintsLowBytesWithoutEncodingUnchangedItsSource) {
   CHtmlTextItem text("old");
   text.SetOriginalIndentAfter("\r\n");
   EXPECT_EQ(1, text.SetText("a<b"));
@@ -158,14 +156,13 @@ TEST(TextItem, ChangedTextPrintsLowBytesWithoutEncoding) {
   text.SetWordText(&word);
   // 0x142 prints as its low byte 0x42.
   EXPECT_EQ("AB", Str(text.GetPrintableText(CHtmlTokenItem::emTextTokenOnly)));
-}
 
-TEST(TextItem, UnchangedTextPrintsItsSource) {
-  CHtmlTextItem text("x &amp; y");
-  text.SetOriginalIndentAfter("\t");
-  EXPECT_EQ("x &amp; y\t", Str(text.GetPrintableText(CHtmlTokenItem::emTextWithIndentAfter)));
-  EXPECT_EQ("x &amp; y", Str(text.GetPrintableText(CHtmlTokenItem::emTextTokenOnly)));
-  EXPECT_EQ("", Str(text.GetPrintableText(static_cast<CHtmlTokenItem::EmTextFlag>(0))));
+  // Unchanged text prints its source.
+  CHtmlTextItem source("x &amp; y");
+  source.SetOriginalIndentAfter("\t");
+  EXPECT_EQ("x &amp; y\t", Str(source.GetPrintableText(CHtmlTokenItem::emTextWithIndentAfter)));
+  EXPECT_EQ("x &amp; y", Str(source.GetPrintableText(CHtmlTokenItem::emTextTokenOnly)));
+  EXPECT_EQ("", Str(source.GetPrintableText(static_cast<CHtmlTokenItem::EmTextFlag>(0))));
 }
 
 TEST(TextItem, IsSpaceOnly) {
