@@ -121,20 +121,22 @@ TEST(CSysPageTest, FillingARecordAddsInchesOnlyWithoutAUnit) {
   page.SetAsPageSetupDlg(&metric);
   ASSERT_EQ(page.GetPageWidth(), 12239);
 
-  PAGESETUPDLGA none = MakeRecord(PSD_MARGINS, 0, 0);
-  ASSERT_EQ(page.FillPageSetupDlgSizeAndMargin(none), 1);
-  EXPECT_EQ(none.Flags, PSD_MARGINS | PSD_INTHOUSANDTHSOFINCHES);
-  EXPECT_EQ(none.ptPaperSize.x, 8499);
-
-  PAGESETUPDLGA mm = MakeRecord(PSD_INHUNDREDTHSOFMILLIMETERS, 0, 0);
-  page.FillPageSetupDlgSizeAndMargin(mm);
-  EXPECT_EQ(mm.Flags, PSD_INHUNDREDTHSOFMILLIMETERS);
-  EXPECT_EQ(mm.ptPaperSize.x, 21588);
-
-  PAGESETUPDLGA both = MakeRecord(PSD_INHUNDREDTHSOFMILLIMETERS | PSD_INTHOUSANDTHSOFINCHES, 0, 0);
-  page.FillPageSetupDlgSizeAndMargin(both);
-  EXPECT_EQ(both.Flags, PSD_INHUNDREDTHSOFMILLIMETERS | PSD_INTHOUSANDTHSOFINCHES);
-  EXPECT_EQ(both.ptPaperSize.x, 8499);
+  const struct {
+    DWORD flags, expectedFlags;
+    LONG width;
+  } cases[] = {
+      {PSD_MARGINS, PSD_MARGINS | PSD_INTHOUSANDTHSOFINCHES, 8499},
+      {PSD_INHUNDREDTHSOFMILLIMETERS, PSD_INHUNDREDTHSOFMILLIMETERS, 21588},
+      // Both unit flags: thousandths of an inch win, and nothing is added.
+      {PSD_INHUNDREDTHSOFMILLIMETERS | PSD_INTHOUSANDTHSOFINCHES,
+       PSD_INHUNDREDTHSOFMILLIMETERS | PSD_INTHOUSANDTHSOFINCHES, 8499},
+  };
+  for (const auto& c : cases) {
+    PAGESETUPDLGA record = MakeRecord(c.flags, 0, 0);
+    ASSERT_EQ(page.FillPageSetupDlgSizeAndMargin(record), 1) << c.flags;
+    EXPECT_EQ(record.Flags, c.expectedFlags);
+    EXPECT_EQ(record.ptPaperSize.x, c.width) << c.flags;
+  }
 
   CSysPage letter;
   letter.SetAsDefaultLetter();
