@@ -110,14 +110,14 @@ struct SyntaxTableInit {
   SyntaxTableInit() { CHtmlTagItem::InitializeSyntaxTable(); }
 } g_syntaxTableInit;
 
-char* HeapText(const char* p, int n) {
-  char* block = static_cast<char*>(std::malloc(static_cast<std::size_t>(n) + 1));
-  if (!block)
-    throw std::bad_alloc();
-  if (n > 0)
-    std::memcpy(block, p, static_cast<std::size_t>(n));
-  block[n] = 0;
-  return block;
+// name, a zero, value, a zero, into block (nameLen + valueLen + 2 bytes).
+void FillRecordText(char* block, const void* name, int nameLen, const void* value, int valueLen) {
+  if (nameLen > 0)
+    std::memcpy(block, name, static_cast<std::size_t>(nameLen));
+  block[nameLen] = 0;
+  if (valueLen > 0)
+    std::memcpy(block + nameLen + 1, value, static_cast<std::size_t>(valueLen));
+  block[nameLen + 1 + valueLen] = 0;
 }
 
 // An attribute value at p: quoted up to the same quote, or a bare word up to
@@ -311,7 +311,7 @@ int CHtmlTagItem::IsCommentMark(CHtmlTagItem* pItem) {
   if (pItem->m_nAttributeCount < 1)
     return 0;
   const TagAttribute& rec = pItem->m_pAttributes[0];
-  return rec.m_nValueLength >= 9 && std::memcmp(rec.m_pszValue + 1, "QZTXMARK", 8) == 0;
+  return rec.m_nValueLength >= 9 && std::memcmp(rec.GetValue() + 1, "QZTXMARK", 8) == 0;
 }
 
 int CHtmlTagItem::GetCommentMark(CHtmlTagItem* pItem, CString& mark, CString& data) {
@@ -320,7 +320,7 @@ int CHtmlTagItem::GetCommentMark(CHtmlTagItem* pItem, CString& mark, CString& da
   if (!IsCommentMark(pItem))
     return 0;
   const TagAttribute& rec = pItem->m_pAttributes[0];
-  const unsigned char* v = reinterpret_cast<const unsigned char*>(rec.m_pszValue);
+  const unsigned char* v = reinterpret_cast<const unsigned char*>(rec.GetValue());
   const unsigned char* end = v + rec.m_nValueLength;
   const unsigned char* p = v + 1;
   const unsigned char* q = p;
@@ -356,10 +356,8 @@ CHtmlTagItem::~CHtmlTagItem() { FreeAttributes(); }
 
 void CHtmlTagItem::FreeAttributes() {
   if (m_bOwnAttributes) {
-    for (int i = 0; i < m_nAttributeCount; ++i) {
+    for (int i = 0; i < m_nAttributeCount; ++i)
       std::free(const_cast<char*>(m_pAttributes[i].m_pszName));
-      std::free(const_cast<char*>(m_pAttributes[i].m_pszValue));
-    }
     std::free(m_pAttributes);
   }
   m_pAttributes = nullptr;
@@ -377,10 +375,7 @@ void CHtmlTagItem::MakeAttributesOwned() {
     throw std::bad_alloc();
   for (int i = 0; i < count; ++i) {
     const TagAttribute& from = m_pAttributes[i];
-    owned[i].m_pszName = HeapText(from.m_pszName, from.m_nNameLength);
-    owned[i].m_nNameLength = from.m_nNameLength;
-    owned[i].m_pszValue = HeapText(from.m_pszValue, from.m_nValueLength);
-    owned[i].m_nValueLength = from.m_nValueLength;
+    owned[i] = HeapRecord(from.m_pszName, from.m_nNameLength, from.GetValue(), from.m_nValueLength);
   }
   m_pAttributes = owned;
   m_nAttributeCount = count;
@@ -551,20 +546,19 @@ int CHtmlTagItem::ParseAttributes(CHtmlTokenArena* pArena, const TagNameInfo* pI
 
   if (count) {
     if (pArena) {
-      TagAttribute* attrs =
-          static_cast<TagAttribute*>(pArena->Allocate(sizeof(TagAttribute) * static_cast<std::size_t>(count)));
+      // The records, then every record's texts packed behind them in the
+      // same allocation: one arena step, and no padding between texts.
+      std::size_t texts = 0;
+      for (int i = 0; i < count; ++i)
+        texts += static_cast<std::size_t>(recs[i].nameLen) + static_cast<std::size_t>(recs[i].valueLen) + 2;
+      const std::size_t head = sizeof(TagAttribute) * static_cast<std::size_t>(count);
+      TagAttribute* attrs = static_cast<TagAttribute*>(pArena->Allocate(head + texts));
+      char* block = reinterpret_cast<char*>(attrs) + head;
       for (int i = 0; i < count; ++i) {
         const RawRecord& r = recs[i];
-        // Name and value side by side, each terminated.
-        char* block = static_cast<char*>(pArena->Allocate(static_cast<std::size_t>(r.nameLen + r.valueLen + 2)));
-        if (r.nameLen)
-          std::memcpy(block, r.name, static_cast<std::size_t>(r.nameLen));
-        block[r.nameLen] = 0;
-        char* value = block + r.nameLen + 1;
-        if (r.valueLen)
-          std::memcpy(value, r.value, static_cast<std::size_t>(r.valueLen));
-        value[r.valueLen] = 0;
-        attrs[i] = TagAttribute{block, value, r.nameLen, r.valueLen};
+        FillRecordText(block, r.name, r.nameLen, r.value, r.valueLen);
+        attrs[i] = TagAttribute{block, r.nameLen, r.valueLen};
+        block += r.nameLen + r.valueLen + 2;
       }
       m_pAttributes = attrs;
       m_nAttributeCount = count;
@@ -575,8 +569,8 @@ int CHtmlTagItem::ParseAttributes(CHtmlTokenArena* pArena, const TagNameInfo* pI
         throw std::bad_alloc();
       for (int i = 0; i < count; ++i) {
         const RawRecord& r = recs[i];
-        attrs[i] = TagAttribute{HeapText(reinterpret_cast<const char*>(r.name), r.nameLen),
-                                HeapText(reinterpret_cast<const char*>(r.value), r.valueLen), r.nameLen, r.valueLen};
+        attrs[i] = HeapRecord(reinterpret_cast<const char*>(r.name), r.nameLen, reinterpret_cast<const char*>(r.value),
+                              r.valueLen);
       }
       m_pAttributes = attrs;
       m_nAttributeCount = count;
@@ -688,7 +682,7 @@ int CHtmlTagItem::FindAttribute(const char* name) const {
 const char* CHtmlTagItem::GetAttributeValue(const char* name) {
   EnsureAnalysed();
   int i = FindAttribute(name);
-  return i < 0 ? nullptr : m_pAttributes[i].m_pszValue;
+  return i < 0 ? nullptr : m_pAttributes[i].GetValue();
 }
 
 int CHtmlTagItem::HasAttribute(const char* name) {
@@ -696,25 +690,33 @@ int CHtmlTagItem::HasAttribute(const char* name) {
   return FindAttribute(name) >= 0;
 }
 
-void CHtmlTagItem::SetRecord(TagAttribute& rec, const char* name, int nNameLen, const char* value, int nValueLen) {
-  rec.m_pszName = HeapText(name ? name : "", name ? nNameLen : 0);
-  rec.m_nNameLength = name ? nNameLen : 0;
-  rec.m_pszValue = HeapText(value ? value : "", value ? nValueLen : 0);
-  rec.m_nValueLength = value ? nValueLen : 0;
+TagAttribute CHtmlTagItem::HeapRecord(const char* name, int nNameLen, const char* value, int nValueLen) {
+  if (!name)
+    nNameLen = 0;
+  if (!value)
+    nValueLen = 0;
+  char* block = static_cast<char*>(std::malloc(static_cast<std::size_t>(nNameLen) + static_cast<std::size_t>(nValueLen) + 2));
+  if (!block)
+    throw std::bad_alloc();
+  FillRecordText(block, name, nNameLen, value, nValueLen);
+  return TagAttribute{block, nNameLen, nValueLen};
 }
 
 int CHtmlTagItem::InsertRecord(int nAt, const char* name, const char* value) {
   MakeAttributesOwned();
   // Edits are rare: the owned array grows by exactly one record.
+  TagAttribute fresh = HeapRecord(name, name ? static_cast<int>(std::strlen(name)) : 0, value,
+                                  value ? static_cast<int>(std::strlen(value)) : 0);
   TagAttribute* bigger = static_cast<TagAttribute*>(
       std::realloc(m_pAttributes, sizeof(TagAttribute) * static_cast<std::size_t>(m_nAttributeCount + 1)));
-  if (!bigger)
+  if (!bigger) {
+    std::free(const_cast<char*>(fresh.m_pszName));
     throw std::bad_alloc();
+  }
   m_pAttributes = bigger;
   std::memmove(m_pAttributes + nAt + 1, m_pAttributes + nAt,
                sizeof(TagAttribute) * static_cast<std::size_t>(m_nAttributeCount - nAt));
-  SetRecord(m_pAttributes[nAt], name, name ? static_cast<int>(std::strlen(name)) : 0, value,
-            value ? static_cast<int>(std::strlen(value)) : 0);
+  m_pAttributes[nAt] = fresh;
   ++m_nAttributeCount;
   return 1;
 }
@@ -727,11 +729,12 @@ int CHtmlTagItem::SetAttribute(const char* name, const char* value) {
   MakeAttributesOwned();
   int i = FindAttribute(name);
   if (i >= 0) {
+    // The name stays as written; the record gets a new block for both.
     TagAttribute& rec = m_pAttributes[i];
-    char* fresh = HeapText(value ? value : "", value ? static_cast<int>(std::strlen(value)) : 0);
-    std::free(const_cast<char*>(rec.m_pszValue));
-    rec.m_pszValue = fresh;
-    rec.m_nValueLength = static_cast<int>(std::strlen(fresh));
+    TagAttribute fresh =
+        HeapRecord(rec.m_pszName, rec.m_nNameLength, value, value ? static_cast<int>(std::strlen(value)) : 0);
+    std::free(const_cast<char*>(rec.m_pszName));
+    rec = fresh;
     return 1;
   }
   int at = m_nAttributeCount;
@@ -764,7 +767,7 @@ const char* CHtmlTagItem::GetNextAttribute(unsigned int& pos, const char*& value
     value = nullptr;
     return nullptr;
   }
-  value = m_pAttributes[pos].m_pszValue;
+  value = m_pAttributes[pos].GetValue();
   return m_pAttributes[pos].m_pszName;
 }
 
@@ -778,7 +781,7 @@ int CHtmlTagItem::GetAttributeByNum(int n, const char*& name, const char*& value
   if (n < 0 || n >= m_nAttributeCount)
     return 0;
   name = m_pAttributes[n].m_pszName;
-  value = m_pAttributes[n].m_pszValue;
+  value = m_pAttributes[n].GetValue();
   return 1;
 }
 
@@ -788,7 +791,6 @@ int CHtmlTagItem::RemoveAttributeByNum(int n) {
     return 0;
   MakeAttributesOwned();
   std::free(const_cast<char*>(m_pAttributes[n].m_pszName));
-  std::free(const_cast<char*>(m_pAttributes[n].m_pszValue));
   std::memmove(m_pAttributes + n, m_pAttributes + n + 1,
                sizeof(TagAttribute) * static_cast<std::size_t>(m_nAttributeCount - n - 1));
   --m_nAttributeCount;
@@ -802,11 +804,9 @@ int CHtmlTagItem::ReplaceAttributeByNum(int n, const char* name, const char* val
     return 0;
   MakeAttributesOwned();
   TagAttribute& rec = m_pAttributes[n];
-  TagAttribute fresh;
-  SetRecord(fresh, name, name ? static_cast<int>(std::strlen(name)) : 0, value,
-            value ? static_cast<int>(std::strlen(value)) : 0);
+  TagAttribute fresh = HeapRecord(name, name ? static_cast<int>(std::strlen(name)) : 0, value,
+                                  value ? static_cast<int>(std::strlen(value)) : 0);
   std::free(const_cast<char*>(rec.m_pszName));
-  std::free(const_cast<char*>(rec.m_pszValue));
   rec = fresh;
   m_nTokenFlags |= emTokenModified;
   return 1;
@@ -843,7 +843,7 @@ void CHtmlTagItem::AppendPrintableText(CByteString& out, EmTextFlag nFlag) {
     out.Append(reinterpret_cast<const unsigned char*>(rec.m_pszName), rec.m_nNameLength);
     if (rec.m_nValueLength) {
       out += "=\"";
-      out.Append(reinterpret_cast<const unsigned char*>(rec.m_pszValue), rec.m_nValueLength);
+      out.Append(reinterpret_cast<const unsigned char*>(rec.GetValue()), rec.m_nValueLength);
       out += "\"";
     }
   }

@@ -28,13 +28,15 @@ struct TagSyntaxItem {
 };
 
 // One attribute of a tag: the name as written, the value without its
-// enclosing quotes and without entity decoding. Both are terminated. A record
-// with an empty name holds the body of a comment or CDATA section.
+// enclosing quotes and without entity decoding. Both are terminated and kept
+// in one block, the value right after the name's zero, so that a record is
+// two lengths and one pointer. A record with an empty name holds the body of
+// a comment or CDATA section.
 struct TagAttribute {
   const char* m_pszName;
-  const char* m_pszValue;
   int m_nNameLength;
   int m_nValueLength;
+  const char* GetValue() const { return m_pszName + m_nNameLength + 1; }
 };
 
 class TELVANIX_API CHtmlTagItem : public CHtmlTokenItem {
@@ -162,7 +164,8 @@ class TELVANIX_API CHtmlTagItem : public CHtmlTokenItem {
   void MakeAttributesOwned();
   void FreeAttributes();
   int FindAttribute(const char* name) const;
-  void SetRecord(TagAttribute& rec, const char* name, int nNameLen, const char* value, int nValueLen);
+  // A record over a fresh heap block of both texts (null texts are empty).
+  static TagAttribute HeapRecord(const char* name, int nNameLen, const char* value, int nValueLen);
   int InsertRecord(int nAt, const char* name, const char* value);
 
   TagAttribute* m_pAttributes;  // heap blocks when m_bOwnAttributes

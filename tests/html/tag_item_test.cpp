@@ -262,12 +262,14 @@ TEST(TagEditing, SetAttributeKeepsClosingSlashLast) {
   EXPECT_EQ("<img src=\"a.gif\" alt=\"b\" />", Str(img.GetPrintableText(CHtmlTokenItem::emTextTokenOnly)));
   EXPECT_EQ(0, img.SetAttribute("", "x"));
   EXPECT_EQ(0, img.SetAttribute(nullptr, "x"));
-  // An existing name (any case) is replaced in place.
-  EXPECT_EQ(1, img.SetAttribute("SRC", "c.gif"));
-  EXPECT_EQ("<img src=\"c.gif\" alt=\"b\" />", Str(img.GetPrintableText(CHtmlTokenItem::emTextTokenOnly)));
+  // An existing name (any case) is replaced in place; the name stays as written.
+  EXPECT_EQ(1, img.SetAttribute("SRC", "images/larger/c.gif"));
+  EXPECT_STREQ("images/larger/c.gif", img.GetAttributeValue("src"));
+  EXPECT_EQ("<img src=\"images/larger/c.gif\" alt=\"b\" />", Str(img.GetPrintableText(CHtmlTokenItem::emTextTokenOnly)));
   // A null value adds the name alone.
   img.SetAttribute("ismap", nullptr);
-  EXPECT_EQ("<img src=\"c.gif\" alt=\"b\" ismap />", Str(img.GetPrintableText(CHtmlTokenItem::emTextTokenOnly)));
+  EXPECT_EQ("<img src=\"images/larger/c.gif\" alt=\"b\" ismap />",
+            Str(img.GetPrintableText(CHtmlTokenItem::emTextTokenOnly)));
 }
 
 TEST(TagEditing, ModifiedTagsAreRequoted) {
