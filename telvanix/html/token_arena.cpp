@@ -106,10 +106,10 @@ std::size_t CHtmlTokenArena::GetUsedBytes() const {
 }
 
 void CHtmlTokenArena::NewBlock(std::size_t minSize) {
-  // Grow by a sixteenth of what is already held: a large page still needs
+  // Grow by a thirty-second of what is already held: a large page still needs
   // few blocks (each is one allocation), and the unused end of the last one
   // stays small beside what is in use.
-  std::size_t size = m_nReserved / 16;
+  std::size_t size = m_nReserved / 32;
   if (size < kMinBlock)
     size = kMinBlock;
   if (size < minSize)
