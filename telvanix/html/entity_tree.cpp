@@ -112,8 +112,10 @@ POSITION PastRawContent(CHtmlTokenList& list, POSITION pos) {
 // it in the saved page. A tag start left open at the very end ("<script w"
 // with no ">" after it) would be completed by them: as with any unfinished
 // tag at the end of a page, it is dropped. A script or style element left
-// open would take them in as its content: it gets its end tag.
-void SettlePageEnd(CHtmlTokenList& list) {
+// open would take them in as its content: it gets its end tag, whose
+// position is returned (null when none was added).
+POSITION SettlePageEnd(CHtmlTokenList& list) {
+  POSITION posAdded = nullptr;
   bool insertedAfter = false;
   POSITION posRejected = nullptr;  // earliest rejected start in the final text run
   for (POSITION pos = list.GetTailPosition(); pos != nullptr;) {
@@ -124,7 +126,7 @@ void SettlePageEnd(CHtmlTokenList& list) {
       insertedAfter = insertedAfter || pToken->IsTagToken();
       continue;
     }
-    if (!insertedAfter) return;
+    if (!insertedAfter) return nullptr;
     if (pToken->IsTextToken()) {
       // No ">" follows a rejected start, so the page ends in text from there.
       if (pToken->GetTokenFlag() & CHtmlTokenItem::emTokenRejectedTagText) posRejected = posToken;
@@ -135,7 +137,7 @@ void SettlePageEnd(CHtmlTokenList& list) {
       CString end("</");
       end += CHtmlTagItem::GetTagSyntaxItem(pTag->GetTagIndex())->m_pszTagName;
       end += ">";
-      list.InsertAfter(posToken, NewOutlineTag(end));
+      posAdded = list.InsertAfter(posToken, NewOutlineTag(end));
     }
     break;
   }
@@ -144,6 +146,7 @@ void SettlePageEnd(CHtmlTokenList& list) {
     if (pToken != nullptr && pToken->IsTextToken() && !(pToken->GetTokenFlag() & kRecovered))
       pToken->SetTokenFlag(kDiscarded);
   }
+  return posAdded;
 }
 
 }  // namespace
@@ -506,7 +509,24 @@ int CHtmlEntityTree::RecoverHtmlOutline() {
     }
   }
 
-  SettlePageEnd(list);
+  // A STYLE end added at the page end is one more head tag when the saved
+  // page is read again; the head is settled now as that reading would.
+  const POSITION posRawEnd = SettlePageEnd(list);
+  if (posRawEnd != nullptr) {
+    CHtmlTagItem* pEnd = list.GetTagItem(posRawEnd);
+    OutlineRecord& headTags = m_OutlineRecords[emOutlineHeadContent];
+    if (pEnd != nullptr && (static_cast<DWORD>(pEnd->GetTagId()) & 0xF0000) == 0x10000 &&
+        bodyContent.m_posFirst == nullptr && m_OutlineRecords[emOutlineFrameContent].m_posFirst == nullptr) {
+      if (headTags.m_posFirst == nullptr)
+        headTags.m_posFirst = posRawEnd;
+      else
+        headTags.m_posLast = posRawEnd;
+      if (headTags.m_posLast != nullptr && head.m_posLast == nullptr) {
+        head.m_posLast = list.InsertAfter(posRawEnd, NewOutlineTag("</HEAD>"));
+        ++head.m_nEndCount;
+      }
+    }
+  }
 
   // Whatever lies outside HTML is dropped, except a leading declaration.
   for (POSITION pos = list.GetHeadPosition(); pos != nullptr && pos != html.m_posFirst;) {
