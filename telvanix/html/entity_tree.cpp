@@ -108,6 +108,21 @@ POSITION PastRawContent(CHtmlTokenList& list, POSITION pos) {
   return pos;
 }
 
+// From pos over the text tokens right after it (forward) or right before it,
+// to the last of them; pos when there are none.
+POSITION OverAdjacentText(CHtmlTokenList& list, POSITION pos, bool forward) {
+  for (;;) {
+    POSITION step = pos;
+    if (forward)
+      list.GetNext(step);
+    else
+      list.GetPrev(step);
+    CHtmlTokenItem* pToken = step != nullptr ? list.GetTokenItem(step) : nullptr;
+    if (pToken == nullptr || !pToken->IsTextToken()) return pos;
+    pos = step;
+  }
+}
+
 // What the page ends with must still read the same once closing tags follow
 // it in the saved page. A tag start left open at the very end ("<script w"
 // with no ">" after it) would be completed by them: as with any unfinished
@@ -452,26 +467,21 @@ int CHtmlEntityTree::RecoverHtmlOutline() {
     head.m_posFirst = list.InsertBefore(headContent.m_posFirst, NewOutlineTag("<HEAD>"));
     ++head.m_nStartCount;
   }
-  if (headContent.m_posLast != nullptr && head.m_posLast == nullptr) {
-    head.m_posLast = list.InsertAfter(PastRawContent(list, headContent.m_posLast), NewOutlineTag("</HEAD>"));
-    ++head.m_nEndCount;
-  }
+  // Step 4; again below when the page end adds a head tag.
+  auto closeHead = [&] {
+    if (headContent.m_posLast != nullptr && head.m_posLast == nullptr) {
+      head.m_posLast = list.InsertAfter(PastRawContent(list, headContent.m_posLast), NewOutlineTag("</HEAD>"));
+      ++head.m_nEndCount;
+    }
+  };
+  closeHead();
 
   if (body.m_posFirst == nullptr) {
     CHtmlTagItem* pTag = NewOutlineTag("<BODY>");
     POSITION posNew = nullptr;
     if (bodyContent.m_posFirst != nullptr) {
       // Text right before the first body tag joins the body.
-      POSITION posAt = bodyContent.m_posFirst;
-      for (;;) {
-        POSITION posPrev = posAt;
-        list.GetPrev(posPrev);
-        if (posPrev == nullptr) break;
-        CHtmlTokenItem* pPrev = list.GetTokenItem(posPrev);
-        if (pPrev == nullptr || !pPrev->IsTextToken()) break;
-        posAt = posPrev;
-      }
-      posNew = list.InsertBefore(posAt, pTag);
+      posNew = list.InsertBefore(OverAdjacentText(list, bodyContent.m_posFirst, false), pTag);
     } else if (head.m_posLast != nullptr) {
       posNew = list.InsertAfter(head.m_posLast, pTag);
     } else if (html.m_posFirst != nullptr) {
@@ -488,16 +498,7 @@ int CHtmlEntityTree::RecoverHtmlOutline() {
     CHtmlTagItem* pTag = NewOutlineTag("</BODY>");
     POSITION posNew = nullptr;
     if (bodyContent.m_posLast != nullptr) {
-      POSITION posAt = bodyContent.m_posLast;
-      for (;;) {
-        POSITION posNext = posAt;
-        list.GetNext(posNext);
-        if (posNext == nullptr) break;
-        CHtmlTokenItem* pNext = list.GetTokenItem(posNext);
-        if (pNext == nullptr || !pNext->IsTextToken()) break;
-        posAt = posNext;
-      }
-      posNew = list.InsertAfter(PastRawContent(list, posAt), pTag);
+      posNew = list.InsertAfter(PastRawContent(list, OverAdjacentText(list, bodyContent.m_posLast, true)), pTag);
     } else if (html.m_posLast != nullptr) {
       posNew = list.InsertBefore(html.m_posLast, pTag);
     } else {
@@ -509,23 +510,13 @@ int CHtmlEntityTree::RecoverHtmlOutline() {
     }
   }
 
-  // A STYLE end added at the page end is one more head tag when the saved
-  // page is read again; the head is settled now as that reading would.
+  // An end tag added at the page end is read as one more tag of the outline
+  // when the saved page is read again (a STYLE end is a head tag); it is
+  // recorded now, so the head is settled as that reading would settle it.
   const POSITION posRawEnd = SettlePageEnd(list);
   if (posRawEnd != nullptr) {
-    CHtmlTagItem* pEnd = list.GetTagItem(posRawEnd);
-    OutlineRecord& headTags = m_OutlineRecords[emOutlineHeadContent];
-    if (pEnd != nullptr && (static_cast<DWORD>(pEnd->GetTagId()) & 0xF0000) == 0x10000 &&
-        bodyContent.m_posFirst == nullptr && m_OutlineRecords[emOutlineFrameContent].m_posFirst == nullptr) {
-      if (headTags.m_posFirst == nullptr)
-        headTags.m_posFirst = posRawEnd;
-      else
-        headTags.m_posLast = posRawEnd;
-      if (headTags.m_posLast != nullptr && head.m_posLast == nullptr) {
-        head.m_posLast = list.InsertAfter(posRawEnd, NewOutlineTag("</HEAD>"));
-        ++head.m_nEndCount;
-      }
-    }
+    CollectHtmlMatchInfo(list.GetTagItem(posRawEnd), posRawEnd);
+    closeHead();
   }
 
   // Whatever lies outside HTML is dropped, except a leading declaration.
