@@ -9,16 +9,7 @@
 set -euo pipefail
 
 repo="$(cd "$(dirname "$0")/.." && pwd)"
-build="${1:-$repo/../build-css-corpus}"
-mkdir -p "$build"
-# Both packages, as every corpus check gets them.
 work="$("$repo/scripts/fetch-corpus.sh")"
-
-cmake -S "$repo" -B "$build" -DCMAKE_BUILD_TYPE=Release -DTELVANIX_BUILD_TESTS=OFF \
-  -DTELVANIX_BUILD_TOOLS=OFF >/dev/null
-cmake --build "$build" --target telvanix -j2 >/dev/null
-c++ -std=c++20 -O2 -I"$repo" "$repo/bench/css_corpus_check.cpp" -L"$build" -ltelvanix \
-  -Wl,-rpath,"$build" -o "$build/css_corpus_check"
-
+checker="$("$repo/scripts/build-corpus-checker.sh" css_corpus_check "${1:-$repo/../build-css-corpus}")"
 echo "stylesheets: $(find "$work" -name '*.css' | wc -l) files under $work"
-"$build/css_corpus_check" "$work"
+"$checker" "$work"

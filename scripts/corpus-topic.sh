@@ -9,13 +9,6 @@
 set -euo pipefail
 
 repo="$(cd "$(dirname "$0")/.." && pwd)"
-build="${1:-$repo/../build-topic-corpus}"
 corpus="$("$repo/scripts/fetch-corpus.sh" | tail -n 1)"
-
-cmake -S "$repo" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTELVANIX_SANITIZE=ON \
-  -DTELVANIX_BUILD_TESTS=OFF -DTELVANIX_BUILD_TOOLS=OFF >/dev/null
-cmake --build "$build" --target telvanix -j2 >/dev/null
-c++ -std=c++20 -O1 -g -fsanitize=address,undefined -fno-sanitize-recover=undefined -I"$repo" \
-  "$repo/bench/topic_corpus_check.cpp" -L"$build" -ltelvanix -Wl,-rpath,"$build" -o "$build/topic_corpus_check"
-
-"$build/topic_corpus_check" "$corpus/fp-docs"
+checker="$("$repo/scripts/build-corpus-checker.sh" topic_corpus_check "${1:-$repo/../build-topic-corpus}" ON)"
+"$checker" "$corpus/fp-docs"

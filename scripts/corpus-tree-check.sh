@@ -11,20 +11,7 @@
 set -euo pipefail
 
 repo="$(cd "$(dirname "$0")/.." && pwd)"
-build="${1:-$repo/../build-tree-corpus}"
 corpus="$("$repo/scripts/fetch-corpus.sh" | tail -n 1)"
-sanitize="${TELVANIX_SANITIZE:-OFF}"
-
-flags=(-O2)
-type=Release
-if [ "$sanitize" = ON ]; then
-  flags=(-O1 -g -fsanitize=address,undefined -fno-sanitize-recover=undefined)
-  type=RelWithDebInfo
-fi
-cmake -S "$repo" -B "$build" -DCMAKE_BUILD_TYPE=$type -DTELVANIX_SANITIZE="$sanitize" \
-  -DTELVANIX_BUILD_TESTS=OFF -DTELVANIX_BUILD_TOOLS=OFF >/dev/null
-cmake --build "$build" --target telvanix -j2 >/dev/null
-c++ -std=c++20 "${flags[@]}" -Wall -Wextra -I"$repo" "$repo/bench/tree_corpus_check.cpp" \
-  -L"$build" -ltelvanix -Wl,-rpath,"$build" -o "$build/tree_corpus_check"
-
-"$build/tree_corpus_check" "$corpus/fp-docs"
+checker="$("$repo/scripts/build-corpus-checker.sh" tree_corpus_check "${1:-$repo/../build-tree-corpus}" \
+  "${TELVANIX_SANITIZE:-OFF}")"
+"$checker" "$corpus/fp-docs"
