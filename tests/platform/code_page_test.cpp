@@ -113,3 +113,36 @@ TEST(CodePage, EnvironmentChoosesTheCodePage) {
     EXPECT_EQ(RunChild("CodePageChild.*", c.value), 0) << c.value;
   }
 }
+
+TEST(CodePage, NamesAndConversionToAndFromUtf8) {
+  for (auto [name, codePage] : {std::pair{"utf-8", 65001u}, {"UTF8", 65001u}, {"65001", 65001u},
+                                {"iso-8859-1", 1252u}, {"windows-1251", 1251u}, {"Shift_JIS", 932u},
+                                {"gb2312", 936u}, {"cp950", 950u}, {"bogus", 0u}, {"", 0u}, {"99999", 0u}})
+    EXPECT_EQ(CodePageFromName(name), codePage) << name;
+  struct Case {
+    UINT codePage;
+    std::string bytes, utf8;
+  };
+  const Case cases[] = {
+      {1252, "Caf\xE9 \x93x\x94 \x80", "Caf\xC3\xA9 \xE2\x80\x9Cx\xE2\x80\x9D \xE2\x82\xAC"},
+      {65001, "a \xC3\x97 b", "a \xC3\x97 b"},
+      {932, "\x93\xFA\x96\x7B", "\xE6\x97\xA5\xE6\x9C\xAC"},  // 日本
+      {1251, "\xCC\xE8\xF0", "\xD0\x9C\xD0\xB8\xD1\x80"},
+  };
+  for (const Case& c : cases) {
+    std::string utf8, back;
+    EXPECT_TRUE(CodePageToUtf8(c.codePage, c.bytes.data(), c.bytes.size(), utf8));
+    EXPECT_EQ(utf8, c.utf8) << c.codePage;
+    EXPECT_TRUE(Utf8ToCodePage(c.codePage, utf8.data(), utf8.size(), back));
+    EXPECT_EQ(back, c.bytes) << c.codePage;
+  }
+  // Broken input never stops a conversion; what a code page lacks goes to the handler.
+  std::string utf8, bytes;
+  EXPECT_TRUE(CodePageToUtf8(65001, "a\xC3", 2, utf8));
+  EXPECT_EQ(utf8, "a\xEF\xBF\xBD");
+  EXPECT_TRUE(Utf8ToCodePage(1252, "\xE6\x97\xA5!", 4, bytes, [](char32_t ch, std::string& out) {
+    out += "&#" + std::to_string(static_cast<unsigned>(ch)) + ";";
+  }));
+  EXPECT_EQ(bytes, "&#26085;!");
+  EXPECT_FALSE(CodePageToUtf8(4242, "x", 1, utf8));
+}

@@ -4,6 +4,7 @@
 // files, exit 2 for I/O errors and 1 for problems, and never hang.
 #include <nlohmann/json.hpp>
 
+#include <cstdlib>
 #include <functional>
 
 #include "tool/tool_runner.h"
@@ -241,3 +242,11 @@ TEST_F(PageCommandsBadInput, NamedOperandsThatAreNoPages) {
 
 }  // namespace
 }  // namespace telvanix::tool_test
+
+TEST(ToolBadInput, UnknownCodePageIsRefused) {
+  ::setenv("TELVANIX_CODEPAGE", "bogus", 1);
+  ToolRun r = RunTool({"text", "--help"});
+  ::unsetenv("TELVANIX_CODEPAGE");
+  EXPECT_EQ(r.status, 2) << r;
+  EXPECT_EQ(r.err, "telvanix: unknown code page 'bogus' in TELVANIX_CODEPAGE\n");
+}

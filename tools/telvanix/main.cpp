@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "telvanix/commands.h"
+#include "telvanix/platform/code_page.h"
 
 namespace {
 
@@ -31,6 +32,11 @@ int main(int argc, char** argv) {
   if (name == "--help" || name == "-h" || name == "help") {
     PrintUsage(stdout);
     return telvanix::tool::kExitClean;
+  }
+  // A code page that cannot be read would quietly garble every page.
+  if (const char* error = telvanix::GetCodePageEnvironmentError()) {
+    std::fprintf(stderr, "telvanix: %s\n", error);
+    return telvanix::tool::kExitError;
   }
   std::vector<std::string> args(argv + 2, argv + argc);
   for (const auto& c : telvanix::tool::AllCommands())
