@@ -3,11 +3,11 @@
 // sheet back gives the same lines, each at-rule only gaining the line break
 // the previous save wrote after it (an at-rule keeps the blanks that follow
 // it as part of its text).
-#include <dirent.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -42,15 +42,9 @@ std::vector<Line> Read(const std::string& text, std::string* saved) {
 
 std::vector<std::string> Samples() {
   std::vector<std::string> names;
-  const std::string dir = std::string(TELVANIX_TEST_DATA_DIR) + "/css";
-  if (DIR* d = opendir(dir.c_str())) {
-    while (dirent* e = readdir(d)) {
-      const std::string name = e->d_name;
-      if (name.size() > 4 && name.compare(name.size() - 4, 4, ".css") == 0)
-        names.push_back(name.substr(0, name.size() - 4));
-    }
-    closedir(d);
-  }
+  for (const auto& entry : std::filesystem::directory_iterator(std::string(TELVANIX_TEST_DATA_DIR) + "/css"))
+    if (entry.path().extension() == ".css")
+      names.push_back(entry.path().stem().string());
   std::sort(names.begin(), names.end());
   return names;
 }

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
 #include <string>
 #include <vector>
@@ -143,24 +142,9 @@ TEST(CssPackTest, RepeatedSelectorMergesWithMarker) {
 TEST(CssPackTest, MergingIsByCaseBlindHash) {
   // Names of equal hash are one style, whatever their letters' case.
   EXPECT_EQ(ParseLines("P.Note {a:b} p.note {c:d}"), (L{"S P.Note"}));
-  // Find two names that differ after folding yet hash alike, and check they merge too.
-  std::string x, y;
-  const std::string chars = "abcdefghijklmnopqrstuvwxyz0123456789-_";
-  std::vector<std::pair<DWORD, std::string>> seen;
-  for (char c1 : chars)
-    for (char c2 : chars)
-      for (char c3 : chars) {
-        const std::string name{'x', c1, c2, c3};
-        seen.emplace_back(GenHashCode(name.c_str()), name);
-      }
-  std::sort(seen.begin(), seen.end());
-  for (size_t i = 1; i < seen.size() && x.empty(); ++i)
-    if (seen[i].first == seen[i - 1].first && !QuickCompareStringNoCase(seen[i].second.c_str(), seen[i - 1].second.c_str())) {
-      x = seen[i - 1].second;
-      y = seen[i].second;
-    }
-  ASSERT_FALSE(x.empty());
-  EXPECT_EQ(ParseLines(x + " {a:b} " + y + " {c:d}"), (L{"S " + x}));
+  // Two names that differ after folding yet hash alike merge too.
+  ASSERT_EQ(GenHashCode("x_0x"), GenHashCode("x_1-"));
+  EXPECT_EQ(ParseLines("x_0x {a:b} x_1- {c:d}"), (L{"S x_0x"}));
 }
 
 TEST(CssPackTest, SelectorGroupsAndStrayDeclarations) {

@@ -131,15 +131,6 @@ TEST(CssStyleTest, MergingAppendsBodyAfterMarker) {
   EXPECT_EQ(first.IsInheritedStyle(), 1);
   EXPECT_EQ(std::string(first.GetBodyText()), "a:b\n/* Css Append */\nc:d");
   EXPECT_EQ(first.GetStyleProperty()->GetPropertyCount(), 2);
-
-  // Concat keeps both pairs of a repeated name; the first is the one found.
-  CCssStyle red("h1", "color:red", nullptr);
-  CCssStyle blue("h1", "color:blue", nullptr);
-  red.InheritNew(&blue);
-  CString value;
-  red.GetStyleProperty()->GetProperty("color", value);
-  EXPECT_EQ(std::string(value), "red");
-  EXPECT_EQ(std::string(red.GetPrintableString(nullptr)), "h1 { color:red; color:blue;  }");
 }
 
 TEST(CssStyleTest, SameNameByHash) {

@@ -20,13 +20,6 @@ TEST(QuickMapStringToValue, PreparesOnFirstSearch) {
   EXPECT_EQ(QuickMapStringToValue(table, sizeof(table), "gamma", FALSE), -1);
 }
 
-TEST(QuickMapStringToValue, ExactNeedsTheSameBytes) {
-  QuickMapStringToValueItem table[] = {{0, "alpha", 1}, {0, "Middle", 13}};
-  EXPECT_EQ(QuickMapStringToValue(table, sizeof(table), "Middle", TRUE), 13);
-  EXPECT_EQ(QuickMapStringToValue(table, sizeof(table), "middle", TRUE), -1);
-  EXPECT_EQ(QuickMapStringToValue(table, sizeof(table), "middle", FALSE), 13);
-}
-
 TEST(QuickMapStringToValue, RunOfEqualHashes) {
   // Five keywords that fold to one hash: only `exact` tells them apart, and
   // it must look through the whole run whichever row the search lands on.

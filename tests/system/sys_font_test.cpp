@@ -3,13 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cctype>
 #include <cstring>
 #include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "telvanix/platform/code_page.h"
+#include "test_util.h"
 
 #ifdef TELVANIX_HAVE_FONTCONFIG
 #include <fontconfig/fontconfig.h>
@@ -25,18 +26,9 @@ extern "C" __attribute__((visibility("default"), used)) const char* __lsan_defau
 namespace telvanix {
 namespace {
 
-bool IsAllZero(const void* data, std::size_t size) {
-  const auto* bytes = static_cast<const unsigned char*>(data);
-  for (std::size_t i = 0; i < size; ++i) {
-    if (bytes[i] != 0) return false;
-  }
-  return true;
-}
-
 std::string Lower(std::string text) {
-  for (char& ch : text) {
-    if (ch >= 'A' && ch <= 'Z') ch = static_cast<char>(ch - 'A' + 'a');
-  }
+  for (char& ch : text)
+    ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
   return text;
 }
 
@@ -58,18 +50,6 @@ bool FontconfigHasFamily(const char* family) {
 #endif
 }
 
-// Sets the active code page for one test and restores it after.
-class CodePageScope {
- public:
-  explicit CodePageScope(UINT codePage) : m_previous(SetActiveCodePage(codePage)) {}
-  ~CodePageScope() { SetActiveCodePage(m_previous); }
-
- private:
-  UINT m_previous;
-};
-
-// ---------------------------------------------------------------- CSysFont
-
 TEST(CSysFontTest, CopyIgnoresNullAndDefaultZeroes) {
   CSysFont font;
   ASSERT_EQ(font.SetAsFontPoints("Courier New", 120), 1);
@@ -79,7 +59,8 @@ TEST(CSysFontTest, CopyIgnoresNullAndDefaultZeroes) {
   EXPECT_EQ(copy.Copy(nullptr), 0);
   EXPECT_STREQ(copy.GetFontName(), "Courier New");
   copy.Default();
-  EXPECT_TRUE(IsAllZero(&copy.GetLogFont(), sizeof(LOGFONTA)));
+  const LOGFONTA zero{};
+  EXPECT_EQ(std::memcmp(&copy.GetLogFont(), &zero, sizeof(LOGFONTA)), 0);
 }
 
 TEST(CSysFontTest, PointsArePassedAsTenthsOfAPoint) {
@@ -121,7 +102,7 @@ TEST(CSysFontTest, DefaultFaceAndSizeFollowTheCodePage) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.codePage);
-    CodePageScope scope(c.codePage);
+    test::CodePageScope scope(c.codePage);
     CSysFont font;
     ASSERT_EQ(font.SetAsDefault(), 1);
     EXPECT_STREQ(font.GetFontName(), c.face);
@@ -146,8 +127,6 @@ TEST(CSysFontTest, PortableNameTakesBothFamilyBitsAsMonospaced) {
     EXPECT_STREQ(name ? name : "(none)", c.expected) << "family byte " << int(c.family);
   }
 }
-
-// -------------------------------------------------------- CHtmlMiscDataMgr
 
 // Walks the listed fonts: each installed family once, by its fontconfig
 // name, and the walk never steps outside the array.

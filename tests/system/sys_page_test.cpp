@@ -38,8 +38,13 @@ HGLOBAL MakeDevMode(SHORT orientation, const char* formName) {
   return block;
 }
 
-TEST(CSysPageTest, DefaultLetterInTwips) {
+TEST(CSysPageTest, DefaultLetterInTwipsClearsAnEarlierPrinterSetup) {
+  PAGESETUPDLGA record = MakeRecord(PSD_INTHOUSANDTHSOFINCHES, 11000, 8500);
+  record.rtMinMargin = RECT{250, 250, 250, 250};
+  record.hDevMode = MakeDevMode(DMORIENT_LANDSCAPE, "Tabloid");
   CSysPage page;
+  page.SetAsPageSetupDlg(&record);
+  ASSERT_EQ(page.IsLandScape(), 1);
   ASSERT_EQ(page.SetAsDefaultLetter(), 1);
   EXPECT_EQ(page.GetPageSource(), CSysPage::PAGE_SOURCE_DEFAULT_LETTER);
   EXPECT_EQ(page.GetPageWidth(), 12240);
@@ -48,19 +53,6 @@ TEST(CSysPageTest, DefaultLetterInTwips) {
   ExpectRect(page.GetPageMinMargin(), 0, 0, 0, 0);
   EXPECT_STREQ(page.GetPageName(), "Letter");
   EXPECT_EQ(page.IsLandScape(), 0);
-}
-
-TEST(CSysPageTest, DefaultLetterClearsAnEarlierPrinterSetup) {
-  PAGESETUPDLGA record = MakeRecord(PSD_INTHOUSANDTHSOFINCHES, 11000, 8500);
-  record.rtMinMargin = RECT{250, 250, 250, 250};
-  record.hDevMode = MakeDevMode(DMORIENT_LANDSCAPE, "Tabloid");
-  CSysPage page;
-  page.SetAsPageSetupDlg(&record);
-  ASSERT_EQ(page.IsLandScape(), 1);
-  page.SetAsDefaultLetter();
-  EXPECT_EQ(page.IsLandScape(), 0);
-  EXPECT_STREQ(page.GetPageName(), "Letter");
-  ExpectRect(page.GetPageMinMargin(), 0, 0, 0, 0);
   for (int i = 0; i < CSysPage::ms_nPrinterModeSize; ++i) {
     ASSERT_EQ(page.GetPrinterMode()[i], 0) << "byte " << i;
   }
