@@ -24,7 +24,9 @@ Reason classes, tried in this order:
                the tool's own reference table decoded (read from
                telvanix/html/char_entity_table.cpp): a name the tool does not
                know; the fair comparison for this class is the count without it
-  both         charset and reference together
+  charset+X    a page in a charset other than the default: read in the
+               default code page, what is left differs by class X (the word
+               shown is from that reading)
   not-extracted  the tool printed nothing for the page (its message is shown)
   char-as-blank  the tool gives a blank where the page shows a character
   replacement  the tool's word holds U+FFFD where the page has a character
@@ -32,6 +34,8 @@ Reason classes, tried in this order:
   boundary     the same characters, cut into words differently
   missing      words the page shows that the tool leaves out
   extra        words the tool gives that the page does not show
+  cut-to-byte  the tool's character is the page's character cut to its low
+               byte (a numeric reference beyond the code page)
   character    the words differ in characters
 Exit status: 0 when every tree reaches the goal (99.9% by default), 1 when
 one does not, 2 when the tool cannot be run.
@@ -95,6 +99,12 @@ def _words_with(path, default, forced=None, tool_table=False):
         vw.set_references("html5")
 
 
+def _low_byte(ch):
+    """What a character becomes when cut to its low byte read as windows-1252 (a control as a blank)."""
+    b = ord(ch) & 0xFF
+    return " " if b <= 0x20 else bytes([b]).decode("cp1252", "telvanix-check")
+
+
 def _first_difference(tool, mine):
     """(class, index, tool word, checker word) of the first differing region."""
     sm = difflib.SequenceMatcher(None, tool, mine, autojunk=False)
@@ -113,6 +123,9 @@ def _first_difference(tool, mine):
         ts, ms = " ".join(tool[a1:a2]), " ".join(mine[b1:b2])
         if len(ts) == len(ms) and all(x == y or x == " " for x, y in zip(ts, ms)):
             return "char-as-blank", b1, tw, mw
+        if len(ts) == len(ms) and all(x == y or x == _low_byte(y) or (x == " " and _low_byte(y) in " \x7f\xa0")
+                                          for x, y in zip(ts, ms)):
+            return "cut-to-byte", b1, tw, mw
         if "\ufffd" in ta and "\ufffd" not in mb:
             return "replacement", b1, tw, mw
         if re.search(r"&(#[0-9xX]|[A-Za-z])[A-Za-z0-9]*;?", ta) and not re.search(r"&(#|[A-Za-z])", mb):
@@ -139,13 +152,21 @@ def _compare(job):
         r["class"] = "equal"
         return r
     cls = None
-    if codec != default and tool_words == _words_with(path, default, forced=default):
-        cls = "charset"
-    elif _TOOL_NAMES and tool_words == _words_with(path, default, tool_table=True):
+    against = mine
+    if codec != default:
+        # Read as the default code page: what is left is not the charset.
+        forced = _words_with(path, default, forced=default)
+        if tool_words == forced:
+            cls = "charset"
+        elif _TOOL_NAMES and tool_words == _words_with(path, default, default, True):
+            cls = "charset+reference"
+        else:
+            against = forced
+    if cls is None and _TOOL_NAMES and tool_words == _words_with(path, default, tool_table=True):
         cls = "reference"
-    elif codec != default and _TOOL_NAMES and tool_words == _words_with(path, default, default, True):
-        cls = "both"
-    first, index, tw, mw = _first_difference(tool_words, mine)
+    first, index, tw, mw = _first_difference(tool_words, against)
+    if cls is None and against is not mine:
+        cls = "charset+" + first
     r.update({"class": cls or first, "index": index, "tool": tw, "checker": mw,
               "words": [len(tool_words), len(mine)]})
     return r
