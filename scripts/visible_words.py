@@ -27,9 +27,11 @@ What counts, and why:
 - Hidden: the page's head content (TITLE, META, LINK, STYLE, SCRIPT),
   SCRIPT, STYLE, comments, declarations and processing instructions,
   NOSCRIPT, NOFRAMES, NOEMBED, IFRAME content and TEMPLATE, wherever they
-  stand. Text written in the head is shown, as a browser moves it into the
+  stand, and the fallback content of the help viewer's own controls (OBJECT
+  with their class ids), as the viewer shows the control instead. Text written in the head is shown, as a browser moves it into the
   body. CSS (display:none, generated content such as list numbers or the
-  quotes of Q) is not applied.
+  quotes of Q) is not applied. An unclosed TITLE holds the rest of the page
+  up to a "</title>", as in a browser.
 - Shown besides text: the alt text of IMG and of INPUT type=image.
 - Word boundaries: a word is a run of characters between whitespace (any
   Unicode white space, the C0 controls, DEL and U+00A0). Tags of elements
@@ -214,6 +216,19 @@ HIDDEN = frozenset("title script style noscript noframes noembed iframe template
 RAW_TEXT = frozenset("script style xmp iframe noembed noframes noscript title textarea".split())
 RCDATA = frozenset("title textarea".split())
 
+# Controls of the help viewer: it shows the control, never the fallback
+# content written inside the OBJECT.
+VIEWER_CONTROLS = frozenset(("adb880a6-d8ff-11cf-9377-00aa003b7a11", "4c7e19a2-b83f-11d0-a5c1-00e07d3f21ab",
+                             "3b6a91e4-5c2d-11d0-9e37-0000a4c81d55"))
+
+
+def _is_viewer_control(attrs):
+    classid = (dict(attrs).get("classid") or "").strip().lower()
+    if classid.startswith("clsid:"):
+        classid = classid[6:]
+    return classid.strip("{}") in VIEWER_CONTROLS
+
+
 _BLANKS = re.compile(r"[\s\x00-\x20\x7f\xa0]+")
 
 
@@ -248,7 +263,7 @@ class _Walk(_html_parser.HTMLParser):
             if tag == self.hidden:
                 self.hidden_depth += 1
             return
-        if tag in HIDDEN:
+        if tag in HIDDEN or (tag == "object" and _is_viewer_control(attrs)):
             if tag in SEPARATORS:
                 self._sep()
             if tag == "title" and self.title is None:
