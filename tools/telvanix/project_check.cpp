@@ -58,10 +58,16 @@ void AddTags(CHtmlFileEx& doc, const CString& text, std::vector<std::string>& ou
   for (POSITION p = tags.GetHeadPosition(); p;) out.push_back(tags.GetNext(p).str());
 }
 
-// A text token of blanks only (or none: the tokenizer leaves an empty one
-// where it drops a line break before the first tag).
-bool IsBlankText(const CHtmlTokenItem* token) {
-  if (!token->IsTextToken()) return false;
+// A dropped token that holds nothing a reader sees and no part of the
+// outline: blanks (or nothing: the tokenizer leaves an empty text where it
+// drops a line break before the first tag), a comment, an XML declaration or
+// processing instruction.
+bool IsMarkupAside(CHtmlTokenItem* token) {
+  if (CHtmlTagItem* tag = token->GetSafeTagItemPtr()) {
+    const CString name = tag->GetTagName();
+    const char first = name.IsEmpty() ? '\0' : name[0];
+    return tag->GetTagId() == CHtmlTagItem::emTagIdComment || first == '?' || first == '!';
+  }
   const unsigned char* p = token->GetOriginalData();
   for (int i = 0; i < token->GetOriginalLength(); ++i)
     if (p[i] != ' ' && p[i] != '\t' && p[i] != '\r' && p[i] != '\n') return false;
@@ -69,14 +75,14 @@ bool IsBlankText(const CHtmlTokenItem* token) {
 }
 
 // What the tree's repair changed: tags it inserted and tokens it dropped.
-// Blanks dropped outside the outline change no structure and are no repair.
+// Markup aside dropped outside the outline changes no structure: no repair.
 void CollectRepairs(CHtmlFileEx& doc, std::vector<std::string>& repairs) {
   CHtmlTokenList* list = doc.GetTokenList();
   int dropped = 0;
   for (POSITION p = list->GetHeadPosition(); p;) {
     CHtmlTokenItem* token = list->GetNext(p);
     if (token->IsDiscardedToken() && !token->IsInsertedToken()) {
-      if (!IsBlankText(token)) ++dropped;
+      if (!IsMarkupAside(token)) ++dropped;
     } else if (token->IsInsertedToken() && !token->IsDiscardedToken() && token->IsTagToken()) {
       auto* tag = static_cast<CHtmlTagItem*>(token);
       std::string name = tag->GetTagName().str();
