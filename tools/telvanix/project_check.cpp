@@ -41,8 +41,6 @@ struct FileScan {
   std::string error;
 };
 
-std::string Decoded(const char* s) { return s && *s ? CHtmlPack::HtmlToText(s).str() : std::string(); }
-
 std::string JoinRoot(const std::string& root, const std::string& rel) {
   return root.empty() || root.back() == '/' ? root + rel : root + "/" + rel;
 }
@@ -50,6 +48,12 @@ std::string JoinRoot(const std::string& root, const std::string& rel) {
 std::string Lower(std::string s) {
   for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   return s;
+}
+
+std::string Joined(const std::vector<std::string>& parts) {
+  std::string text;
+  for (const std::string& p : parts) text += (text.empty() ? "" : ", ") + p;
+  return text;
 }
 
 void AddTags(CHtmlFileEx& doc, const CString& text, std::vector<std::string>& out) {
@@ -339,16 +343,8 @@ ProjectReport CheckProject(const std::string& root) {
       out.push_back({FindingKind::kBinaryPage, from, "", "not checked", ""});
       continue;
     }
-    if (!s.structure.empty()) {
-      std::string what;
-      for (const std::string& r : s.structure) what += (what.empty() ? "" : ", ") + r;
-      out.push_back({FindingKind::kSitemapStructure, from, "", what, ""});
-    }
-    if (!s.repairs.empty()) {
-      std::string what;
-      for (const std::string& r : s.repairs) what += (what.empty() ? "" : ", ") + r;
-      out.push_back({FindingKind::kRepairedPage, from, "", what, ""});
-    }
+    if (!s.structure.empty()) out.push_back({FindingKind::kSitemapStructure, from, "", Joined(s.structure), ""});
+    if (!s.repairs.empty()) out.push_back({FindingKind::kRepairedPage, from, "", Joined(s.repairs), ""});
     for (const std::string& t : s.topicTags) ++report.topicBuildTags[t];
     for (const std::string& t : s.elementTags) ++report.elementBuildTags[t];
 

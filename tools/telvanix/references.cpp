@@ -156,11 +156,15 @@ Resolution ProjectIndex::Resolve(const std::string& from, const std::string& tex
   return r;
 }
 
+std::string Decoded(const char* written) {
+  return written && *written ? CHtmlPack::HtmlToText(written).str() : std::string();
+}
+
 std::set<std::string> PageBookmarks(CHtmlFileEx& page) {
   std::set<std::string> names;
   unsigned int i = 0;
   for (const char* v = page.GetFirstBookmark(i); v; v = page.GetNextBookmark(i))
-    if (*v) names.insert(CHtmlPack::HtmlToText(v).str());
+    if (*v) names.insert(Decoded(v));
   return names;
 }
 

@@ -68,6 +68,9 @@ class ProjectIndex {
   std::unordered_map<std::string, std::string> m_folded;
 };
 
+// A value as written in a page or sitemap, its entities decoded ("" for null).
+std::string Decoded(const char* written);
+
 // The bookmarks a page defines (A names and ids), decoded from HTML.
 std::set<std::string> PageBookmarks(CHtmlFileEx& page);
 

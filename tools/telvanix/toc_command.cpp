@@ -11,7 +11,6 @@
 
 #include "telvanix/command_line.h"
 #include "telvanix/commands.h"
-#include "telvanix/html/html_pack.h"
 #include "telvanix/page_files.h"
 #include "telvanix/project_files.h"
 #include "telvanix/references.h"
@@ -40,9 +39,6 @@ const char kHelp[] =
     "Exit status: 0 clean, 1 --check found problems, 2 usage or I/O error.\n";
 
 std::string Str(const char* s) { return s ? s : ""; }
-
-// Values are written HTML-encoded; the model keeps them as written.
-std::string Decoded(const char* s) { return s && *s ? CHtmlPack::HtmlToText(s).str() : std::string(); }
 
 // An index entry may be named by a "Keyword" parameter (kept among the
 // unknown ones, so that the file saves back as written); its "Name"
@@ -106,7 +102,7 @@ int Run(const std::vector<std::string>& args) {
   if (cl.Has("check")) index = std::make_unique<ProjectIndex>(ListProjectFiles(root).files);
   auto checkRef = [&](int entry, const char* written) {
     if (!index || !written || !*written) return;
-    const std::string text = Decoded(written);
+    const std::string text = Decoded(written);  // the model keeps values as written
     Resolution r = index->Resolve(from, text, bookmarks);
     if (r.ref.kind == RefKind::kOutside) problems.push_back({entry, text, "points outside the project"});
     if (r.ref.kind == RefKind::kLocal && r.presence == Presence::kMissing)
@@ -137,9 +133,9 @@ int Run(const std::vector<std::string>& args) {
     for (int s = 0; s < e->GetSectionArraySize(); ++s) {
       const CHtmlSitemapSection* sec = e->GetSection(s);
       if (!sec) continue;
-      if (!json)
-        std::printf("%s  - %s -> %s\n", indent.c_str(), Str(sec->GetName()).c_str(), Decoded(sec->GetPrimary()).c_str());
-      sections.push_back({{"name", ToUtf8(sec->GetName())}, {"local", ToUtf8(Decoded(sec->GetPrimary()).c_str())}});
+      const std::string secLocal = Decoded(sec->GetPrimary());
+      if (!json) std::printf("%s  - %s -> %s\n", indent.c_str(), Str(sec->GetName()).c_str(), secLocal.c_str());
+      sections.push_back({{"name", ToUtf8(sec->GetName())}, {"local", ToUtf8(secLocal.c_str())}});
       checkRef(i, sec->GetPrimary());
     }
     if (!sections.empty()) je["sections"] = sections;
