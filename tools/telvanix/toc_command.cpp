@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
@@ -77,8 +78,12 @@ int Run(const std::vector<std::string>& args) {
   if (root.empty()) root = ".";
   // The sitemap's own name inside the project: entries are relative to its folder.
   std::string from = file.substr(file.find_last_of('/') + 1);
-  if (!cl.Values("root").empty() && file.compare(0, root.size() + 1, root + "/") == 0)
-    from = file.substr(root.size() + 1);
+  if (!cl.Values("root").empty()) {
+    std::error_code ec;
+    std::filesystem::path inside = std::filesystem::absolute(file, ec).lexically_normal().lexically_relative(
+        std::filesystem::absolute(root, ec).lexically_normal());
+    if (!ec && !inside.empty() && *inside.begin() != "..") from = inside.generic_string();
+  }
 
   std::vector<Problem> problems;
   std::unique_ptr<ProjectIndex> index;
