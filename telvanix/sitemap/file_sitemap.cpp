@@ -29,6 +29,8 @@ void CHtmlFileSitemap::CopyFrom(const CHtmlFileSitemap& other) {
   m_arrNeedWindowNames.Copy(other.m_arrNeedWindowNames);
   m_setNeedFrameNames = other.m_setNeedFrameNames;
   m_setNeedWindowNames = other.m_setNeedWindowNames;
+  m_nUnclosedLists = other.m_nUnclosedLists;
+  m_nStrayListEnds = other.m_nStrayListEnds;
 }
 
 void CHtmlFileSitemap::Default() {
@@ -40,6 +42,8 @@ void CHtmlFileSitemap::Default() {
   m_arrNeedWindowNames.RemoveAll();
   m_setNeedFrameNames.clear();
   m_setNeedWindowNames.clear();
+  m_nUnclosedLists = 0;
+  m_nStrayListEnds = 0;
 }
 
 const char* CHtmlFileSitemap::GetTitle() const { return m_strTitle.IsEmpty() ? nullptr : static_cast<const char*>(m_strTitle); }

@@ -106,6 +106,11 @@ class TELVANIX_API CHtmlFileSitemap : public CRglObject {
   // read, such as a title, is kept). Never throws.
   int Read(const char* path);
   int Read(CByteString& source);
+  // How the lists (UL, OL) of the page last read nest: lists still open at
+  // its end, and list end tags met where no list was open. Both 0 for a
+  // balanced page (LI needs no end tag, so items are not counted).
+  int GetUnclosedListCount() const { return m_nUnclosedLists; }
+  int GetStrayListEndCount() const { return m_nStrayListEnds; }
 
   // 0 for a null or empty path; otherwise prints the file and saves it whole.
   int Write(const char* path);
@@ -149,6 +154,8 @@ class TELVANIX_API CHtmlFileSitemap : public CRglObject {
   // The same names folded to lower case, so that a file naming many frames stays linear.
   std::unordered_set<std::string> m_setNeedFrameNames;
   std::unordered_set<std::string> m_setNeedWindowNames;
+  int m_nUnclosedLists = 0;
+  int m_nStrayListEnds = 0;
 };
 
 }  // namespace telvanix

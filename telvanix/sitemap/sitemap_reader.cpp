@@ -177,6 +177,8 @@ void CHtmlFileSitemap::CReader::EndTag(EmTagKind kind) {
       FlushObject();
       if (m_nDepth > 0)
         --m_nDepth;
+      else
+        ++m_File.m_nStrayListEnds;
       break;
     case emTagItem:
     case emTagObject:
@@ -204,6 +206,7 @@ int CHtmlFileSitemap::CReader::Finish() {
   if (m_bInTitle && !m_bTitleRead)
     m_File.m_strTitle = m_strTitle.Trim();
   m_bInTitle = false;
+  m_File.m_nUnclosedLists = m_nDepth;
   return m_nFound;
 }
 

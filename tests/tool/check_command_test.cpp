@@ -176,6 +176,17 @@ TEST(CheckPlanted, EveryKindOfFindingIsReportedWhereItWasPlanted) {
   }
 }
 
+// One line a finding: kind, file, reference and detail, tab-separated.
+TEST(CheckData, EveryReferenceIsFollowedAsListed) {
+  std::multiset<std::string> expected, found;
+  for (const std::string& line : Lines(ReadFile(kReferences + ".findings"))) expected.insert(line);
+  Json report = CheckJson(kReferences, 1);
+  for (const Json& f : report.at("findings"))
+    found.insert(f.at("kind").get<std::string>() + "\t" + f.at("file").get<std::string>() + "\t" +
+                 f.value("reference", "") + "\t" + f.value("detail", ""));
+  EXPECT_EQ(found, expected);
+}
+
 TEST(CheckPlanted, CheckChangesNoFile) {
   LanternCopy copy;
   auto before = Snapshot(copy.root());

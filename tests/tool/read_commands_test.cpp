@@ -174,6 +174,20 @@ TEST(TocCommand, CheckReportsMissingAndInexactTopics) {
   EXPECT_EQ(rooted.out, "Sync -> ../topics/sync.htm\n");
 }
 
+// Entries are decoded, an index entry is named by its "Keyword", and
+// bookmarks are checked as `check` checks them (see references.findings).
+TEST(TocCommand, DecodesEntriesAndChecksBookmarks) {
+  ToolRun r = RunTool({"toc", "--check", kReferences + "/index.hhk"});
+  EXPECT_EQ(r.status, 1) << r;
+  EXPECT_EQ(r.out, "Ampersand & more -> a&b.htm#nowhere\n" + kReferences +
+                       "/index.hhk: entry 1: a&b.htm#nowhere: topic does not define the bookmark\n");
+  ToolRun contents = RunTool({"toc", "--check", "--json", kReferences + "/contents.hhc"});
+  EXPECT_EQ(contents.status, 1) << contents;
+  EXPECT_EQ(Json::parse(contents.out).at("problems"),
+            Json::parse(R"([{"entry": 3, "reference": "page.htm#nowhere",
+                            "problem": "topic does not define the bookmark"}])"));
+}
+
 TEST(RoundtripCommand, SamplePagesComeBack) {
   ToolRun r = RunTool({"roundtrip", "--json", kLantern});
   ASSERT_EQ(r.status, 0) << r;
@@ -193,20 +207,24 @@ TEST(RoundtripCommand, SamplePagesComeBack) {
   ToolRun text = RunTool({"roundtrip", kLantern});
   EXPECT_EQ(text.status, 0) << text;
   EXPECT_EQ(Lines(text.out).back(),
-            "12 pages: 1 identical, 11 lost one trailing byte by rule, 0 lost an unterminated tail by rule, "
-            "0 differ, 0 unreadable");
+            "12 pages: 1 identical, 0 lost a leading line break by rule, 11 lost one trailing byte by rule, "
+            "0 lost an unterminated tail by rule, 0 differ, 0 unreadable");
 }
 
-TEST(RoundtripCommand, UnterminatedTailIsApartAndEmptyPageIsWhole) {
+TEST(RoundtripCommand, LossesByRuleAreApartAndEmptyPageIsWhole) {
   ScratchDir dir;
   WriteFile(dir / "tail.htm", "<html><body><p>x</p></body></html>\n<!-- never closed");
   WriteFile(dir / "empty.htm", "");
+  WriteFile(dir / "lead.htm", "\r\n<html><body><p>x</p></body></html>");
+  WriteFile(dir / "both.htm", "\n<html><body><p>x</p></body></html>\n");
   ToolRun r = RunTool({"roundtrip", "--json", dir.path()});
   EXPECT_EQ(r.status, 0) << r;
   Json j = Json::parse(r.out);
-  EXPECT_EQ(j.at("pages"), 2);
+  EXPECT_EQ(j.at("pages"), 4);
   EXPECT_EQ(j.at("outcomes").at("identical"), 1) << j.dump(2);
   EXPECT_EQ(j.at("outcomes").at("unterminated-tail"), 1) << j.dump(2);
+  EXPECT_EQ(j.at("outcomes").at("leading-line-break"), 1) << j.dump(2);
+  EXPECT_EQ(j.at("outcomes").at("trailing-byte"), 1) << j.dump(2);
 }
 
 }  // namespace

@@ -29,6 +29,9 @@ namespace fs = std::filesystem;
 
 inline const std::string kTool = TELVANIX_TOOL_FILE;
 inline const std::string kLantern = std::string(TELVANIX_SAMPLES_DIR) + "/lantern";
+// A small project with one case of each kind of reference `check` follows;
+// the file of the same name with ".findings" lists what it reports.
+inline const std::string kReferences = std::string(TELVANIX_TEST_DATA_DIR) + "/check/references";
 
 struct ToolRun {
   int status = -1;  // exit status; -1 when killed or not started

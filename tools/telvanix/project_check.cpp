@@ -1,12 +1,14 @@
 #include "telvanix/project_check.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <set>
 #include <unordered_map>
 #include <unordered_set>
 
 #include "telvanix/css/css_pack_ex.h"
+#include "telvanix/css/style_values.h"
 #include "telvanix/html/html_pack.h"
 #include "telvanix/html/tag_item.h"
 #include "telvanix/html/token_list.h"
@@ -33,12 +35,11 @@ struct FileScan {
   std::vector<RawRef> refs;
   std::set<std::string> bookmarks;
   std::vector<std::string> repairs;
+  std::vector<std::string> structure;  // a contents or index file's own faults
   std::vector<std::string> topicTags, elementTags;
   bool binary = false;
   std::string error;
 };
-
-std::string Decoded(const char* s) { return s && *s ? CHtmlPack::HtmlToText(s).str() : std::string(); }
 
 std::string JoinRoot(const std::string& root, const std::string& rel) {
   return root.empty() || root.back() == '/' ? root + rel : root + "/" + rel;
@@ -49,20 +50,43 @@ std::string Lower(std::string s) {
   return s;
 }
 
+std::string Joined(const std::vector<std::string>& parts) {
+  std::string text;
+  for (const std::string& p : parts) text += (text.empty() ? "" : ", ") + p;
+  return text;
+}
+
 void AddTags(CHtmlFileEx& doc, const CString& text, std::vector<std::string>& out) {
   CStringList tags;
   doc.ParseBuildTags(text, tags);
   for (POSITION p = tags.GetHeadPosition(); p;) out.push_back(tags.GetNext(p).str());
 }
 
+// A dropped token that holds nothing a reader sees and no part of the
+// outline: blanks (or nothing: the tokenizer leaves an empty text where it
+// drops a line break before the first tag), a comment, an XML declaration or
+// processing instruction.
+bool IsMarkupAside(CHtmlTokenItem* token) {
+  if (CHtmlTagItem* tag = token->GetSafeTagItemPtr()) {
+    const CString name = tag->GetTagName();
+    const char first = name.IsEmpty() ? '\0' : name[0];
+    return tag->GetTagId() == CHtmlTagItem::emTagIdComment || first == '?' || first == '!';
+  }
+  const unsigned char* p = token->GetOriginalData();
+  for (int i = 0; i < token->GetOriginalLength(); ++i)
+    if (p[i] != ' ' && p[i] != '\t' && p[i] != '\r' && p[i] != '\n') return false;
+  return true;
+}
+
 // What the tree's repair changed: tags it inserted and tokens it dropped.
+// Markup aside dropped outside the outline changes no structure: no repair.
 void CollectRepairs(CHtmlFileEx& doc, std::vector<std::string>& repairs) {
   CHtmlTokenList* list = doc.GetTokenList();
   int dropped = 0;
   for (POSITION p = list->GetHeadPosition(); p;) {
     CHtmlTokenItem* token = list->GetNext(p);
     if (token->IsDiscardedToken() && !token->IsInsertedToken()) {
-      ++dropped;
+      if (!IsMarkupAside(token)) ++dropped;
     } else if (token->IsInsertedToken() && !token->IsDiscardedToken() && token->IsTagToken()) {
       auto* tag = static_cast<CHtmlTagItem*>(token);
       std::string name = tag->GetTagName().str();
@@ -71,6 +95,66 @@ void CollectRepairs(CHtmlFileEx& doc, std::vector<std::string>& repairs) {
     }
   }
   if (dropped) repairs.push_back("dropped " + std::to_string(dropped) + " token(s) outside the outline");
+}
+
+// Candidate URLs of a "srcset": comma-separated, each URL followed by an
+// optional width or density descriptor.
+std::vector<std::string> SrcsetUrls(const std::string& srcset) {
+  std::vector<std::string> urls;
+  size_t i = 0, n = srcset.size();
+  auto blank = [&](size_t k) { return std::isspace(static_cast<unsigned char>(srcset[k])) != 0; };
+  while (i < n) {
+    while (i < n && (blank(i) || srcset[i] == ',')) ++i;
+    size_t start = i;
+    while (i < n && !blank(i)) ++i;
+    std::string url = srcset.substr(start, i - start);
+    if (!url.empty() && url.back() == ',') {
+      while (!url.empty() && url.back() == ',') url.pop_back();  // no descriptor
+    } else {
+      while (i < n && srcset[i] != ',') ++i;  // the descriptor
+    }
+    if (!url.empty()) urls.push_back(url);
+  }
+  return urls;
+}
+
+bool HasWord(const char* value, const char* word) {
+  return value && Lower(value).find(word) != std::string::npos;
+}
+
+// References the library's enumerators leave to the host: every LINK (the
+// recorded stylesheet LINK is only the first), "background" on tags other
+// than BODY and TABLE, OBJECT "data" and "srcset" candidates.
+template <typename Add>
+void ScanOtherTags(CHtmlFileEx& doc, Add add) {
+  static const int kLink = CHtmlTagItem::GetTagIdFromTagName("LINK", nullptr);
+  static const int kBody = CHtmlTagItem::GetTagIdFromTagName("BODY", nullptr);
+  static const int kTable = CHtmlTagItem::GetTagIdFromTagName("TABLE", nullptr);
+  static const int kObject = CHtmlTagItem::GetTagIdFromTagName("OBJECT", nullptr);
+  CHtmlTokenList* list = doc.GetTokenList();
+  for (POSITION p = list->GetHeadPosition(); p;) {
+    CHtmlTokenItem* token = list->GetNext(p);
+    CHtmlTagItem* tag = token->IsDiscardedToken() ? nullptr : token->GetSafeTagItemPtr();
+    if (!tag || tag->IsEndTag() || tag->GetTotalAttributesNum() == 0) continue;
+    const int id = tag->GetTagId();
+    if (id == kLink) {
+      if (const char* href = tag->GetAttributeValue("href")) {
+        bool sheet = HasWord(tag->GetAttributeValue("rel"), "stylesheet") ||
+                     HasWord(tag->GetAttributeValue("rev"), "stylesheet");
+        add(Decoded(href), sheet ? "stylesheet" : "LINK", !sheet);
+      }
+    } else if (id == kObject) {
+      if (const char* data = tag->GetAttributeValue("data")) add(Decoded(data), "object data", true);
+    }
+    if (id != kBody && id != kTable) {
+      // As the library takes BODY and TABLE backgrounds: colours are no files.
+      const char* bg = tag->GetAttributeValue("background");
+      if (bg && std::strchr(bg, '.') && CSttColor(bg).GetColorRef() == CSttColor::ms_nNoColor)
+        add(Decoded(bg), "background image", false);
+    }
+    if (const char* srcset = tag->GetAttributeValue("srcset"))
+      for (const std::string& url : SrcsetUrls(Decoded(srcset))) add(url, "image (srcset)", false);
+  }
 }
 
 FileScan ScanTopic(const std::string& root, const std::string& rel) {
@@ -94,9 +178,13 @@ FileScan ScanTopic(const std::string& root, const std::string& rel) {
   };
   unsigned int i = 0, stage = 0;
   for (CString v = doc.GetFirstImage(i); !v.IsEmpty(); v = doc.GetNextImage(i)) add(v.str(), "image");
+  // The first is the recorded stylesheet LINK, which ScanOtherTags lists
+  // with every other LINK; the rest are the STYLE blocks' @imports.
   CHtmlFileEx::CStringArrayEx sheets;
   doc.GetExternalStyleSheetFileNameEx(sheets);
-  for (int k = 0; k < sheets.GetSize(); ++k) add(sheets.GetAt(k).str(), "stylesheet");
+  for (int k = doc.GetStyleSheetLinkPosition() ? 1 : 0; k < sheets.GetSize(); ++k)
+    add(sheets.GetAt(k).str(), "stylesheet");
+  ScanOtherTags(doc, add);
   for (const char* v = doc.GetFirstScriptSource(i); v; v = doc.GetNextScriptSource(i)) add(Decoded(v), "script");
   CString file;
   if (doc.GetBackgroundImage(file)) add(file.str(), "background image");
@@ -114,7 +202,7 @@ FileScan ScanTopic(const std::string& root, const std::string& rel) {
     add(Decoded(v), "contents or index file");
   for (const char* v = doc.GetFirstAnchorHref(i); v; v = doc.GetNextAnchorHref(i)) add(Decoded(v), "link", true);
   for (const char* v = doc.GetFirstFrameSource(i); v; v = doc.GetNextFrameSource(i)) add(Decoded(v), "frame", true);
-  for (const char* v = doc.GetFirstBookmark(i); v; v = doc.GetNextBookmark(i)) s.bookmarks.insert(Decoded(v));
+  s.bookmarks = PageBookmarks(doc);
 
   CString tags;
   if (doc.GetTopicBuildTags(tags)) AddTags(doc, tags, s.topicTags);
@@ -144,42 +232,26 @@ FileScan ScanSitemap(const std::string& root, const std::string& rel) {
   CByteString bytes;
   if (!LoadPage(JoinRoot(root, rel), bytes, s.error)) return s;
   CHtmlFileSitemap sitemap;
-  sitemap.Read(bytes);
+  if (!sitemap.Read(bytes))
+    s.structure.push_back(bytes.GetLength() == 0 ? "empty file" : "no contents or index entries");
+  if (int open = sitemap.GetUnclosedListCount())
+    s.structure.push_back(std::to_string(open) + " list(s) not closed");
+  if (int stray = sitemap.GetStrayListEndCount())
+    s.structure.push_back(std::to_string(stray) + " list end tag(s) with no list open");
+  // Values are written HTML-encoded ("a&amp;b.htm" names a&b.htm); the
+  // model keeps them as written so that the file saves back unchanged.
+  auto add = [&](const char* local) {
+    if (local && *local) s.refs.push_back({Decoded(local), "entry", true});
+  };
   for (int i = 0; i < sitemap.GetSitemapArraySize(); ++i) {
     const CHtmlSitemap* e = sitemap.GetSitemap(i);
     if (!e) continue;
-    if (e->GetPrimary() && *e->GetPrimary()) s.refs.push_back({e->GetPrimary(), "entry", true});
+    add(e->GetPrimary());
     for (int k = 0; k < e->GetSectionArraySize(); ++k)
-      if (const CHtmlSitemapSection* sec = e->GetSection(k); sec && sec->GetPrimary() && *sec->GetPrimary())
-        s.refs.push_back({sec->GetPrimary(), "entry", true});
+      if (const CHtmlSitemapSection* sec = e->GetSection(k)) add(sec->GetPrimary());
   }
   return s;
 }
-
-// The project's files by exact and by case-blind name.
-class FileIndex {
- public:
-  explicit FileIndex(const std::vector<std::string>& files) {
-    for (const std::string& f : files) {
-      m_exact.insert(f);
-      m_folded.emplace(Lower(f), f);  // sorted input: the first spelling wins
-    }
-  }
-  Presence Find(const Reference& ref, std::string& actual) const {
-    if (m_exact.count(ref.path)) {
-      actual = ref.path;
-      return ref.backslashes ? Presence::kSlashed : Presence::kExact;
-    }
-    auto it = m_folded.find(Lower(ref.path));
-    if (it == m_folded.end()) return Presence::kMissing;
-    actual = it->second;
-    return Presence::kCaseBlind;
-  }
-
- private:
-  std::unordered_set<std::string> m_exact;
-  std::unordered_map<std::string, std::string> m_folded;
-};
 
 }  // namespace
 
@@ -193,6 +265,7 @@ const char* FindingKindName(FindingKind kind) {
     case FindingKind::kOrphanTopic: return "orphan-topic";
     case FindingKind::kOrphanImage: return "orphan-image";
     case FindingKind::kRepairedPage: return "repaired-page";
+    case FindingKind::kSitemapStructure: return "broken-sitemap";
     case FindingKind::kBinaryPage: return "binary-page";
     case FindingKind::kUnreadable: return "unreadable";
   }
@@ -209,6 +282,7 @@ const char* FindingKindTitle(FindingKind kind) {
     case FindingKind::kOrphanTopic: return "Topics nothing refers to";
     case FindingKind::kOrphanImage: return "Images nothing refers to";
     case FindingKind::kRepairedPage: return "Pages whose structure needed repair";
+    case FindingKind::kSitemapStructure: return "Contents and index files that are empty or whose lists do not close";
     case FindingKind::kBinaryPage: return "Pages holding binary data";
     case FindingKind::kUnreadable: return "Files that could not be read";
   }
@@ -243,9 +317,15 @@ ProjectReport CheckProject(const std::string& root) {
     }
   }, "check");
 
-  FileIndex index(files);
+  ProjectIndex index(files);
   std::unordered_map<std::string, size_t> position;
   for (size_t i = 0; i < files.size(); ++i) position.emplace(files[i], i);
+  const BookmarkLookup bookmarks = [&](const std::string& file) -> const std::set<std::string>* {
+    auto it = position.find(file);
+    if (it == position.end() || ClassifyFile(file) != FileKind::kTopic) return nullptr;
+    const FileScan& target = scans[it->second];
+    return target.error.empty() && !target.binary ? &target.bookmarks : nullptr;
+  };
   std::unordered_set<std::string> referenced;
   auto& out = report.findings;
 
@@ -263,45 +343,29 @@ ProjectReport CheckProject(const std::string& root) {
       out.push_back({FindingKind::kBinaryPage, from, "", "not checked", ""});
       continue;
     }
-    if (!s.repairs.empty()) {
-      std::string what;
-      for (const std::string& r : s.repairs) what += (what.empty() ? "" : ", ") + r;
-      out.push_back({FindingKind::kRepairedPage, from, "", what, ""});
-    }
+    if (!s.structure.empty()) out.push_back({FindingKind::kSitemapStructure, from, "", Joined(s.structure), ""});
+    if (!s.repairs.empty()) out.push_back({FindingKind::kRepairedPage, from, "", Joined(s.repairs), ""});
     for (const std::string& t : s.topicTags) ++report.topicBuildTags[t];
     for (const std::string& t : s.elementTags) ++report.elementBuildTags[t];
 
-    std::set<std::string> seen;  // one finding per reference text and file
+    // One finding of a kind per reference text and file.
+    std::set<std::pair<FindingKind, std::string>> seen;
+    auto report1 = [&](FindingKind kind, const RawRef& raw, const std::string& resolved = "") {
+      if (seen.emplace(kind, raw.text).second) out.push_back({kind, from, raw.text, raw.what, resolved});
+    };
     for (const RawRef& raw : s.refs) {
       ++report.references;
-      Reference ref = ParseReference(DirectoryOf(from), raw.text);
-      if (ref.kind == RefKind::kSamePage) {
-        if (fromKind == FileKind::kTopic && !s.bookmarks.count(ref.bookmark) && seen.insert(raw.text).second)
-          out.push_back({FindingKind::kMissingBookmark, from, raw.text, raw.what, ""});
-        continue;
+      Resolution r = index.Resolve(from, raw.text, bookmarks);
+      if (r.ref.kind == RefKind::kOutside) report1(FindingKind::kOutsideProject, raw);
+      if (r.ref.kind == RefKind::kLocal) {
+        if (r.presence == Presence::kMissing) {
+          report1(fromSitemap ? FindingKind::kSitemapMissing : FindingKind::kMissingFile, raw);
+          continue;
+        }
+        if (r.actual != from || !raw.topicLink) referenced.insert(r.actual);
+        if (r.presence != Presence::kExact) report1(FindingKind::kInexactReference, raw, r.actual);
       }
-      if (ref.kind == RefKind::kOutside) {
-        if (seen.insert(raw.text).second) out.push_back({FindingKind::kOutsideProject, from, raw.text, raw.what, ""});
-        continue;
-      }
-      if (ref.kind != RefKind::kLocal) continue;
-      std::string actual;
-      Presence p = index.Find(ref, actual);
-      if (p == Presence::kMissing) {
-        if (seen.insert(raw.text).second)
-          out.push_back({fromSitemap ? FindingKind::kSitemapMissing : FindingKind::kMissingFile, from, raw.text,
-                         raw.what, ""});
-        continue;
-      }
-      if (actual != from || !raw.topicLink) referenced.insert(actual);
-      if (p != Presence::kExact && seen.insert(raw.text).second)
-        out.push_back({FindingKind::kInexactReference, from, raw.text, raw.what, actual});
-      if (!ref.bookmark.empty() && ClassifyFile(actual) == FileKind::kTopic) {
-        const FileScan& target = scans[position[actual]];
-        if (target.error.empty() && !target.binary && !target.bookmarks.count(ref.bookmark) &&
-            seen.insert(raw.text).second)
-          out.push_back({FindingKind::kMissingBookmark, from, raw.text, raw.what, ""});
-      }
+      if (r.bookmarkMissing) report1(FindingKind::kMissingBookmark, raw);
     }
   }
 

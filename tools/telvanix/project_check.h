@@ -18,6 +18,7 @@ enum class FindingKind {
   kOrphanTopic,       // nothing refers to the topic
   kOrphanImage,       // nothing refers to the image
   kRepairedPage,      // the page's outline needed tags inserted or dropped
+  kSitemapStructure,  // a contents/index file that is empty or whose lists do not close
   kBinaryPage,        // a ".htm" file that holds binary data
   kUnreadable,        // an I/O error; makes the exit status 2
 };

@@ -3,7 +3,7 @@
 #include <cctype>
 #include <vector>
 
-#include "telvanix/platform/path_lookup.h"
+#include "telvanix/topic/html_file_ex.h"
 
 namespace telvanix::tool {
 
@@ -119,18 +119,53 @@ Reference ParseReference(const std::string& fromDir, const std::string& text) {
   return r;
 }
 
-Presence FindInProject(const std::string& root, const std::string& relative, std::string& onDisk) {
-  std::string full = root.empty() || root.back() == '/' ? root + relative : root + "/" + relative;
-  CString resolved;
-  int how = LookupPath(full.c_str(), resolved);
-  onDisk = relative;
-  if (how == pathNotFound) return Presence::kMissing;
-  std::string found = resolved.str();
-  std::string prefix = root.empty() || root.back() == '/' ? root : root + "/";
-  if (found.compare(0, prefix.size(), prefix) == 0) onDisk = found.substr(prefix.size());
-  if (how == pathExact) return Presence::kExact;
-  if (how == pathSlashed) return Presence::kSlashed;
+ProjectIndex::ProjectIndex(const std::vector<std::string>& files) {
+  for (const std::string& f : files) {
+    m_exact.insert(f);
+    m_folded.emplace(Lower(f), f);  // sorted input: the first spelling wins
+  }
+}
+
+Presence ProjectIndex::Find(const Reference& ref, std::string& actual) const {
+  if (m_exact.count(ref.path)) {
+    actual = ref.path;
+    return ref.backslashes ? Presence::kSlashed : Presence::kExact;
+  }
+  auto it = m_folded.find(Lower(ref.path));
+  if (it == m_folded.end()) return Presence::kMissing;
+  actual = it->second;
   return Presence::kCaseBlind;
+}
+
+Resolution ProjectIndex::Resolve(const std::string& from, const std::string& text,
+                                 const BookmarkLookup& bookmarks) const {
+  Resolution r;
+  r.ref = ParseReference(DirectoryOf(from), text);
+  std::string target;
+  if (r.ref.kind == RefKind::kSamePage) {
+    target = from;
+  } else if (r.ref.kind == RefKind::kLocal) {
+    r.presence = Find(r.ref, r.actual);
+    if (r.presence == Presence::kMissing) return r;
+    target = r.actual;
+  }
+  if (!target.empty() && !r.ref.bookmark.empty()) {
+    const std::set<std::string>* defined = bookmarks(target);
+    r.bookmarkMissing = defined && !defined->count(r.ref.bookmark);
+  }
+  return r;
+}
+
+std::string Decoded(const char* written) {
+  return written && *written ? CHtmlPack::HtmlToText(written).str() : std::string();
+}
+
+std::set<std::string> PageBookmarks(CHtmlFileEx& page) {
+  std::set<std::string> names;
+  unsigned int i = 0;
+  for (const char* v = page.GetFirstBookmark(i); v; v = page.GetNextBookmark(i))
+    if (*v) names.insert(Decoded(v));
+  return names;
 }
 
 }  // namespace telvanix::tool

@@ -1,9 +1,20 @@
 // Turning a reference written in a page (href, src, url(...), a sitemap's
-// "Local") into a file of the project, and finding that file on disk the way
-// a help compiler on Windows would: "\" as "/" and letter case ignored.
+// "Local") into a file of the project, and finding that file among the
+// project's files the way a help compiler on Windows would: "\" as "/" and
+// letter case ignored. `check` and `toc --check` resolve through the same
+// ProjectIndex::Resolve, bookmarks included.
 #pragma once
 
+#include <functional>
+#include <set>
 #include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace telvanix {
+class CHtmlFileEx;
+}
 
 namespace telvanix::tool {
 
@@ -27,11 +38,40 @@ Reference ParseReference(const std::string& fromDir, const std::string& text);
 
 enum class Presence { kExact, kSlashed, kCaseBlind, kMissing };
 
-// Looks `relative` up under `root`. `onDisk` receives the project-relative
-// spelling actually found (for kSlashed and kCaseBlind, the real name).
-Presence FindInProject(const std::string& root, const std::string& relative, std::string& onDisk);
-
 // Folder part of a project-relative path ("a/b.htm" -> "a", "b.htm" -> "").
 std::string DirectoryOf(const std::string& relative);
+
+// What one reference comes to in the project.
+struct Resolution {
+  Reference ref;
+  Presence presence = Presence::kMissing;  // for RefKind::kLocal
+  std::string actual;                      // the project file it names, as spelled on disk
+  bool bookmarkMissing = false;            // the named (or same) topic does not define ref.bookmark
+};
+
+// Bookmarks a topic of the project defines; null when they are not known
+// (not a topic, unreadable, binary), and then no bookmark is reported.
+using BookmarkLookup = std::function<const std::set<std::string>*(const std::string& topic)>;
+
+// The project's files by exact and by case-blind name.
+class ProjectIndex {
+ public:
+  // `files`: project-relative, "/"-separated, sorted (the first of several
+  // case-blind spellings wins).
+  explicit ProjectIndex(const std::vector<std::string>& files);
+  Presence Find(const Reference& ref, std::string& actual) const;
+  // Resolves `text`, written in the project file `from`.
+  Resolution Resolve(const std::string& from, const std::string& text, const BookmarkLookup& bookmarks) const;
+
+ private:
+  std::unordered_set<std::string> m_exact;
+  std::unordered_map<std::string, std::string> m_folded;
+};
+
+// A value as written in a page or sitemap, its entities decoded ("" for null).
+std::string Decoded(const char* written);
+
+// The bookmarks a page defines (A names and ids), decoded from HTML.
+std::set<std::string> PageBookmarks(CHtmlFileEx& page);
 
 }  // namespace telvanix::tool

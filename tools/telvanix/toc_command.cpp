@@ -3,14 +3,21 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
 #include <string>
 
 #include "telvanix/command_line.h"
 #include "telvanix/commands.h"
 #include "telvanix/page_files.h"
+#include "telvanix/project_files.h"
 #include "telvanix/references.h"
 #include "telvanix/sitemap/file_sitemap.h"
 #include "telvanix/sitemap/sitemap_entry.h"
+#include "telvanix/topic/html_file_ex.h"
 
 namespace telvanix::tool {
 
@@ -23,15 +30,28 @@ const char kHelp[] =
     "one line per entry, \"name -> topic\"; an index entry's further topics\n"
     "follow on lines of their own.\n"
     "\n"
-    "  --check      also check every topic an entry points to; entries are\n"
-    "               relative to the file's own folder, as in `telvanix check`\n"
+    "  --check      also check every topic an entry points to and the bookmark\n"
+    "               after its \"#\"; entries are relative to the file's own\n"
+    "               folder and resolved as `telvanix check` resolves them\n"
     "  --root DIR   the project folder, above which no entry may point\n"
     "               (default: the file's own folder)\n"
     "  --json       the entries (and problems) as one JSON object\n"
     "\n"
-    "Exit status: 0 clean, 1 --check found missing topics, 2 usage or I/O error.\n";
+    "Exit status: 0 clean, 1 --check found problems, 2 usage or I/O error.\n";
 
 std::string Str(const char* s) { return s ? s : ""; }
+
+// An index entry may be named by a "Keyword" parameter (kept among the
+// unknown ones, so that the file saves back as written); its "Name"
+// parameters then name the topics it lists.
+std::string EntryName(const CHtmlSitemap& e) {
+  for (int k = 0; k < e.GetUnknownParamArraySize(); ++k) {
+    const CHtmlSiteParamCouple* p = e.GetUnknownParam(k);
+    if (p && p->GetName() && p->GetValue() && CString(p->GetName()).CompareNoCase("Keyword") == 0)
+      return Decoded(p->GetValue());
+  }
+  return Str(e.GetName());
+}
 
 struct Problem {
   int entry;
@@ -56,27 +76,45 @@ int Run(const std::vector<std::string>& args) {
   }
   std::string root = cl.Values("root").empty() ? DirectoryOf(file) : cl.Values("root")[0];
   if (root.empty()) root = ".";
-  std::string fromDir;
+  // The sitemap's own name inside the project: entries are relative to its folder.
+  std::string from = file.substr(file.find_last_of('/') + 1);
   if (!cl.Values("root").empty()) {
-    // Entries are relative to the sitemap's own folder inside the project.
-    std::string f = file;
-    if (f.compare(0, root.size() + 1, root + "/") == 0) fromDir = DirectoryOf(f.substr(root.size() + 1));
+    std::error_code ec;
+    std::filesystem::path inside = std::filesystem::absolute(file, ec).lexically_normal().lexically_relative(
+        std::filesystem::absolute(root, ec).lexically_normal());
+    if (!ec && !inside.empty() && *inside.begin() != "..") from = inside.generic_string();
   }
 
   std::vector<Problem> problems;
-  auto checkRef = [&](int entry, const char* text) {
-    if (!cl.Has("check") || !text || !*text) return;
-    Reference ref = ParseReference(fromDir, text);
-    if (ref.kind == RefKind::kOutside) {
-      problems.push_back({entry, text, "points outside the project"});
-    } else if (ref.kind == RefKind::kLocal) {
-      std::string onDisk;
-      Presence p = FindInProject(root, ref.path, onDisk);
-      if (p == Presence::kMissing)
-        problems.push_back({entry, text, "topic does not exist"});
-      else if (p != Presence::kExact)
-        problems.push_back({entry, text, "resolves only as " + onDisk});
+  std::unique_ptr<ProjectIndex> index;
+  // Bookmarks of the topics entries point into, each page read once.
+  std::map<std::string, std::optional<std::set<std::string>>> pageBookmarks;
+  const BookmarkLookup bookmarks = [&](const std::string& topic) -> const std::set<std::string>* {
+    if (ClassifyFile(topic) != FileKind::kTopic) return nullptr;
+    auto [it, fresh] = pageBookmarks.try_emplace(topic);
+    if (fresh) {
+      std::string path = root + "/" + topic, error;
+      CByteString page;
+      if (LoadTopicBytes(path, page, error)) {
+        CHtmlFileEx doc(page, path.c_str());
+        it->second = PageBookmarks(doc);
+      }
     }
+    return it->second ? &*it->second : nullptr;
+  };
+  // Files the listing could not take (broken links, pipes) are no topics:
+  // an entry naming one is reported as missing, and nothing else is said.
+  if (cl.Has("check")) index = std::make_unique<ProjectIndex>(ListProjectFiles(root).files);
+  auto checkRef = [&](int entry, const char* written) {
+    if (!index || !written || !*written) return;
+    const std::string text = Decoded(written);  // the model keeps values as written
+    Resolution r = index->Resolve(from, text, bookmarks);
+    if (r.ref.kind == RefKind::kOutside) problems.push_back({entry, text, "points outside the project"});
+    if (r.ref.kind == RefKind::kLocal && r.presence == Presence::kMissing)
+      problems.push_back({entry, text, "topic does not exist"});
+    else if (r.ref.kind == RefKind::kLocal && r.presence != Presence::kExact)
+      problems.push_back({entry, text, "resolves only as " + r.actual});
+    if (r.bookmarkMissing) problems.push_back({entry, text, "topic does not define the bookmark"});
   };
 
   nlohmann::json entries = nlohmann::json::array();
@@ -86,8 +124,8 @@ int Run(const std::vector<std::string>& args) {
     if (!e) continue;
     int level = e->GetLevel() < 1 ? 1 : e->GetLevel();
     std::string indent(static_cast<size_t>(2 * (level - 1)), ' ');
-    std::string name = Str(e->GetName());
-    std::string local = Str(e->GetPrimary());
+    std::string name = EntryName(*e);
+    std::string local = Decoded(e->GetPrimary());
     nlohmann::json je = {{"level", level}, {"name", ToUtf8(name.c_str())}, {"local", ToUtf8(local.c_str())}};
     if (!json) {
       std::printf("%s%s", indent.c_str(), name.empty() ? "(no name)" : name.c_str());
@@ -100,9 +138,9 @@ int Run(const std::vector<std::string>& args) {
     for (int s = 0; s < e->GetSectionArraySize(); ++s) {
       const CHtmlSitemapSection* sec = e->GetSection(s);
       if (!sec) continue;
-      if (!json)
-        std::printf("%s  - %s -> %s\n", indent.c_str(), Str(sec->GetName()).c_str(), Str(sec->GetPrimary()).c_str());
-      sections.push_back({{"name", ToUtf8(sec->GetName())}, {"local", ToUtf8(sec->GetPrimary())}});
+      const std::string secLocal = Decoded(sec->GetPrimary());
+      if (!json) std::printf("%s  - %s -> %s\n", indent.c_str(), Str(sec->GetName()).c_str(), secLocal.c_str());
+      sections.push_back({{"name", ToUtf8(sec->GetName())}, {"local", ToUtf8(secLocal.c_str())}});
       checkRef(i, sec->GetPrimary());
     }
     if (!sections.empty()) je["sections"] = sections;
