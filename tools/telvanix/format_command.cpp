@@ -15,7 +15,7 @@ namespace telvanix::tool {
 namespace {
 
 const char kHelp[] =
-    "usage: telvanix format PAGE|DIR... [--layout] [--dry-run]\n"
+    "usage: telvanix format PAGE|DIR... [--layout] [--dry-run] [--force]\n"
     "\n"
     "Saves each topic page with line breaks and indentation regenerated from\n"
     "the kind of each tag. A file is rewritten (atomically) only when its bytes\n"

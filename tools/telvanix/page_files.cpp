@@ -19,7 +19,7 @@ std::vector<std::string> ExpandTopicOperands(const std::vector<std::string>& ope
   for (const std::string& op : operands) {
     std::error_code ec;
     if (fs::is_directory(op, ec)) {
-      ProjectFiles files = ListProjectFiles(op);
+      ProjectFiles files = ListProjectFiles(op, true);
       for (const std::string& e : files.errors) errors.push_back(e);
       for (const std::string& f : files.files)
         if (ClassifyFile(f) == FileKind::kTopic) out.push_back((fs::path(op) / f).string());

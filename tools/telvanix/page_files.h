@@ -12,7 +12,8 @@
 namespace telvanix::tool {
 
 // Files named by the operands: a file stays as given; a folder gives every
-// topic page under it (sorted). Unreadable folders add a line to `errors`.
+// topic page under it (sorted). Unreadable folders, and broken links named
+// like pages, add a line to `errors`; other files are not looked at.
 std::vector<std::string> ExpandTopicOperands(const std::vector<std::string>& operands,
                                              std::vector<std::string>& errors);
 
