@@ -311,6 +311,24 @@ TEST(FormatCommand, KeepsPagesWhoseWordsWouldJoinUnlessForced) {
   }
 }
 
+TEST(FormatCommand, KeepsPagesWhosePreformattedTextWouldChange) {
+  ScratchDir dir;
+  const std::string head = "<html><head><title>t</title></head><body>\n";
+  const std::string indented = head + "<pre>\n  indented;\n</pre></body></html>\n";
+  const std::string flush = head + "<pre>\nflush;\nlines</pre><xmp>x</xmp></body></html>\n";
+  WriteFile(dir / "indented.htm", indented);
+  WriteFile(dir / "flush.htm", flush);
+  ToolRun r = RunTool({"format", dir.path()});
+  EXPECT_EQ(r.status, 0) << r;
+  EXPECT_NE(r.out.find("kept " + (dir / "indented.htm") + ": the layout would change preformatted text"),
+            std::string::npos) << r;
+  EXPECT_EQ(ReadFile(dir / "indented.htm"), indented);
+  // The line break right after <pre> is no content: dropping it is no change.
+  EXPECT_NE(r.out.find("formatted " + (dir / "flush.htm")), std::string::npos) << r;
+  ASSERT_EQ(RunTool({"format", dir / "indented.htm", "--force"}).status, 0);
+  EXPECT_NE(ReadFile(dir / "indented.htm"), indented);
+}
+
 TEST(FormatCommand, WritesOnlyPagesWhoseBytesChangeAndSettles) {
   LanternCopy copy;
   // One page formatted beforehand: the folder run must leave it alone.
