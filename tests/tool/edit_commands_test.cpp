@@ -169,6 +169,7 @@ TEST(TagsCommand, TagNobodyUsesOrABadRequestChangesNothing) {
       {{"--rename", "PRINT", "paper"}, 0}, {{"--remove", "nosuch"}, 0},
       {{"--rename", "print"}, 2}, {{"--rename", "print", "a,b"}, 2}, {{"--rename", "print", ""}, 2},
       {{"--remove", ""}, 2}, {{"--remove", "print", "--rename", "online", "web"}, 2},
+      {{"--rename", "print", "a\"b"}, 2}, {{"--rename", "print", "a;b"}, 2},
   };
   for (const auto& run : runs) {
     std::vector<std::string> args = {"tags", copy.root()};
@@ -258,6 +259,43 @@ TEST(PropsCommand, SeveralPropertiesAndRemoval) {
   ASSERT_EQ(r.status, 0) << r;
   EXPECT_EQ(ReadProps(page), Json({{"file", page}}));
   EXPECT_EQ(ReadFile(page).find("topic-"), std::string::npos) << ReadFile(page);
+}
+
+TEST(PropsCommand, EveryValueIsEscapedNewOrReplaced) {
+  ScratchDir dir;
+  const std::string head = "<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=windows-1252\">";
+  WriteFile(dir / "with.htm", head + "<meta name=\"topic-author\" content=\"A\"></head><body>x</body></html>\n");
+  WriteFile(dir / "without.htm", head + "<title>t</title></head><body>x</body></html>\n");
+  const std::string author = "O\"Brien & Sons <x>", tags = "R&D,x\"y";
+  ToolRun r = RunTool({"props", dir.path(), "--set", "author=" + author, "--set", "build-tags=" + tags});
+  ASSERT_EQ(r.status, 0) << r;
+  for (const char* name : {"with.htm", "without.htm"}) {
+    const std::string page = dir / name;
+    EXPECT_EQ(ReadProps(page), Json({{"file", page}, {"author", author}, {"build-tags", tags}}));
+    const std::string bytes = ReadFile(page);
+    EXPECT_NE(bytes.find("content=\"O&quot;Brien &amp; Sons &lt;x&gt;\">"), std::string::npos) << bytes;
+    EXPECT_NE(bytes.find("content=\"R&amp;D,x&quot;y\">"), std::string::npos) << bytes;
+  }
+  ToolRun listed = RunTool({"tags", dir / "with.htm", "--json"});
+  EXPECT_EQ(Json::parse(listed.out).at("topic"), Json({"R&D", "x\"y"})) << listed;
+}
+
+TEST(PropsCommand, PagesThatCannotTakeTheChangeAreNamedAndKept) {
+  ScratchDir dir;
+  WriteFile(dir / "empty.htm", "");
+  WriteFile(dir / "headless.htm", "<p>no head</p>\n");
+  // The unterminated CDATA holds a quote: what is inserted after it is
+  // swallowed on the next reading.
+  WriteFile(dir / "cdata.htm", "<html><![CDATA[ a \"quote\n<head><title>t</title></head><body>x</body></html>\n");
+  auto before = Snapshot(dir.path());
+  ToolRun r = RunTool({"props", dir.path(), "--set", "author=Z"});
+  EXPECT_EQ(r.status, 1) << r;
+  EXPECT_EQ(r.out, "0 of 3 pages changed\n") << r;
+  EXPECT_EQ(Lines(r.err).size(), 3u) << r;
+  for (const char* name : {"empty.htm", "headless.htm", "cdata.htm"})
+    EXPECT_NE(r.err.find(name), std::string::npos) << name << "\n" << r;
+  EXPECT_NE(r.err.find("author would be gone on the next reading"), std::string::npos) << r;
+  EXPECT_EQ(Snapshot(dir.path()), before);
 }
 
 TEST(PropsCommand, BadAssignmentsChangeNothing) {

@@ -1,0 +1,39 @@
+// Text that the editing commands write into a META's attribute value and read
+// back out of it. The user's text is UTF-8; a page holds its own charset, and
+// a double-quoted value holds no raw quote, "&", "<" or ">".
+#pragma once
+
+#include <string>
+
+#include "telvanix/platform/types.h"
+
+namespace telvanix {
+class CByteString;
+class CHtmlFileEx;
+class CHtmlTagItem;
+}  // namespace telvanix
+
+namespace telvanix::tool {
+
+// The code page a page's text is in.
+UINT PageCodePage(const CByteString& page);
+
+// UTF-8 text as an attribute value of a page in `codePage`: the double quote,
+// "&", "<" and ">" as references, and a character the code page cannot hold
+// as "&#N;".
+std::string ToAttributeValue(const std::string& utf8, UINT codePage);
+
+// An attribute value of a page in `codePage` as UTF-8, its character
+// references decoded.
+std::string AttributeValueToUtf8(const char* value, UINT codePage);
+
+// Text of a page in `codePage` as UTF-8, and back (a character the code page
+// cannot hold becomes "&#N;").
+std::string PageTextToUtf8(const char* text, UINT codePage);
+std::string Utf8ToPageText(const std::string& utf8, UINT codePage);
+
+// The META the topic's getters read for `name` (the first live one whose
+// "name" matches without regard to case), or null.
+CHtmlTagItem* FindMeta(CHtmlFileEx& doc, const char* name);
+
+}  // namespace telvanix::tool
