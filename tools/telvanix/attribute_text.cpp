@@ -5,7 +5,6 @@
 #include <cstring>
 
 #include "telvanix/html/html_pack.h"
-#include "telvanix/page_files.h"
 #include "telvanix/platform/code_page.h"
 #include "telvanix/topic/html_file_ex.h"
 
@@ -18,7 +17,7 @@ UINT PageCodePage(const CByteString& page) {
 
 std::string PageTextToUtf8(const char* text, UINT codePage) {
   (void)codePage;
-  return ToUtf8(text);
+  return text ? text : "";
 }
 
 std::string Utf8ToPageText(const std::string& utf8, UINT codePage) {

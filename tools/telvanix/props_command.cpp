@@ -23,8 +23,8 @@ const char kHelp[] =
     "\n"
     "Without --set, prints the topic properties of each page. With --set,\n"
     "changes them and saves each page whose bytes change (atomically); an\n"
-    "empty VALUE removes a property. VALUE is UTF-8; it is written in the\n"
-    "page's own charset, a character the charset cannot hold as \"&#N;\".\n"
+    "empty VALUE removes a property. VALUE is written as given, with the\n"
+    "double quote, \"&\", \"<\" and \">\" as references.\n"
     "Before a page is written its new bytes are read back: a page where a\n"
     "value would not read back as set (or that has no head) is left as it\n"
     "was and named. Properties (NAME):\n"
@@ -195,7 +195,7 @@ PageOutcome HandlePage(const std::string& path, const std::vector<Assignment>& g
   for (const Property& p : kProperties) {
     std::string value;
     if (!ReadProperty(doc, codePage, p, value)) continue;
-    j[p.name] = value;
+    j[p.name] = ToUtf8(value.c_str());
     text += std::string("  ") + p.name + ": " + value + "\n";
   }
   o.output = json ? j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n" : text;

@@ -35,7 +35,7 @@ const char kHelp[] =
     "was), 2 usage or I/O error.\n";
 
 struct PageTags {
-  std::vector<std::string> topic, elements;  // UTF-8
+  std::vector<std::string> topic, elements;
   bool operator==(const PageTags&) const = default;
 };
 
@@ -195,8 +195,8 @@ int Run(const std::vector<std::string>& args) {
     if (cl.Has("json")) {
       nlohmann::json j = {{"file", FileNameToUtf8(pages[i])}, {"topic", nlohmann::json::array()},
                           {"elements", nlohmann::json::array()}};
-      for (const std::string& t : o.tags.topic) j["topic"].push_back(t);
-      for (const std::string& t : o.tags.elements) j["elements"].push_back(t);
+      for (const std::string& t : o.tags.topic) j["topic"].push_back(ToUtf8(t.c_str()));
+      for (const std::string& t : o.tags.elements) j["elements"].push_back(ToUtf8(t.c_str()));
       std::printf("%s\n", j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
     } else {
       std::string line = pages[i] + ":";
