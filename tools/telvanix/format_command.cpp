@@ -2,6 +2,7 @@
 // breaks and indentation, writing only the files whose bytes change.
 #include <strings.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <vector>
 
@@ -73,6 +74,11 @@ std::vector<std::string> PreformattedContents(CHtmlPack& pack) {
   int depth = 0;
   CByteString piece;
   std::string current;
+  auto finish = [&] {
+    if (open->leadingBreakIgnored) current.erase(0, current.rfind("\r\n", 0) == 0 ? 2 : current.rfind("\n", 0) == 0);
+    contents.push_back(current);
+    open = nullptr;
+  };
   for (POSITION pos = list->GetHeadPosition(); pos;) {
     CHtmlTokenItem* token = list->GetNext(pos);
     if (!token || token->IsDiscardedToken()) continue;
@@ -86,7 +92,8 @@ std::vector<std::string> PreformattedContents(CHtmlPack& pack) {
       open = kind;
       depth = 1;
       // Of the start tag, only the blanks after it belong to the content.
-      current = printed.substr(printed.size() - static_cast<size_t>(token->GetIndentAfterLength()));
+      const size_t blanks = std::min(printed.size(), static_cast<size_t>(token->GetIndentAfterLength()));
+      current = printed.substr(printed.size() - blanks);
       continue;
     }
     if (kind == open) depth += tag->IsEndTag() ? -1 : 1;
@@ -94,16 +101,9 @@ std::vector<std::string> PreformattedContents(CHtmlPack& pack) {
       current += printed;
       continue;
     }
-    if (open->leadingBreakIgnored) {
-      if (current.rfind("\r\n", 0) == 0)
-        current.erase(0, 2);
-      else if (current.rfind("\n", 0) == 0)
-        current.erase(0, 1);
-    }
-    contents.push_back(current);
-    open = nullptr;
+    finish();
   }
-  if (open) contents.push_back(current);
+  if (open) finish();
   return contents;
 }
 
