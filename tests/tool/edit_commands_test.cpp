@@ -169,6 +169,7 @@ TEST(TagsCommand, TagNobodyUsesOrABadRequestChangesNothing) {
       {{"--rename", "PRINT", "paper"}, 0}, {{"--remove", "nosuch"}, 0},
       {{"--rename", "print"}, 2}, {{"--rename", "print", "a,b"}, 2}, {{"--rename", "print", ""}, 2},
       {{"--remove", ""}, 2}, {{"--remove", "print", "--rename", "online", "web"}, 2},
+      {{"--rename", "print", "a\"b"}, 2}, {{"--rename", "print", "a;b"}, 2},
   };
   for (const auto& run : runs) {
     std::vector<std::string> args = {"tags", copy.root()};
@@ -260,6 +261,43 @@ TEST(PropsCommand, SeveralPropertiesAndRemoval) {
   EXPECT_EQ(ReadFile(page).find("topic-"), std::string::npos) << ReadFile(page);
 }
 
+TEST(PropsCommand, EveryValueIsEscapedNewOrReplaced) {
+  ScratchDir dir;
+  const std::string head = "<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=windows-1252\">";
+  WriteFile(dir / "with.htm", head + "<meta name=\"topic-author\" content=\"A\"></head><body>x</body></html>\n");
+  WriteFile(dir / "without.htm", head + "<title>t</title></head><body>x</body></html>\n");
+  const std::string author = "O\"Brien & Sons <x>", tags = "R&D,x\"y";
+  ToolRun r = RunTool({"props", dir.path(), "--set", "author=" + author, "--set", "build-tags=" + tags});
+  ASSERT_EQ(r.status, 0) << r;
+  for (const char* name : {"with.htm", "without.htm"}) {
+    const std::string page = dir / name;
+    EXPECT_EQ(ReadProps(page), Json({{"file", page}, {"author", author}, {"build-tags", tags}}));
+    const std::string bytes = ReadFile(page);
+    EXPECT_NE(bytes.find("content=\"O&quot;Brien &amp; Sons &lt;x&gt;\">"), std::string::npos) << bytes;
+    EXPECT_NE(bytes.find("content=\"R&amp;D,x&quot;y\">"), std::string::npos) << bytes;
+  }
+  ToolRun listed = RunTool({"tags", dir / "with.htm", "--json"});
+  EXPECT_EQ(Json::parse(listed.out).at("topic"), Json({"R&D", "x\"y"})) << listed;
+}
+
+TEST(PropsCommand, PagesThatCannotTakeTheChangeAreNamedAndKept) {
+  ScratchDir dir;
+  WriteFile(dir / "empty.htm", "");
+  WriteFile(dir / "headless.htm", "<p>no head</p>\n");
+  // The unterminated CDATA holds a quote: what is inserted after it is
+  // swallowed on the next reading.
+  WriteFile(dir / "cdata.htm", "<html><![CDATA[ a \"quote\n<head><title>t</title></head><body>x</body></html>\n");
+  auto before = Snapshot(dir.path());
+  ToolRun r = RunTool({"props", dir.path(), "--set", "author=Z"});
+  EXPECT_EQ(r.status, 1) << r;
+  EXPECT_EQ(r.out, "0 of 3 pages changed\n") << r;
+  EXPECT_EQ(Lines(r.err).size(), 3u) << r;
+  for (const char* name : {"empty.htm", "headless.htm", "cdata.htm"})
+    EXPECT_NE(r.err.find(name), std::string::npos) << name << "\n" << r;
+  EXPECT_NE(r.err.find("author would be gone on the next reading"), std::string::npos) << r;
+  EXPECT_EQ(Snapshot(dir.path()), before);
+}
+
 TEST(PropsCommand, BadAssignmentsChangeNothing) {
   LanternCopy copy;
   auto before = Snapshot(copy.root());
@@ -309,6 +347,24 @@ TEST(FormatCommand, KeepsPagesWhoseWordsWouldJoinUnlessForced) {
     ToolRun original = RunTool({"text", kLantern + "/" + name});
     EXPECT_EQ(Json::parse(text.out).at("text"), Json::parse(original.out).at("text")) << name;
   }
+}
+
+TEST(FormatCommand, KeepsPagesWhosePreformattedTextWouldChange) {
+  ScratchDir dir;
+  const std::string head = "<html><head><title>t</title></head><body>\n";
+  const std::string indented = head + "<pre>\n  indented;\n</pre></body></html>\n";
+  const std::string flush = head + "<pre>\nflush;\nlines</pre><xmp>x</xmp></body></html>\n";
+  WriteFile(dir / "indented.htm", indented);
+  WriteFile(dir / "flush.htm", flush);
+  ToolRun r = RunTool({"format", dir.path()});
+  EXPECT_EQ(r.status, 0) << r;
+  EXPECT_NE(r.out.find("kept " + (dir / "indented.htm") + ": the layout would change preformatted text"),
+            std::string::npos) << r;
+  EXPECT_EQ(ReadFile(dir / "indented.htm"), indented);
+  // The line break right after <pre> is no content: dropping it is no change.
+  EXPECT_NE(r.out.find("formatted " + (dir / "flush.htm")), std::string::npos) << r;
+  ASSERT_EQ(RunTool({"format", dir / "indented.htm", "--force"}).status, 0);
+  EXPECT_NE(ReadFile(dir / "indented.htm"), indented);
 }
 
 TEST(FormatCommand, WritesOnlyPagesWhoseBytesChangeAndSettles) {

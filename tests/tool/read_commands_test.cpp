@@ -21,6 +21,13 @@ TEST(ToolUsage, HelpOfEveryCommandExitsZero) {
       EXPECT_EQ(r.status, 0) << c << " " << flag << "\n" << r;
       EXPECT_EQ(r.out.rfind("usage: telvanix " + c + " ", 0), 0u) << r;
       EXPECT_EQ(r.err, "") << r;
+      // Every option the help explains is in its usage line.
+      const std::string usage = r.out.substr(0, r.out.find('\n'));
+      for (const std::string& line : Lines(r.out)) {
+        if (line.rfind("  --", 0) == 0) {
+          EXPECT_NE(usage.find(line.substr(2, line.find(' ', 2) - 2)), std::string::npos) << c << ": " << line;
+        }
+      }
     }
   }
 }

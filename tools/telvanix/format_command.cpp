@@ -1,6 +1,10 @@
 // telvanix format PATH... [--layout]: save pages with regenerated line
 // breaks and indentation, writing only the files whose bytes change.
+#include <strings.h>
+
+#include <algorithm>
 #include <cstdio>
+#include <vector>
 
 #include "telvanix/command_line.h"
 #include "telvanix/commands.h"
@@ -15,7 +19,7 @@ namespace telvanix::tool {
 namespace {
 
 const char kHelp[] =
-    "usage: telvanix format PAGE|DIR... [--layout] [--dry-run]\n"
+    "usage: telvanix format PAGE|DIR... [--layout] [--dry-run] [--force]\n"
     "\n"
     "Saves each topic page with line breaks and indentation regenerated from\n"
     "the kind of each tag. A file is rewritten (atomically) only when its bytes\n"
@@ -28,19 +32,95 @@ const char kHelp[] =
     "\n"
     "The regenerated layout trims the blanks around text, so a blank between a\n"
     "word and an inline tag (\"Read <b>this</b> now\") would be lost and words\n"
-    "joined. Such pages are left as they are and listed, unless --force.\n"
+    "joined, and preformatted text (PRE, LISTING, XMP, PLAINTEXT, TEXTAREA)\n"
+    "would lose its line breaks and indentation at either end. Such pages are\n"
+    "left as they are and listed, unless --force.\n"
     "\n"
     "Exit status: 0 done, 2 usage or I/O error.\n";
 
 struct FormatResult {
-  int written = 0;  // 1 changed (or would change), 0 unchanged, 2 kept to save its words, -1 failed
+  int written = 0;  // 1 changed (or would change), 0 unchanged, 2 or 3 kept (words, preformatted text), -1 failed
   std::string error;
 };
+
+// Elements whose white space a reader sees, and whether a line break right
+// after the start tag is not part of the content.
+struct Preformatted {
+  const char* name;
+  bool leadingBreakIgnored;
+  int id;
+};
+
+const Preformatted* FindPreformatted(CHtmlTagItem* tag) {
+  static const std::vector<Preformatted> kinds = [] {
+    std::vector<Preformatted> v = {
+        {"PRE", true, 0}, {"LISTING", true, 0}, {"TEXTAREA", true, 0}, {"XMP", false, 0}, {"PLAINTEXT", false, 0}};
+    for (Preformatted& p : v) p.id = CHtmlTagItem::GetTagIdFromTagName(p.name, nullptr);
+    return v;
+  }();
+  const int id = static_cast<int>(static_cast<DWORD>(tag->GetTagId()) & ~CHtmlTagItem::emTagIdEndBit);
+  for (const Preformatted& p : kinds)
+    if (p.id == id) return &p;
+  return nullptr;
+}
+
+// The contents of every preformatted element of a parsed pack, byte for
+// byte as they print (white space included), in page order; PLAINTEXT runs
+// to the page end.
+std::vector<std::string> PreformattedContents(CHtmlPack& pack) {
+  std::vector<std::string> contents;
+  CHtmlTokenList* list = pack.GetTokenList();
+  const Preformatted* open = nullptr;
+  int depth = 0;
+  CByteString piece;
+  std::string current;
+  auto finish = [&] {
+    if (open->leadingBreakIgnored) current.erase(0, current.rfind("\r\n", 0) == 0 ? 2 : current.rfind("\n", 0) == 0);
+    contents.push_back(current);
+    open = nullptr;
+  };
+  for (POSITION pos = list->GetHeadPosition(); pos;) {
+    CHtmlTokenItem* token = list->GetNext(pos);
+    if (!token || token->IsDiscardedToken()) continue;
+    CHtmlTagItem* tag = token->GetSafeTagItemPtr();
+    const Preformatted* kind = tag ? FindPreformatted(tag) : nullptr;
+    if (!open && (!kind || tag->IsEndTag())) continue;
+    piece.ClearContent();
+    token->AppendPrintableText(piece, CHtmlTokenItem::emTextWithIndentAfter);
+    std::string printed(reinterpret_cast<const char*>(piece.GetContent()), static_cast<size_t>(piece.GetLength()));
+    if (!open) {
+      open = kind;
+      depth = 1;
+      // Of the start tag, only the blanks after it belong to the content.
+      const size_t blanks = std::min(printed.size(), static_cast<size_t>(token->GetIndentAfterLength()));
+      current = printed.substr(printed.size() - blanks);
+      continue;
+    }
+    if (kind == open) depth += tag->IsEndTag() ? -1 : 1;
+    if (depth > 0) {
+      current += printed;
+      continue;
+    }
+    finish();
+  }
+  if (open) finish();
+  return contents;
+}
 
 // The words a reader sees, on one line, as the indexer would read them.
 std::string VisibleWords(CByteString& bytes, const std::string& path) {
   CHtmlFileEx doc(bytes, path.c_str());
   return doc.GetPureText(emPureTextOneLine, nullptr, nullptr).str();
+}
+
+// Whether the formatted page shows what the source (parsed in `source`)
+// shows: the same words, and preformatted text exactly as it was.
+int KeepReason(CByteString& bytes, CHtmlPack& source, CByteString& formatted, const std::string& path) {
+  if (VisibleWords(bytes, path) != VisibleWords(formatted, path)) return 2;
+  std::vector<std::string> pre = PreformattedContents(source);
+  if (pre.empty()) return 0;
+  CHtmlPack after(formatted, path.c_str());
+  return after.Parse(CHtmlPack::emParseAttributes) && PreformattedContents(after) == pre ? 0 : 3;
 }
 
 FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool force) {
@@ -60,9 +140,9 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool 
     return r;
   }
   const bool same = SameBytes(source, formatted);
-  if (!same && !force && VisibleWords(source, path) != VisibleWords(formatted, path)) {
-    r.written = 2;
-    return r;
+  if (!same && !force) {
+    r.written = KeepReason(source, pack, formatted, path);
+    if (r.written) return r;
   }
   if (dryRun) {
     r.written = same ? 0 : 1;
@@ -85,16 +165,17 @@ int Run(const std::vector<std::string>& args) {
     if (results[i].written == 1) {
       ++changed;
       std::printf("%s%s\n", dryRun ? "would format " : "formatted ", pages[i].c_str());
-    } else if (results[i].written == 2) {
+    } else if (results[i].written == 2 || results[i].written == 3) {
       ++kept;
-      std::printf("kept %s: the layout would join words (use --force to format anyway)\n", pages[i].c_str());
+      std::printf("kept %s: the layout would %s (use --force to format anyway)\n", pages[i].c_str(),
+                  results[i].written == 2 ? "join words" : "change preformatted text");
     } else if (results[i].written < 0) {
       errors.push_back(results[i].error);
     }
   }
   for (const std::string& e : errors) PrintError(e);
   std::printf("%zu of %zu pages %s", changed, pages.size(), dryRun ? "would change" : "changed");
-  if (kept) std::printf(", %zu kept to save their words", kept);
+  if (kept) std::printf(", %zu kept to save what a reader sees", kept);
   std::printf("\n");
   return errors.empty() ? kExitClean : kExitError;
 }

@@ -19,7 +19,7 @@ std::vector<std::string> ExpandTopicOperands(const std::vector<std::string>& ope
   for (const std::string& op : operands) {
     std::error_code ec;
     if (fs::is_directory(op, ec)) {
-      ProjectFiles files = ListProjectFiles(op);
+      ProjectFiles files = ListProjectFiles(op, true);
       for (const std::string& e : files.errors) errors.push_back(e);
       for (const std::string& f : files.files)
         if (ClassifyFile(f) == FileKind::kTopic) out.push_back((fs::path(op) / f).string());
@@ -172,7 +172,7 @@ bool OpenTopicPage(const std::string& path, OpenTopic& topic, std::string& error
   return true;
 }
 
-int SaveTopicIfChanged(const std::string& path, OpenTopic& topic, std::string& error) {
+int SaveTopicIfChanged(const std::string& path, OpenTopic& topic, std::string& error, const ReadBackCheck& check) {
   if (!topic.doc->IsTokenListModified()) return 0;
   CByteString saved;
   if (!topic.doc->Save(&saved, CHtmlPack::emSave)) {
@@ -185,6 +185,15 @@ int SaveTopicIfChanged(const std::string& path, OpenTopic& topic, std::string& e
   if (tail.GetLength() > 0 && !saved.Append(tail.GetContent(), tail.GetLength())) {
     error = path + ": could not be saved";
     return -1;
+  }
+  if (check && !SameBytes(topic.source, saved)) {
+    CHtmlFileEx reread(saved, path.c_str());
+    reread.Analyse();
+    std::string why = check(reread);
+    if (!why.empty()) {
+      error = path + ": " + why + "; left as it was";
+      return -2;
+    }
   }
   return WriteIfChanged(path, topic.source, saved, error);
 }

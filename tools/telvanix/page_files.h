@@ -3,6 +3,7 @@
 // when its bytes changed.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,7 +13,8 @@
 namespace telvanix::tool {
 
 // Files named by the operands: a file stays as given; a folder gives every
-// topic page under it (sorted). Unreadable folders add a line to `errors`.
+// topic page under it (sorted). Unreadable folders, and broken links named
+// like pages, add a line to `errors`; other files are not looked at.
 std::vector<std::string> ExpandTopicOperands(const std::vector<std::string>& operands,
                                              std::vector<std::string>& errors);
 
@@ -62,8 +64,15 @@ struct OpenTopic {
 // Loads and analyses a topic; false with a one-line `error` otherwise.
 bool OpenTopicPage(const std::string& path, OpenTopic& topic, std::string& error);
 
+// Looks at a page read back from the bytes an edit would write: empty when
+// they hold what the edit meant, else the reason they do not.
+using ReadBackCheck = std::function<std::string(CHtmlFileEx& reread)>;
+
 // Saves the (edited) document over its file, atomically and only when the
-// bytes change. Returns 1 written, 0 unchanged, -1 on failure (error set).
-int SaveTopicIfChanged(const std::string& path, OpenTopic& topic, std::string& error);
+// bytes change. With `check`, the new bytes are first read back as a topic
+// and checked. Returns 1 written, 0 unchanged, -1 on failure, -2 when the
+// check refused the new bytes (the file is left as it was); error set.
+int SaveTopicIfChanged(const std::string& path, OpenTopic& topic, std::string& error,
+                       const ReadBackCheck& check = nullptr);
 
 }  // namespace telvanix::tool

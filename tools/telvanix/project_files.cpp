@@ -28,6 +28,7 @@ std::string LowerExtension(const std::string& path) {
 
 struct Walker {
   std::string root;
+  bool topicsOnly = false;
   ProjectFiles out;
   std::set<std::pair<dev_t, ino_t>> open;  // folders on the current walk path
 
@@ -62,6 +63,9 @@ struct Walker {
       if (sec) {
         std::error_code lec;
         bool dangling = sec == std::errc::no_such_file_or_directory && fs::is_symlink(fs::symlink_status(p, lec));
+        // A link that leads nowhere (or round in a circle) holds no folder;
+        // it matters only when its name is of a kind being collected.
+        if ((dangling || sec == std::errc::too_many_symbolic_link_levels) && !Collects(rel)) continue;
         out.errors.push_back(p.string() + ": " + (dangling ? std::string("broken symbolic link") : sec.message()));
         continue;
       }
@@ -69,12 +73,17 @@ struct Walker {
         Walk(p, rel);
       else if (fs::is_regular_file(status))
         out.files.push_back(rel);
-      else if (ClassifyFile(rel) != FileKind::kOther)
+      else if (Collects(rel))
         // A pipe or device that looks like a page would block or never end
         // when read; it is named so that nobody wonders why it was left out.
         out.errors.push_back(p.string() + ": not a regular file, skipped");
     }
     open.erase(id);
+  }
+
+  bool Collects(const std::string& rel) const {
+    FileKind kind = ClassifyFile(rel);
+    return topicsOnly ? kind == FileKind::kTopic : kind != FileKind::kOther;
   }
 };
 
@@ -92,13 +101,24 @@ FileKind ClassifyFile(const std::string& path) {
   return FileKind::kOther;
 }
 
-ProjectFiles ListProjectFiles(const std::string& root) {
+ProjectFiles ListProjectFiles(const std::string& root, bool topicsOnly) {
   Walker w;
   w.root = root;
+  w.topicsOnly = topicsOnly;
   w.Walk(fs::path(root), "");
   std::sort(w.out.files.begin(), w.out.files.end());
   return std::move(w.out);
 }
+
+namespace {
+
+// A file that is there but cannot be read says so, with the system's reason;
+// only a missing one is "No such file or directory".
+std::string ReadFailure(int err) {
+  return err == ENOENT ? std::strerror(err) : "unreadable (" + std::string(std::strerror(err)) + ")";
+}
+
+}  // namespace
 
 bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& error) {
   bytes.clear();
@@ -106,12 +126,12 @@ bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& err
   // it is then turned away as not a regular file.
   int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (fd < 0) {
-    error = std::strerror(errno);
+    error = ReadFailure(errno);
     return false;
   }
   struct stat st {};
   if (::fstat(fd, &st) != 0) {
-    error = std::strerror(errno);
+    error = ReadFailure(errno);
     ::close(fd);
     return false;
   }
@@ -134,7 +154,7 @@ bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& err
     if (n == 0) break;
     if (n < 0) {
       if (errno == EINTR) continue;
-      error = std::strerror(errno);
+      error = ReadFailure(errno);
       ::close(fd);
       return false;
     }

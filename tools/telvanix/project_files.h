@@ -19,8 +19,10 @@ struct ProjectFiles {
 };
 
 // Walks `root` (a folder). Symlinked folders are followed once; a link back
-// into a folder already being walked is reported and skipped.
-ProjectFiles ListProjectFiles(const std::string& root);
+// into a folder already being walked is reported and skipped. A broken link
+// or a pipe is reported only when named like a project file (with
+// `topicsOnly`, like a topic page): a broken link to a script is no error.
+ProjectFiles ListProjectFiles(const std::string& root, bool topicsOnly = false);
 
 // Largest file the tool reads: a buffer length of the library is a 32-bit int.
 constexpr unsigned long long kMaxFileBytes = 0x7FFFFFF0u;

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <map>
 
+#include "telvanix/attribute_text.h"
 #include "telvanix/command_line.h"
 #include "telvanix/commands.h"
 #include "telvanix/page_files.h"
@@ -23,75 +24,95 @@ const char kHelp[] =
     "tags\") and of its elements (the \"x-condition\" style property).\n"
     "--rename and --remove change a tag (letter case matters) in every page\n"
     "that uses it, and save exactly those pages (atomically); pages that do not\n"
-    "use the tag are not touched.\n"
+    "use the tag are not touched. NEW may not hold \",\", \";\", quotes, \"&\",\n"
+    "\"<\", \">\" or \"\\\" (it also goes into style attributes). A changed page is\n"
+    "read back before it is written; one where the change would not read back\n"
+    "as made is left as it was and named.\n"
     "\n"
     "  --json   the listing as one JSON object per page\n"
     "\n"
-    "Exit status: 0 done, 2 usage or I/O error.\n";
+    "Exit status: 0 done, 1 some page cannot take the change (named, left as it\n"
+    "was), 2 usage or I/O error.\n";
 
 struct PageTags {
   std::vector<std::string> topic, elements;
+  bool operator==(const PageTags&) const = default;
 };
 
-PageTags ReadTags(CHtmlFileEx& doc) {
-  PageTags t;
-  auto split = [&](const CString& text, std::vector<std::string>& out) {
-    CStringList items;
-    doc.ParseBuildTags(text, items);
-    for (POSITION p = items.GetHeadPosition(); p;) out.push_back(items.GetNext(p).str());
-  };
+std::vector<std::string> SplitTags(CHtmlFileEx& doc, const std::string& text) {
+  std::vector<std::string> out;
+  CStringList items;
+  doc.ParseBuildTags(text.c_str(), items);
+  for (POSITION p = items.GetHeadPosition(); p;) out.push_back(items.GetNext(p).str());
+  return out;
+}
+
+std::string JoinTags(const std::vector<std::string>& tags) {
+  std::string joined;
+  for (const std::string& t : tags) joined += (joined.empty() ? "" : ",") + t;
+  return joined;
+}
+
+// The topic's tags are attribute text (references decoded); an element's
+// are a style value in the page's code page.
+std::string TopicTagText(CHtmlFileEx& doc, UINT codePage) {
   CString text;
-  if (doc.GetTopicBuildTags(text)) split(text, t.topic);
+  return doc.GetTopicBuildTags(text) ? AttributeValueToUtf8(text, codePage) : std::string();
+}
+
+PageTags ReadTags(CHtmlFileEx& doc, UINT codePage) {
+  PageTags t;
+  t.topic = SplitTags(doc, TopicTagText(doc, codePage));
   unsigned int index = 0;
   for (CString s = doc.GetFirstInlineBuildTags(index, nullptr); !s.IsEmpty(); s = doc.GetNextInlineBuildTags(index, nullptr))
-    split(s, t.elements);
+    for (const std::string& tag : SplitTags(doc, PageTextToUtf8(s, codePage))) t.elements.push_back(tag);
   return t;
 }
 
-// `text` with every `oldTag` renamed (removed when newTag is null) into
-// `joined`; false when the text does not carry the tag.
-bool EditTagList(CHtmlFileEx& doc, const CString& text, const std::string& oldTag, const std::string* newTag,
-                 CString& joined) {
-  CStringList items, kept;
-  doc.ParseBuildTags(text, items);
-  bool found = false;
-  for (POSITION p = items.GetHeadPosition(); p;) {
-    CString t = items.GetNext(p);
-    if (t.str() != oldTag) {
-      kept.AddTail(t);
-    } else {
-      found = true;
-      if (newTag) kept.AddTail(CString(newTag->c_str()));
-    }
+// `tags` with every `oldTag` renamed (removed when newTag is null); false
+// when none of them is the tag.
+bool EditTags(std::vector<std::string>& tags, const std::string& oldTag, const std::string* newTag) {
+  std::vector<std::string> kept;
+  for (const std::string& t : tags) {
+    if (t != oldTag)
+      kept.push_back(t);
+    else if (newTag)
+      kept.push_back(*newTag);
   }
-  if (found) doc.MakeBuildTags(&kept, joined);
+  const bool found = kept != tags;
+  tags.swap(kept);
   return found;
 }
 
 // Changes the tag in the topic's list and in exactly the elements that carry
 // it. (The library's ReplaceBuildTag rewrites every style holding build tags,
 // which would reformat styles that never mentioned the tag.)
-bool ChangeTag(CHtmlFileEx& doc, const std::string& oldTag, const std::string* newTag) {
-  CString text, joined;
-  if (doc.GetTopicBuildTags(text) && EditTagList(doc, text, oldTag, newTag, joined) &&
-      !doc.SetTopicBuildTags(joined))
+bool ChangeTag(CHtmlFileEx& doc, UINT codePage, const std::string& oldTag, const std::string* newTag) {
+  std::vector<std::string> tags = SplitTags(doc, TopicTagText(doc, codePage));
+  if (EditTags(tags, oldTag, newTag) && !doc.SetTopicBuildTags(ToAttributeValue(JoinTags(tags), codePage).c_str()))
     return false;
   std::vector<POSITION> elements;
   unsigned int index = 0;
   POSITION pos = nullptr;
-  for (CString s = doc.GetFirstInlineBuildTags(index, &pos); !s.IsEmpty(); s = doc.GetNextInlineBuildTags(index, &pos))
-    if (EditTagList(doc, s, oldTag, newTag, joined)) elements.push_back(pos);
+  for (CString s = doc.GetFirstInlineBuildTags(index, &pos); !s.IsEmpty(); s = doc.GetNextInlineBuildTags(index, &pos)) {
+    tags = SplitTags(doc, PageTextToUtf8(s, codePage));
+    if (EditTags(tags, oldTag, newTag)) elements.push_back(pos);
+  }
   for (POSITION p : elements) {
     CHtmlTagItem* tag = doc.GetTokenList()->GetTagItem(p);
-    if (!tag || !doc.GetInlineBuildTags(tag, text) || !EditTagList(doc, text, oldTag, newTag, joined)) return false;
-    if (!doc.SetInlineBuildTags(tag, joined.IsEmpty() ? nullptr : static_cast<const char*>(joined))) return false;
+    CString text;
+    if (!tag || !doc.GetInlineBuildTags(tag, text)) return false;
+    tags = SplitTags(doc, PageTextToUtf8(text, codePage));
+    EditTags(tags, oldTag, newTag);
+    const std::string joined = Utf8ToPageText(JoinTags(tags), codePage);
+    if (!doc.SetInlineBuildTags(tag, joined.empty() ? nullptr : joined.c_str())) return false;
   }
   return true;
 }
 
 struct PageOutcome {
   PageTags tags;
-  int written = 0;
+  int written = 0;  // 1 changed, 0 unchanged, -1 failed, -2 the page cannot take the change
   std::string error;
 };
 
@@ -102,16 +123,22 @@ PageOutcome HandlePage(const std::string& path, const std::string& oldTag, const
     o.written = -1;
     return o;
   }
-  o.tags = ReadTags(*topic.doc);
+  const UINT codePage = PageCodePage(topic.source);
+  o.tags = ReadTags(*topic.doc, codePage);
   if (oldTag.empty()) return o;
-  auto uses = [&](const std::vector<std::string>& v) { return std::find(v.begin(), v.end(), oldTag) != v.end(); };
-  if (!uses(o.tags.topic) && !uses(o.tags.elements)) return o;
-  if (!ChangeTag(*topic.doc, oldTag, newTag)) {
-    o.written = -1;
-    o.error = path + ": the build tag could not be changed";
+  PageTags wanted = o.tags;
+  const bool inTopic = EditTags(wanted.topic, oldTag, newTag);
+  const bool inElements = EditTags(wanted.elements, oldTag, newTag);
+  if (!inTopic && !inElements) return o;
+  if (!ChangeTag(*topic.doc, codePage, oldTag, newTag)) {
+    o.written = -2;
+    o.error = path + ": the build tag could not be changed; left as it was";
     return o;
   }
-  o.written = SaveTopicIfChanged(path, topic, o.error);
+  o.written = SaveTopicIfChanged(path, topic, o.error, [&](CHtmlFileEx& reread) {
+    return ReadTags(reread, codePage) == wanted ? std::string()
+                                                : std::string("the build tags would not read back as changed");
+  });
   return o;
 }
 
@@ -130,8 +157,10 @@ int Run(const std::vector<std::string>& args) {
     oldTag = cl.Values("rename")[0];
     newTag = cl.Values("rename")[1];
     target = &newTag;
-    if (newTag.empty() || newTag.find(',') != std::string::npos) {
-      PrintError("--rename wants a new tag name without \",\"");
+    // The name also goes into style attributes, where these would end the
+    // value or the declaration.
+    if (newTag.empty() || newTag.find_first_of(",;\"'&<>\\") != std::string::npos) {
+      PrintError("--rename wants a new tag name without \",\", \";\", quotes, \"&\", \"<\", \">\" or \"\\\"");
       return kExitError;
     }
   } else if (cl.Has("remove")) {
@@ -148,10 +177,11 @@ int Run(const std::vector<std::string>& args) {
 
   const bool changing = !oldTag.empty();
   size_t changed = 0;
+  std::vector<std::string> refused;
   for (size_t i = 0; i < pages.size(); ++i) {
     const PageOutcome& o = results[i];
     if (o.written < 0) {
-      errors.push_back(o.error);
+      (o.written == -2 ? refused : errors).push_back(o.error);
       continue;
     }
     if (changing) {
@@ -179,8 +209,9 @@ int Run(const std::vector<std::string>& args) {
     }
   }
   if (changing) std::printf("%zu of %zu pages changed\n", changed, pages.size());
+  for (const std::string& e : refused) PrintError(e);
   for (const std::string& e : errors) PrintError(e);
-  return errors.empty() ? kExitClean : kExitError;
+  return !errors.empty() ? kExitError : !refused.empty() ? kExitProblems : kExitClean;
 }
 
 }  // namespace

@@ -1,0 +1,56 @@
+#include "telvanix/attribute_text.h"
+
+#include <strings.h>
+
+#include <cstring>
+
+#include "telvanix/html/html_pack.h"
+#include "telvanix/platform/code_page.h"
+#include "telvanix/topic/html_file_ex.h"
+
+namespace telvanix::tool {
+
+UINT PageCodePage(const CByteString& page) {
+  (void)page;
+  return GetActiveCodePage();
+}
+
+std::string PageTextToUtf8(const char* text, UINT codePage) {
+  (void)codePage;
+  return text ? text : "";
+}
+
+std::string Utf8ToPageText(const std::string& utf8, UINT codePage) {
+  (void)codePage;
+  return utf8;
+}
+
+std::string ToAttributeValue(const std::string& utf8, UINT codePage) {
+  std::string escaped;
+  for (char c : utf8) {
+    switch (c) {
+      case '"': escaped += "&quot;"; break;
+      case '&': escaped += "&amp;"; break;
+      case '<': escaped += "&lt;"; break;
+      case '>': escaped += "&gt;"; break;
+      default: escaped += c;
+    }
+  }
+  return Utf8ToPageText(escaped, codePage);
+}
+
+std::string AttributeValueToUtf8(const char* value, UINT codePage) {
+  return value ? PageTextToUtf8(CHtmlPack::HtmlToText(value), codePage) : std::string();
+}
+
+CHtmlTagItem* FindMeta(CHtmlFileEx& doc, const char* name) {
+  const auto& metas = doc.GetMetaPositions();
+  for (int i = 0; i < metas.GetSize(); ++i) {
+    CHtmlTagItem* meta = doc.GetTokenList()->GetTagItem(metas[i]);
+    const char* metaName = meta && !meta->IsDiscardedToken() ? meta->GetAttributeValue("name") : nullptr;
+    if (metaName && strcasecmp(metaName, name) == 0) return meta;
+  }
+  return nullptr;
+}
+
+}  // namespace telvanix::tool
