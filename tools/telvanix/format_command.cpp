@@ -4,7 +4,6 @@
 
 #include "telvanix/command_line.h"
 #include "telvanix/commands.h"
-#include "telvanix/html/html_pack.h"
 #include "telvanix/page_files.h"
 #include "telvanix/parallel.h"
 #include "telvanix/topic/html_file_ex.h"
@@ -38,11 +37,17 @@ struct FormatResult {
 };
 
 // The words a reader sees, on one line, as the indexer would read them.
+std::string VisibleWords(CHtmlFileEx& doc) { return doc.GetPureText(emPureTextOneLine, nullptr, nullptr).str(); }
+
 std::string VisibleWords(CByteString& bytes, const std::string& path) {
   CHtmlFileEx doc(bytes, path.c_str());
-  return doc.GetPureText(emPureTextOneLine, nullptr, nullptr).str();
+  return VisibleWords(doc);
 }
 
+// The page is held whole at most twice at once beside one parsed document
+// (the document's tokens are several times its size): the bytes as read go
+// once the document has its own copy, and the document goes before the
+// formatted page is read for its words.
 FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool force) {
   FormatResult r;
   CByteString source;
@@ -50,25 +55,44 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool 
     r.written = -1;
     return r;
   }
-  CHtmlPack pack(source, path.c_str());
+  const int sourceLength = source.GetLength();
   CByteString formatted;
-  if (!pack.Parse(CHtmlPack::emParseAttributes) ||
-      !pack.Save(&formatted, layout ? CHtmlPack::emSaveLayoutObject : CHtmlPack::emSaveLayout)) {
-    if (source.GetLength() == 0) return r;
-    r.written = -1;
-    r.error = path + ": could not be parsed";
-    return r;
+  std::string words;  // the page's words, taken while its document is at hand
+  bool changed = false;
+  {
+    CHtmlFileEx doc(source, path.c_str());
+    const int parsed = doc.Parse(CHtmlPack::emParseAttributes);
+    source.Empty();
+    if (!parsed || !doc.Save(&formatted, layout ? CHtmlPack::emSaveLayoutObject : CHtmlPack::emSaveLayout)) {
+      if (sourceLength == 0) return r;
+      r.written = -1;
+      r.error = path + ": could not be parsed";
+      return r;
+    }
+    // A page whose length changes has changed; one of the same length is
+    // compared byte for byte below, once this document is gone.
+    changed = formatted.GetLength() != sourceLength;
+    if (changed && !force) words = VisibleWords(doc);
   }
-  const bool same = SameBytes(source, formatted);
-  if (!same && !force && VisibleWords(source, path) != VisibleWords(formatted, path)) {
+  if (!changed) {
+    if (!LoadTopicBytes(path, source, r.error)) {
+      r.written = -1;
+      return r;
+    }
+    changed = !SameBytes(source, formatted);
+    if (changed && !force) words = VisibleWords(source, path);
+    source.Empty();
+  }
+  if (!changed) return r;
+  if (!force && words != VisibleWords(formatted, path)) {
     r.written = 2;
     return r;
   }
   if (dryRun) {
-    r.written = same ? 0 : 1;
+    r.written = 1;
     return r;
   }
-  r.written = WriteIfChanged(path, source, formatted, r.error);
+  r.written = WritePage(path, formatted, r.error);
   return r;
 }
 

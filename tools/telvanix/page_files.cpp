@@ -66,14 +66,17 @@ bool SameBytes(const CByteString& a, const CByteString& b) {
          (a.GetLength() == 0 || std::memcmp(a.GetContent(), b.GetContent(), static_cast<size_t>(a.GetLength())) == 0);
 }
 
-int WriteIfChanged(const std::string& path, const CByteString& original, const CByteString& bytes,
-                   std::string& error) {
-  if (SameBytes(original, bytes)) return 0;
+int WritePage(const std::string& path, const CByteString& bytes, std::string& error) {
   if (!bytes.SaveToFile(path.c_str())) {
     error = path + ": cannot be written (" + std::strerror(errno ? errno : EIO) + ")";
     return -1;
   }
   return 1;
+}
+
+int WriteIfChanged(const std::string& path, const CByteString& original, const CByteString& bytes,
+                   std::string& error) {
+  return SameBytes(original, bytes) ? 0 : WritePage(path, bytes, error);
 }
 
 void PrintError(const std::string& message) { std::fprintf(stderr, "telvanix: %s\n", message.c_str()); }
