@@ -92,24 +92,24 @@ std::string ToUtf8(const char* text) {
   iconv_t cd = iconv_open("UTF-8//TRANSLIT", from.c_str());
   if (cd == reinterpret_cast<iconv_t>(-1)) cd = iconv_open("UTF-8", "CP1252");
   size_t inLeft = std::strlen(text);
-  std::string buf(inLeft * 4 + 16, '\0');
+  // Converted a piece at a time: the text of a large page is not given
+  // room for four times its size up front.
+  out.reserve(inLeft + inLeft / 8);
+  char buf[1 << 14];
   char* in = const_cast<char*>(text);
-  char* dst = buf.data();
-  size_t outLeft = buf.size();
   while (inLeft > 0) {
-    if (iconv(cd, &in, &inLeft, &dst, &outLeft) != static_cast<size_t>(-1)) break;
-    if (errno == E2BIG) break;
+    char* dst = buf;
+    size_t outLeft = sizeof buf;
+    const bool done = iconv(cd, &in, &inLeft, &dst, &outLeft) != static_cast<size_t>(-1);
+    const int err = errno;
+    out.append(buf, static_cast<size_t>(dst - buf));
+    if (done || err == E2BIG) continue;
     // An unmappable or cut byte becomes U+FFFD and the rest goes on.
     ++in;
     --inLeft;
-    if (outLeft >= 3) {
-      std::memcpy(dst, "\xEF\xBF\xBD", 3);
-      dst += 3;
-      outLeft -= 3;
-    }
+    out += "\xEF\xBF\xBD";
   }
   iconv_close(cd);
-  out.assign(buf.data(), static_cast<size_t>(dst - buf.data()));
   return out;
 }
 
