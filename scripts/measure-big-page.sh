@@ -1,25 +1,32 @@
 #!/usr/bin/env bash
-# Peak memory and wall time of `check`, `format --dry-run` and `text` on the
-# 30 MB page and on the same bytes as 30 pages (scripts/make-big-page.sh),
-# one line per command and input: peak MB, peak as a multiple of the input's
-# bytes, seconds. Usage: scripts/measure-big-page.sh [path/to/telvanix]
+# Peak memory and time of `check`, `format --dry-run` and `text` on the 30 MB
+# page and on the same bytes as 30 pages (scripts/make-big-page.sh); the 30
+# pages are read once with every core (the default) and once with one
+# (TELVANIX_JOBS=1). One line per command and input: peak resident MB, that
+# peak as a multiple of the input's bytes, and the wall and CPU (user +
+# system) seconds of the fastest of RUNS runs (default 5; the machine may be
+# shared). Usage: scripts/measure-big-page.sh [path/to/telvanix] [RUNS]
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
 tool=${1:-$top/build/tools/telvanix}
+runs=${2:-5}
 inputs=$("$top/scripts/make-big-page.sh" 2>/dev/null)
-printf '%-18s %-6s %9s %7s %8s\n' command input "peak MB" "x page" seconds
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+printf '%-18s %-12s %8s %7s %7s %7s\n' command input "peak MB" "x page" wall cpu
 for cmd in check "format --dry-run" text; do
-  for input in big split; do
-    dir=$inputs/$input
+  for input in big split split-1job; do
+    dir=$inputs/${input%-1job}
+    jobs=${TELVANIX_JOBS:-}
+    [ "$input" = split-1job ] && jobs=1
     bytes=$(cat "$dir"/*.htm | wc -c)
-    log=$(mktemp)
-    # shellcheck disable=SC2086
-    /usr/bin/time -v "$tool" $cmd "$dir" >/dev/null 2>"$log" || true
-    kb=$(sed -n 's/.*Maximum resident set size (kbytes): //p' "$log")
-    wall=$(sed -n 's/.*Elapsed (wall clock) time (h:mm:ss or m:ss): //p' "$log")
-    secs=$(echo "$wall" | awk -F: '{ s = 0; for (i = 1; i <= NF; i++) s = s * 60 + $i; print s }')
-    awk -v c="$cmd" -v i="$input" -v kb="$kb" -v b="$bytes" -v s="$secs" \
-      'BEGIN { printf "%-18s %-6s %9.0f %7.1f %8.2f\n", c, i, kb / 1024, kb * 1024 / b, s }'
-    rm -f "$log"
+    for ((i = 0; i < runs; i++)); do
+      # shellcheck disable=SC2086
+      TELVANIX_JOBS=$jobs /usr/bin/time -o "$log" -a -f '%M %e %U %S' "$tool" $cmd "$dir" >/dev/null 2>&1 || true
+    done
+    awk -v c="$cmd" -v i="$input" -v b="$bytes" '
+      NF == 4 { if ($1 > kb) kb = $1; if (!n++ || $2 < wall) { wall = $2; cpu = $3 + $4 } }
+      END { printf "%-18s %-12s %8.0f %7.1f %7.2f %7.2f\n", c, i, kb / 1024, kb * 1024 / b, wall, cpu }' "$log"
+    : > "$log"
   done
 done

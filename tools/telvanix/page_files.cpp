@@ -31,19 +31,17 @@ std::vector<std::string> ExpandTopicOperands(const std::vector<std::string>& ope
 }
 
 bool LoadPage(const std::string& path, CByteString& bytes, std::string& error) {
-  std::string data;
   std::string why;
   std::error_code ec;
   if (fs::is_directory(path, ec)) {
     error = path + ": is a folder, not a page";
     return false;
   }
-  if (!ReadWholeFile(path, data, why)) {
+  if (!ReadWholeFile(path, bytes, why)) {
+    bytes.Empty();
     error = path + ": " + why;
     return false;
   }
-  bytes.Empty();
-  if (!data.empty()) bytes.Assign(reinterpret_cast<const unsigned char*>(data.data()), static_cast<int>(data.size()));
   return true;
 }
 
