@@ -32,11 +32,12 @@ struct SpareBlocks {
 };
 thread_local SpareBlocks t_spare;
 
-// A block this large (a page of several megabytes) is asked to be backed by
-// huge pages where the system grants them on request: filling it then takes
-// one page fault per 2 MB instead of one per 4 KB, which was a quarter of
-// the time spent reading a 30 MB page. The unused end of the last huge page
-// is small beside the block.
+// A block this large, or any block of an arena that already holds this
+// much (a page of several megabytes), is asked to be backed by huge pages
+// where the system grants them on request: filling it then takes one page
+// fault per 2 MB instead of one per 4 KB, which was a quarter of the time
+// spent reading a 30 MB page. Blocks are filled in order, so only the last
+// huge page of the last block is partly unused.
 constexpr std::size_t kHugeBlock = 32u << 20;
 constexpr std::uintptr_t kHugePage = 2u << 20;
 
@@ -150,7 +151,7 @@ void CHtmlTokenArena::NewBlock(std::size_t minSize) {
     raw = std::malloc(kHeader + size);
     if (!raw)
       throw std::bad_alloc();
-    if (size >= kHugeBlock)
+    if (size >= kHugeBlock || m_nReserved >= kHugeBlock)
       AdviseHugePages(raw, kHeader + size);
   }
   Block* block = static_cast<Block*>(raw);
