@@ -70,7 +70,7 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool 
       return r;
     }
     // A page whose length changes has changed; one of the same length is
-    // compared byte for byte below, once this document is gone.
+    // read again below, once this document is gone, and compared.
     changed = formatted.GetLength() != sourceLength;
     if (changed && !force) words = VisibleWords(doc);
   }
