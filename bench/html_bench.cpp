@@ -11,8 +11,12 @@
 // Each runs five corpus passes. After the runs a summary gives each one's
 // MB/s from its fastest pass in thread CPU time (the machine may be
 // shared) and its ratio to libxml2: reading to libxml2 read, reading and
-// writing to libxml2 read + dump. Pages: see page_corpus.h (the fp-docs
-// corpus when fetched).
+// writing to libxml2 read + dump. The BM_LargePage runs read one page of
+// about 30 MB made of the corpus, five times: level 2, level 4, level 2
+// with the repairs of a tree build made without its nodes (as `telvanix
+// check` reads a page), libxml2 read and gumbo; the summary gives them
+// against libxml2 read too. Pages: see page_corpus.h (the fp-docs corpus
+// when fetched).
 #include <benchmark/benchmark.h>
 #include <time.h>
 
@@ -24,6 +28,8 @@
 
 #include "page_corpus.h"
 #include "telvanix/html/html_pack.h"
+
+#include "telvanix/html/entity_tree.h"
 
 #ifdef TELVANIX_BENCH_LIBXML2
 #include <libxml/HTMLparser.h>
@@ -165,6 +171,94 @@ void BM_Gumbo(benchmark::State& state) {
 BENCHMARK(BM_Gumbo)->Unit(benchmark::kMillisecond)->Iterations(5);
 #endif
 
+// ---- one large page ----
+
+// Fastest reading of the large page, by name, for the summary.
+std::map<std::string, double>& BestLarge() {
+  static std::map<std::string, double> best;
+  return best;
+}
+
+template <class F>
+void RunLargePage(benchmark::State& state, const char* name, F read) {
+  const std::string& page = bench::GetLargePage();
+  static CByteString buffer(reinterpret_cast<const unsigned char*>(page.data()), static_cast<int>(page.size()));
+  double& best = BestLarge().try_emplace(name, 1e30).first->second;
+  for (auto _ : state) {
+    const double start = ThreadSeconds();
+    read(page, buffer);
+    best = std::min(best, ThreadSeconds() - start);
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(page.size()));
+}
+
+void ReadLargePack(CByteString& buffer, CHtmlPack::EmParseFlag level, bool repairWithoutNodes) {
+  CHtmlPack pack(buffer, nullptr);
+  benchmark::DoNotOptimize(pack.Parse(level));
+  if (repairWithoutNodes)
+    pack.GetTokenList()->BuildEntityTree(CHtmlEntityTree::emBuildHtml | CHtmlEntityTree::emBuildNoNodes);
+}
+
+constexpr const char* kLargeRepair = "telvanix level 2 + repair";
+
+void BM_LargePageLevel2(benchmark::State& state) {
+  RunLargePage(state, kLevel2, [](const std::string&, CByteString& b) { ReadLargePack(b, CHtmlPack::emParseAttributes, false); });
+}
+BENCHMARK(BM_LargePageLevel2)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+void BM_LargePageLevel4(benchmark::State& state) {
+  RunLargePage(state, kLevel4, [](const std::string&, CByteString& b) { ReadLargePack(b, CHtmlPack::emParseHtmlTree, false); });
+}
+BENCHMARK(BM_LargePageLevel4)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+void BM_LargePageRepair(benchmark::State& state) {
+  RunLargePage(state, kLargeRepair,
+               [](const std::string&, CByteString& b) { ReadLargePack(b, CHtmlPack::emParseAttributes, true); });
+}
+BENCHMARK(BM_LargePageRepair)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+#ifdef TELVANIX_BENCH_LIBXML2
+void BM_LargePageLibxml2Read(benchmark::State& state) {
+  xmlInitParser();
+  RunLargePage(state, kXmlRead, [](const std::string& page, CByteString&) {
+    htmlDocPtr doc = htmlReadMemory(page.data(), static_cast<int>(page.size()), nullptr, nullptr, kXmlOptions);
+    benchmark::DoNotOptimize(doc);
+    xmlFreeDoc(doc);
+  });
+}
+BENCHMARK(BM_LargePageLibxml2Read)->Unit(benchmark::kMillisecond)->Iterations(5);
+#endif
+
+#ifdef TELVANIX_BENCH_GUMBO
+void BM_LargePageGumbo(benchmark::State& state) {
+  RunLargePage(state, kGumbo, [](const std::string& page, CByteString&) {
+    GumboOutput* out = gumbo_parse_with_options(&kGumboDefaultOptions, page.data(), page.size());
+    benchmark::DoNotOptimize(out);
+    gumbo_destroy_output(&kGumboDefaultOptions, out);
+  });
+}
+BENCHMARK(BM_LargePageGumbo)->Unit(benchmark::kMillisecond)->Iterations(5);
+#endif
+
+void PrintLargePageSummary() {
+  const std::map<std::string, double>& best = BestLarge();
+  if (best.empty())
+    return;
+  const double mb = static_cast<double>(bench::GetLargePage().size()) / 1e6;
+  const auto xml = best.find(kXmlRead);
+  std::fprintf(stderr, "\nOne page of %.1f MB; fastest of five readings, thread CPU time\n", mb);
+  std::fprintf(stderr, "%-26s %10s %9s\n", "run", "MB/s", "x libxml2");
+  for (const char* name : {kLevel2, kLevel4, kLargeRepair, kXmlRead, kGumbo}) {
+    const auto it = best.find(name);
+    if (it == best.end())
+      continue;
+    char ratio[32] = "-";
+    if (xml != best.end())
+      std::snprintf(ratio, sizeof ratio, "%.2f", xml->second / it->second);
+    std::fprintf(stderr, "%-26s %10.1f %9s\n", name, mb / it->second, ratio);
+  }
+}
+
 void PrintSummary() {
   const PageCorpus& corpus = GetPageCorpus();
   const std::map<std::string, double>& best = BestPass();
@@ -207,6 +301,7 @@ int main(int argc, char** argv) {
     return 1;
   benchmark::RunSpecifiedBenchmarks();
   telvanix::PrintSummary();
+  telvanix::PrintLargePageSummary();
   benchmark::Shutdown();
   return 0;
 }

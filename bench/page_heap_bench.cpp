@@ -14,8 +14,13 @@
 // Each page is measured on a new thread, so that no blocks kept from an
 // earlier page lower the first peak. BM_AllPagesOpen keeps a parsed pack of
 // every corpus page alive at once, as a host with a whole project open
-// does, and reports the heap they hold over the corpus size. Timings here are not meaningful: the
-// wrapped heap is slower; html_bench has the speeds.
+// does, and reports the heap they hold over the corpus size. BM_LargePage
+// reads one page of about 30 MB made of the corpus (page_corpus.h) at level
+// 2, at level 4, and at level 2 with the repairs of a tree build made
+// without its nodes (as `telvanix check` reads a page), beside libxml2's
+// HTML reader and gumbo on the same bytes; the summary gives each peak over
+// the page's size and over libxml2's peak. Timings here are not meaningful:
+// the wrapped heap is slower; html_bench has the speeds.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
@@ -23,6 +28,8 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdio>
+#include <functional>
+#include <map>
 #include <memory>
 #include <numeric>
 #include <string>
@@ -30,7 +37,15 @@
 #include <vector>
 
 #include "page_corpus.h"
+#include "telvanix/html/entity_tree.h"
 #include "telvanix/html/html_pack.h"
+
+#ifdef TELVANIX_BENCH_LIBXML2
+#include <libxml/HTMLparser.h>
+#endif
+#ifdef TELVANIX_BENCH_GUMBO
+#include <gumbo.h>
+#endif
 
 // ---- the counting heap ----
 
@@ -190,6 +205,100 @@ void RegisterLargestPages() {
   }
 }
 
+// ---- one large page, beside the peers ----
+
+// Peak heap of one reading of the large page, by reader, for the summary.
+std::map<std::string, double>& LargePeaks() {
+  static std::map<std::string, double> peaks;
+  return peaks;
+}
+
+constexpr const char* kXmlRead = "libxml2 read";
+
+// The heap in use when the count of one reading starts: after the reader's
+// own copy of the page, which is not counted.
+std::atomic<std::size_t> g_base{0};
+void StartCount() {
+  g_base.store(g_live.load());
+  g_peak.store(g_base.load());
+}
+
+// Reads the large page once on a new thread with `read` and records the
+// most heap in use at once, over what was in use when the count started.
+void ReportLargePeak(benchmark::State& state, const char* name, const std::function<void(const std::string&)>& read) {
+  const std::string& page = bench::GetLargePage();
+  double peak = 0;
+  for (auto _ : state) {
+    std::thread worker([&] {
+      StartCount();
+      read(page);
+      peak = static_cast<double>(g_peak.load() - g_base.load());
+    });
+    worker.join();
+  }
+  LargePeaks()[name] = peak;
+  state.counters["page_MB"] = static_cast<double>(page.size()) / (1024.0 * 1024.0);
+  state.counters["peak_x_size"] = peak / static_cast<double>(page.size());
+}
+
+// Telvanix reads from a host buffer, made before the count starts.
+void ReadPack(const std::string& page, CHtmlPack::EmParseFlag level, bool repairWithoutNodes) {
+  CByteString source(reinterpret_cast<const unsigned char*>(page.data()), static_cast<int>(page.size()));
+  StartCount();
+  CHtmlPack pack(source, nullptr);
+  pack.Parse(level);
+  if (repairWithoutNodes)
+    pack.GetTokenList()->BuildEntityTree(CHtmlEntityTree::emBuildHtml | CHtmlEntityTree::emBuildNoNodes);
+}
+
+void RegisterLargePage() {
+  struct Run {
+    const char* name;
+    std::function<void(const std::string&)> read;
+  };
+  static const Run runs[] = {
+      {"telvanix level 2", [](const std::string& p) { ReadPack(p, CHtmlPack::emParseAttributes, false); }},
+      {"telvanix level 4", [](const std::string& p) { ReadPack(p, CHtmlPack::emParseHtmlTree, false); }},
+      {"telvanix level 2 + repair", [](const std::string& p) { ReadPack(p, CHtmlPack::emParseAttributes, true); }},
+#ifdef TELVANIX_BENCH_LIBXML2
+      {kXmlRead,
+       [](const std::string& p) {
+         xmlInitParser();
+         const int options = HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET;
+         xmlFreeDoc(htmlReadMemory(p.data(), static_cast<int>(p.size()), nullptr, nullptr, options));
+       }},
+#endif
+#ifdef TELVANIX_BENCH_GUMBO
+      {"gumbo",
+       [](const std::string& p) {
+         gumbo_destroy_output(&kGumboDefaultOptions, gumbo_parse_with_options(&kGumboDefaultOptions, p.data(), p.size()));
+       }},
+#endif
+  };
+  for (const Run& run : runs) {
+    const std::string name = std::string("BM_LargePage/") + run.name;
+    benchmark::RegisterBenchmark(name.c_str(), [&run](benchmark::State& state) {
+      ReportLargePeak(state, run.name, run.read);
+    })->Iterations(1)->Unit(benchmark::kMillisecond);
+  }
+}
+
+void PrintLargePageSummary() {
+  const std::map<std::string, double>& peaks = LargePeaks();
+  if (peaks.empty())
+    return;
+  const double size = static_cast<double>(bench::GetLargePage().size());
+  const auto xml = peaks.find(kXmlRead);
+  std::fprintf(stderr, "\nOne page of %.1f MB: most heap in use at once while it is read\n", size / 1e6);
+  std::fprintf(stderr, "%-28s %9s %8s %10s\n", "run", "peak MB", "x page", "x libxml2");
+  for (const auto& [name, peak] : peaks) {
+    char ratio[32] = "-";
+    if (xml != peaks.end() && xml->second > 0)
+      std::snprintf(ratio, sizeof ratio, "%.2f", peak / xml->second);
+    std::fprintf(stderr, "%-28s %9.1f %8.2f %10s\n", name.c_str(), peak / 1e6, peak / size, ratio);
+  }
+}
+
 }  // namespace
 }  // namespace telvanix
 
@@ -198,7 +307,9 @@ int main(int argc, char** argv) {
   if (benchmark::ReportUnrecognizedArguments(argc, argv))
     return 1;
   telvanix::RegisterLargestPages();
+  telvanix::RegisterLargePage();
   benchmark::RunSpecifiedBenchmarks();
+  telvanix::PrintLargePageSummary();
   benchmark::Shutdown();
   return 0;
 }

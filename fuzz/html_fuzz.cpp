@@ -8,6 +8,8 @@
 // repaired page saved with every flag, and the flag-2 save read at level 4
 // again: a repaired page needs no second repair (nothing inserted or
 // discarded) and gives a tree of the same shape (but see ReopensIntoAnOpenQuote).
+// A build without nodes over the level-2 reading must repair the list
+// exactly as the full build does: the same tokens with the same flags.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -93,11 +95,25 @@ bool RejectedTagStartBeforeMore(CHtmlPack& pack) {
   return false;
 }
 
+// Every token's flags, in list order.
+std::vector<DWORD> FlagsInOrder(CHtmlPack& pack) {
+  std::vector<DWORD> flags;
+  CHtmlTokenList* list = pack.GetTokenList();
+  for (POSITION pos = list->GetHeadPosition(); pos;)
+    flags.push_back(list->GetNext(pos)->GetTokenFlag());
+  return flags;
+}
+
 void CheckRepairIsStable(CByteString& source) {
   CHtmlPack first(source, nullptr);
   if (!first.Parse(CHtmlPack::emParseHtmlTree))
     return;
   const std::string repaired = Saved(first, CHtmlPack::emSave);
+  CHtmlPack bare(source, nullptr);
+  if (bare.Parse(CHtmlPack::emParseAttributes) &&
+      bare.GetTokenList()->BuildEntityTree(CHtmlEntityTree::emBuildHtml | CHtmlEntityTree::emBuildNoNodes) &&
+      (Saved(bare, CHtmlPack::emSave) != repaired || FlagsInOrder(bare) != FlagsInOrder(first)))
+    std::abort();
   Saved(first, CHtmlPack::emSaveLayout);
   Saved(first, CHtmlPack::emSaveLayoutObject);
   if (ReopensIntoAnOpenQuote(first) || RejectedTagStartBeforeMore(first))

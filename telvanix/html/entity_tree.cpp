@@ -567,13 +567,14 @@ struct SuspendListGuard {
 };
 
 inline CHtmlEntityNode* ParentOrSelf(CHtmlEntityNode* pNode) {
+  if (pNode == nullptr) return nullptr;  // a build without nodes
   CHtmlEntityNode* pParent = pNode->GetParentNode();
   return pParent != nullptr ? pParent : pNode;
 }
 
 }  // namespace
 
-int CHtmlEntityTree::BuildTree(int) {
+int CHtmlEntityTree::BuildTree(int nFlags) {
   if (m_pTokenList == nullptr) return 0;
   CHtmlTokenList& list = *m_pTokenList;
   CHtmlTokenList::CTokenItemList& items = list.GetTokenItemList();
@@ -583,12 +584,17 @@ int CHtmlEntityTree::BuildTree(int) {
   SuspendListGuard guard{*this, suspend};
 
   ReleaseNodes();
-  // About one leaf a token and an element for every third: room for all of
-  // them in one block.
-  m_NodeStore.m_Arena.Reserve(static_cast<std::size_t>(list.GetCount()) * 144 + 1024);
-  m_pRoot = new (m_NodeStore) CHtmlEntityNode(nullptr, nullptr, 0);
-  m_pRoot->SetNodeStore(&m_NodeStore);
-  m_pRoot->m_ChildList.SetNodeStore(&m_NodeStore);
+  m_bNoNodes = (nFlags & emBuildNoNodes) != 0;
+  if (!m_bNoNodes) {
+    // About one leaf a token and an element for every third: room for all
+    // of them in one block.
+    m_NodeStore.m_Arena.Reserve(static_cast<std::size_t>(list.GetCount()) * 144 + 1024);
+    m_pRoot = new (m_NodeStore) CHtmlEntityNode(nullptr, nullptr, 0);
+    m_pRoot->SetNodeStore(&m_NodeStore);
+    m_pRoot->m_ChildList.SetNodeStore(&m_NodeStore);
+  }
+  // Without nodes the walk is the same: what it does to the list depends
+  // on the stack and the suspended tags, never on the nodes.
   CHtmlEntityNode* pCurrent = m_pRoot;
 
   for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
@@ -653,6 +659,7 @@ int CHtmlEntityTree::BuildTree(int) {
 }
 
 CHtmlTokenNode* CHtmlEntityTree::AppendLeaf(CHtmlEntityNode* pParent, POSITION pos, int nTagId) {
+  if (m_bNoNodes) return nullptr;
   CHtmlTokenNode* pLeaf = new (m_NodeStore) CHtmlTokenNode(pParent, pos, nTagId);
   pLeaf->SetNodeStore(&m_NodeStore);
   pParent->m_ChildList.AddTail(pLeaf);
@@ -660,6 +667,7 @@ CHtmlTokenNode* CHtmlEntityTree::AppendLeaf(CHtmlEntityNode* pParent, POSITION p
 }
 
 CHtmlEntityNode* CHtmlEntityTree::AppendElement(CHtmlEntityNode* pParent, POSITION pos, int nTagId) {
+  if (m_bNoNodes) return nullptr;
   CHtmlEntityNode* pNode = new (m_NodeStore) CHtmlEntityNode(pParent, pos, nTagId);
   pNode->SetNodeStore(&m_NodeStore);
   pNode->m_ChildList.SetNodeStore(&m_NodeStore);
@@ -869,7 +877,7 @@ int CHtmlEntityTree::BackToContainerByEndTag(CHtmlEntityNode*& pCurrent, CHtmlEn
   if (pNode == nullptr) pNode = m_pRoot;
   AppendLeaf(pNode, pos, nEndId);
   stack.Pop();
-  pCurrent = pNode->GetParentNode() != nullptr ? pNode->GetParentNode() : m_pRoot;
+  pCurrent = pNode != nullptr && pNode->GetParentNode() != nullptr ? pNode->GetParentNode() : m_pRoot;
   return 1;
 }
 

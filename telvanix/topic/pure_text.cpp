@@ -396,7 +396,10 @@ std::string CollectPureText(const CHtmlTokenList& list, int option, const Hidden
 CString CHtmlFileEx::GetPureText(int option, HWND window, const char* name) {
   (void)window;  // opaque: the text does not depend on the host's window
   try {
-    EnsureAnalysed();
+    // The text needs the tokens, not the topic walk, which would analyse
+    // the attributes of every tag to find the styled and bookmarked ones.
+    if (!IsParsed())
+      Parse(emParseTokens);
     HiddenObjectTest hiddenObject = [this](CHtmlTagItem* tag) {
       return IsHhctrlActivexObject(tag) || IsKeywordActiveObject(tag) || IsPopupActivexObject(tag);
     };

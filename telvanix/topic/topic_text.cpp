@@ -48,6 +48,10 @@ int CHtmlTopicText::OpenDocument(const char* path, HWND window, DWORD flags, int
     // reachable after this call, so it goes now rather than leak.
     CloseDocument();
     m_pDocument = new CHtmlFileEx(path);
+    // Attributes read with the tokens go into the page's own storage; the
+    // analysis would otherwise read those of every tag one by one onto the
+    // heap, which takes more memory and time than reading them all at once.
+    m_pDocument->Parse(CHtmlPack::emParseAttributes);
     if (!m_pDocument->Analyse()) {
       CloseDocument();
       return 0;

@@ -1,7 +1,8 @@
 // Page-shaped repair cases: tests/data/tree/NAME.html is parsed at level 4
 // and must give NAME.expected (the saved page, the mismatch count, the tree
 // and the discarded tokens). Each case is then saved and parsed again, and
-// that second repair must find nothing left to repair.
+// that second repair must find nothing left to repair; and a build without
+// nodes must repair it exactly as the full build does.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -77,6 +78,28 @@ TEST(TreeCasesTest, RepairIsStable) {
     EXPECT_EQ(test::DumpDiscarded(second.List()), "") << "second repair discarded tokens";
     EXPECT_EQ(test::DumpTree(second.List(), false), shape);
     EXPECT_EQ(second.Saved(), saved);
+  }
+}
+
+// Every token in list order, discarded ones too, with the tree's flags.
+std::string TokenLines(CHtmlTokenList* pList) {
+  std::string out;
+  for (POSITION pos = pList->GetHeadPosition(); pos != nullptr;)
+    out += test::TokenLine(pList->GetNext(pos), true) + "\n";
+  return out;
+}
+
+TEST(TreeCasesTest, BuildWithoutNodesRepairsAlike) {
+  for (const std::string& name : CaseNames()) {
+    SCOPED_TRACE(name);
+    const std::string input = test::ReadDataFile("tree/" + name + ".html");
+    test::ParsedPack full(input, 4);
+    test::ParsedPack bare(input, 2);
+    ASSERT_EQ(bare.List()->BuildEntityTree(CHtmlEntityTree::emBuildHtml | CHtmlEntityTree::emBuildNoNodes), 1);
+    CHtmlEntityTree* pTree = bare.pack.GetEntityTree();
+    EXPECT_EQ(pTree->GetRootNode(), nullptr);
+    EXPECT_EQ(pTree->GetMismatchCount(), full.pack.GetEntityTree()->GetMismatchCount());
+    EXPECT_EQ(TokenLines(bare.List()), TokenLines(full.List()));
   }
 }
 

@@ -8,7 +8,6 @@
 
 #include "telvanix/command_line.h"
 #include "telvanix/commands.h"
-#include "telvanix/html/html_pack.h"
 #include "telvanix/page_files.h"
 #include "telvanix/parallel.h"
 #include "telvanix/topic/html_file_ex.h"
@@ -108,21 +107,37 @@ std::vector<std::string> PreformattedContents(CHtmlPack& pack) {
 }
 
 // The words a reader sees, on one line, as the indexer would read them.
+std::string VisibleWords(CHtmlFileEx& doc) { return doc.GetPureText(emPureTextOneLine, nullptr, nullptr).str(); }
+
 std::string VisibleWords(CByteString& bytes, const std::string& path) {
   CHtmlFileEx doc(bytes, path.c_str());
-  return doc.GetPureText(emPureTextOneLine, nullptr, nullptr).str();
+  return VisibleWords(doc);
 }
 
-// Whether the formatted page shows what the source (parsed in `source`)
-// shows: the same words, and preformatted text exactly as it was.
-int KeepReason(CByteString& bytes, CHtmlPack& source, CByteString& formatted, const std::string& path) {
-  if (VisibleWords(bytes, path) != VisibleWords(formatted, path)) return 2;
-  std::vector<std::string> pre = PreformattedContents(source);
-  if (pre.empty()) return 0;
+// What a reader sees of a parsed page, taken while its document is at hand:
+// its words and its preformatted text.
+struct SeenText {
+  std::string words;
+  std::vector<std::string> preformatted;
+  void Take(CHtmlFileEx& doc) {
+    words = VisibleWords(doc);
+    preformatted = PreformattedContents(doc);
+  }
+};
+
+// 0 when the formatted page shows what the source showed; else 2 (words
+// would join) or 3 (preformatted text would change).
+int KeepReason(const SeenText& source, CByteString& formatted, const std::string& path) {
+  if (source.words != VisibleWords(formatted, path)) return 2;
+  if (source.preformatted.empty()) return 0;
   CHtmlPack after(formatted, path.c_str());
-  return after.Parse(CHtmlPack::emParseAttributes) && PreformattedContents(after) == pre ? 0 : 3;
+  return after.Parse(CHtmlPack::emParseAttributes) && PreformattedContents(after) == source.preformatted ? 0 : 3;
 }
 
+// The page is held whole at most twice at once beside one parsed document
+// (the document's tokens are several times its size): the bytes as read go
+// once the document has its own copy, and the document goes before the
+// formatted page is read for its words.
 FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool force) {
   FormatResult r;
   CByteString source;
@@ -130,25 +145,47 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool 
     r.written = -1;
     return r;
   }
-  CHtmlPack pack(source, path.c_str());
+  const int sourceLength = source.GetLength();
   CByteString formatted;
-  if (!pack.Parse(CHtmlPack::emParseAttributes) ||
-      !pack.Save(&formatted, layout ? CHtmlPack::emSaveLayoutObject : CHtmlPack::emSaveLayout)) {
-    if (source.GetLength() == 0) return r;
-    r.written = -1;
-    r.error = path + ": could not be parsed";
-    return r;
+  SeenText seen;
+  bool changed = false;
+  {
+    CHtmlFileEx doc(source, path.c_str());
+    const int parsed = doc.Parse(CHtmlPack::emParseAttributes);
+    source.Empty();
+    if (!parsed || !doc.Save(&formatted, layout ? CHtmlPack::emSaveLayoutObject : CHtmlPack::emSaveLayout)) {
+      if (sourceLength == 0) return r;
+      r.written = -1;
+      r.error = path + ": could not be parsed";
+      return r;
+    }
+    // A page whose length changes has changed; one of the same length is
+    // read again below, once this document is gone, and compared.
+    changed = formatted.GetLength() != sourceLength;
+    if (changed && !force) seen.Take(doc);
   }
-  const bool same = SameBytes(source, formatted);
-  if (!same && !force) {
-    r.written = KeepReason(source, pack, formatted, path);
+  if (!changed) {
+    if (!LoadTopicBytes(path, source, r.error)) {
+      r.written = -1;
+      return r;
+    }
+    changed = !SameBytes(source, formatted);
+    if (changed && !force) {
+      CHtmlFileEx doc(source, path.c_str());
+      seen.Take(doc);
+    }
+    source.Empty();
+  }
+  if (!changed) return r;
+  if (!force) {
+    r.written = KeepReason(seen, formatted, path);
     if (r.written) return r;
   }
   if (dryRun) {
-    r.written = same ? 0 : 1;
+    r.written = 1;
     return r;
   }
-  r.written = WriteIfChanged(path, source, formatted, r.error);
+  r.written = WritePage(path, formatted, r.error);
   return r;
 }
 

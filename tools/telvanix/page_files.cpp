@@ -31,19 +31,17 @@ std::vector<std::string> ExpandTopicOperands(const std::vector<std::string>& ope
 }
 
 bool LoadPage(const std::string& path, CByteString& bytes, std::string& error) {
-  std::string data;
   std::string why;
   std::error_code ec;
   if (fs::is_directory(path, ec)) {
     error = path + ": is a folder, not a page";
     return false;
   }
-  if (!ReadWholeFile(path, data, why)) {
+  if (!ReadWholeFile(path, bytes, why)) {
+    bytes.Empty();
     error = path + ": " + why;
     return false;
   }
-  bytes.Empty();
-  if (!data.empty()) bytes.Assign(reinterpret_cast<const unsigned char*>(data.data()), static_cast<int>(data.size()));
   return true;
 }
 
@@ -66,14 +64,17 @@ bool SameBytes(const CByteString& a, const CByteString& b) {
          (a.GetLength() == 0 || std::memcmp(a.GetContent(), b.GetContent(), static_cast<size_t>(a.GetLength())) == 0);
 }
 
-int WriteIfChanged(const std::string& path, const CByteString& original, const CByteString& bytes,
-                   std::string& error) {
-  if (SameBytes(original, bytes)) return 0;
+int WritePage(const std::string& path, const CByteString& bytes, std::string& error) {
   if (!bytes.SaveToFile(path.c_str())) {
     error = path + ": cannot be written (" + std::strerror(errno ? errno : EIO) + ")";
     return -1;
   }
   return 1;
+}
+
+int WriteIfChanged(const std::string& path, const CByteString& original, const CByteString& bytes,
+                   std::string& error) {
+  return SameBytes(original, bytes) ? 0 : WritePage(path, bytes, error);
 }
 
 void PrintError(const std::string& message) { std::fprintf(stderr, "telvanix: %s\n", message.c_str()); }
@@ -89,24 +90,24 @@ std::string ToUtf8(const char* text) {
   iconv_t cd = iconv_open("UTF-8//TRANSLIT", from.c_str());
   if (cd == reinterpret_cast<iconv_t>(-1)) cd = iconv_open("UTF-8", "CP1252");
   size_t inLeft = std::strlen(text);
-  std::string buf(inLeft * 4 + 16, '\0');
+  // Converted a piece at a time: the text of a large page is not given
+  // room for four times its size up front.
+  out.reserve(inLeft + inLeft / 8);
+  char buf[1 << 14];
   char* in = const_cast<char*>(text);
-  char* dst = buf.data();
-  size_t outLeft = buf.size();
   while (inLeft > 0) {
-    if (iconv(cd, &in, &inLeft, &dst, &outLeft) != static_cast<size_t>(-1)) break;
-    if (errno == E2BIG) break;
+    char* dst = buf;
+    size_t outLeft = sizeof buf;
+    const bool done = iconv(cd, &in, &inLeft, &dst, &outLeft) != static_cast<size_t>(-1);
+    const int err = errno;
+    out.append(buf, static_cast<size_t>(dst - buf));
+    if (done || err == E2BIG) continue;
     // An unmappable or cut byte becomes U+FFFD and the rest goes on.
     ++in;
     --inLeft;
-    if (outLeft >= 3) {
-      std::memcpy(dst, "\xEF\xBF\xBD", 3);
-      dst += 3;
-      outLeft -= 3;
-    }
+    out += "\xEF\xBF\xBD";
   }
   iconv_close(cd);
-  out.assign(buf.data(), static_cast<size_t>(dst - buf.data()));
   return out;
 }
 

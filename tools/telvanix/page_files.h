@@ -30,6 +30,10 @@ bool LoadTopicBytes(const std::string& path, CByteString& bytes, std::string& er
 // True when both hold the same bytes.
 bool SameBytes(const CByteString& a, const CByteString& b);
 
+// Writes `bytes` over `path` atomically. Returns 1 written, -1 on failure
+// (error set).
+int WritePage(const std::string& path, const CByteString& bytes, std::string& error);
+
 // Writes `bytes` over `path` atomically, but only when they differ from
 // `original`. Returns 1 written, 0 unchanged, -1 on failure (error set).
 int WriteIfChanged(const std::string& path, const CByteString& original, const CByteString& bytes,

@@ -9,6 +9,7 @@
 
 #include "telvanix/css/css_pack_ex.h"
 #include "telvanix/css/style_values.h"
+#include "telvanix/html/entity_tree.h"
 #include "telvanix/html/html_pack.h"
 #include "telvanix/html/tag_item.h"
 #include "telvanix/html/token_list.h"
@@ -168,7 +169,12 @@ FileScan ScanTopic(const std::string& root, const std::string& rel) {
   std::string full = JoinRoot(root, rel);
   CHtmlFileEx doc(bytes, full.c_str());
   if (bytes.GetLength() > 0) {
-    doc.Parse(CHtmlPack::emParseHtmlTree);
+    // The repairs a tree build makes, without the tree: its nodes would
+    // take twice the memory of the tokens, and the topic walk does not
+    // use them. The tokens hold their own copy of the page from here on.
+    doc.Parse(CHtmlPack::emParseAttributes);
+    bytes.Empty();
+    doc.GetTokenList()->BuildEntityTree(CHtmlEntityTree::emBuildHtml | CHtmlEntityTree::emBuildNoNodes);
     CollectRepairs(doc, s.repairs);
   }
   doc.Analyse();

@@ -120,8 +120,8 @@ std::string ReadFailure(int err) {
 
 }  // namespace
 
-bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& error) {
-  bytes.clear();
+bool ReadWholeFile(const std::string& path, CByteString& bytes, std::string& error) {
+  bytes.Empty();
   // Non-blocking, so that opening a pipe without a writer returns at once;
   // it is then turned away as not a regular file.
   int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
@@ -147,7 +147,9 @@ bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& err
     ::close(fd);
     return false;
   }
-  bytes.reserve(static_cast<size_t>(st.st_size));
+  // Room for the whole file at once (and the terminating zero), so that a
+  // large page is not copied as its buffer grows.
+  if (st.st_size > 0) bytes.Allocate(static_cast<int>(st.st_size) + 64);
   char buf[1 << 16];
   for (;;) {
     ssize_t n = ::read(fd, buf, sizeof buf);
@@ -158,12 +160,16 @@ bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& err
       ::close(fd);
       return false;
     }
-    if (bytes.size() + static_cast<size_t>(n) > kMaxFileBytes) {  // grew while being read
+    if (static_cast<size_t>(bytes.GetLength()) + static_cast<size_t>(n) > kMaxFileBytes) {  // grew while being read
       error = "too large (more than " + std::to_string(kMaxFileBytes) + " bytes)";
       ::close(fd);
       return false;
     }
-    bytes.append(buf, static_cast<size_t>(n));
+    if (!bytes.Append(reinterpret_cast<const unsigned char*>(buf), static_cast<int>(n))) {
+      error = "out of memory";
+      ::close(fd);
+      return false;
+    }
   }
   ::close(fd);
   return true;

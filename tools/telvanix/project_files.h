@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "telvanix/foundation/byte_string.h"
+
 namespace telvanix::tool {
 
 enum class FileKind { kTopic, kContents, kIndex, kStylesheet, kImage, kOther };
@@ -29,6 +31,6 @@ constexpr unsigned long long kMaxFileBytes = 0x7FFFFFF0u;
 
 // Reads a whole regular file; false with `error` set when it cannot be read,
 // is not a regular file (never blocks on a pipe) or is over kMaxFileBytes.
-bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& error);
+bool ReadWholeFile(const std::string& path, CByteString& bytes, std::string& error);
 
 }  // namespace telvanix::tool

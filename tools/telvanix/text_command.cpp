@@ -37,31 +37,42 @@ struct TextResult {
 TextResult Extract(const std::string& path, bool oneLine) {
   TextResult r;
   // Read first for a precise reason when the file is no page (missing,
-  // unreadable, a pipe, binary); an empty page simply has no text.
-  CByteString bytes;
-  if (!LoadTopicBytes(path, bytes, r.error)) return r;
-  if (bytes.GetLength() == 0) {
-    nlohmann::json j = {{"file", FileNameToUtf8(path)}, {"title", ""}, {"text", ""},
-                        {"keywords", nlohmann::json::array()}};
-    r.line = j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    return r;
-  }
-  CHtmlTopicText parser;
-  // Bit 0 of the flags selects the plain option 0 instead of the indexer's 2.
-  if (!parser.OpenDocument(path.c_str(), nullptr, oneLine ? 1 : 0, nullptr, nullptr, nullptr)) {
-    r.error = path + ": cannot be read as a topic page";
-    return r;
+  // unreadable, a pipe, binary); an empty page simply has no text. The
+  // parser reads the file itself, so these bytes go before it does.
+  {
+    CByteString bytes;
+    if (!LoadTopicBytes(path, bytes, r.error)) return r;
+    if (bytes.GetLength() == 0) {
+      nlohmann::json j = {{"file", FileNameToUtf8(path)}, {"title", ""}, {"text", ""},
+                          {"keywords", nlohmann::json::array()}};
+      r.line = j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+      return r;
+    }
   }
   CString text, unused, title;
   CStringArray keywords;
-  parser.GetFirstTopicText(text, unused, &keywords);
-  if (CHtmlFileEx* doc = parser.GetDocument()) doc->GetHtmlTitle(title);
+  {
+    CHtmlTopicText parser;
+    // Bit 0 of the flags selects the plain option 0 instead of the indexer's 2.
+    if (!parser.OpenDocument(path.c_str(), nullptr, oneLine ? 1 : 0, nullptr, nullptr, nullptr)) {
+      r.error = path + ": cannot be read as a topic page";
+      return r;
+    }
+    parser.GetFirstTopicText(text, unused, &keywords);
+    if (CHtmlFileEx* doc = parser.GetDocument()) doc->GetHtmlTitle(title);
+  }
+  // The document is gone; the text is converted and escaped with as few
+  // copies of it alive at once as can be.
   nlohmann::json kw = nlohmann::json::array();
   for (int i = 0; i < keywords.GetSize(); ++i) kw.push_back(ToUtf8(keywords[i]));
-  nlohmann::json j = {{"file", FileNameToUtf8(path)}, {"title", ToUtf8(title)}, {"text", ToUtf8(text)},
-                      {"keywords", kw}};
+  nlohmann::json j = nlohmann::json::object();
+  j["file"] = FileNameToUtf8(path);
+  j["title"] = ToUtf8(title);
+  j["keywords"] = std::move(kw);
+  std::string utf8 = ToUtf8(text);
+  text.Empty();
+  j["text"] = std::move(utf8);
   r.line = j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-  parser.CloseDocument();
   return r;
 }
 
