@@ -272,7 +272,7 @@ TEST_F(PageCommandsBadInput, NamedOperandsThatAreNoPages) {
 
 TEST(ToolBadInput, UnknownCodePageIsRefused) {
   ::setenv("TELVANIX_CODEPAGE", "bogus", 1);
-  ToolRun r = RunTool({"text", "--help"});
+  telvanix::tool_test::ToolRun r = telvanix::tool_test::RunTool({"text", "--help"});
   ::unsetenv("TELVANIX_CODEPAGE");
   EXPECT_EQ(r.status, 2) << r;
   EXPECT_EQ(r.err, "telvanix: unknown code page 'bogus' in TELVANIX_CODEPAGE\n");
