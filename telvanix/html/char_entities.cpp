@@ -306,4 +306,73 @@ CString CHtmlPack::TextToHtml(const char* text) {
   return CString(static_cast<const char*>(bytes), bytes.GetLength());
 }
 
+namespace {
+
+inline bool IsAsciiAlnum(unsigned char c) { return IsAsciiLetter(c) || IsDigit(c); }
+
+// A reference's character as a browser shows it: the punctuation rows and
+// numeric references in 128-159 are Windows-1252 bytes; zero, surrogates and
+// values past Unicode are U+FFFD.
+char32_t ReferenceCharacter(DWORD value) {
+  if (value >= 0x80 && value <= 0x9F) return Cp1252ToUnicode(static_cast<BYTE>(value));
+  if (value == 0 || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) return 0xFFFD;
+  return value;
+}
+
+// Reads the reference at p ("&..."); gives its end, or null when the "&" starts none.
+const unsigned char* ReadUnicodeReference(const unsigned char* p, const unsigned char* end, char32_t& ch) {
+  const unsigned char* run = p + 1;
+  const unsigned char* runEnd = run;
+  if (run < end && *run == '#') {
+    run = runEnd = p + 2;
+    const bool hex = runEnd < end && (*runEnd == 'x' || *runEnd == 'X');
+    if (hex) ++runEnd;
+    DWORD value = 0;
+    const unsigned char* digits = runEnd;
+    for (; runEnd < end && (hex ? HexValue(*runEnd) >= 0 : IsDigit(*runEnd)); ++runEnd)
+      value = value > 0x10FFFF ? value : value * (hex ? 16u : 10u) + static_cast<DWORD>(HexValue(*runEnd));
+    if (runEnd == digits) return nullptr;
+    ch = ReferenceCharacter(value);
+  } else if (run < end && IsAsciiLetter(*run)) {
+    while (runEnd < end && runEnd - run <= kMaxReferenceChars && IsAsciiAlnum(*runEnd)) ++runEnd;
+    const int code = runEnd - run <= kMaxReferenceChars ? LookupName(run, runEnd) : -1;
+    if (code <= 0) return nullptr;
+    ch = ReferenceCharacter(static_cast<DWORD>(code));
+  } else {
+    return nullptr;
+  }
+  return runEnd < end && *runEnd == ';' ? runEnd + 1 : runEnd;
+}
+
+}  // namespace
+
+int CHtmlPack::HtmlToUtf8(std::string& out, const unsigned char* text, int length, UINT codePage) {
+  if (!text) return 0;
+  length = InputLength(text, length);
+  if (length < 0) return 0;
+  if (codePage == CP_ACP) codePage = GetActiveCodePage();
+  if (!IsValidCodePage(codePage)) return 0;
+  const unsigned char* p = text;
+  const unsigned char* const end = text + length;
+  const std::size_t start = out.size();
+  while (p < end) {
+    const unsigned char* amp = static_cast<const unsigned char*>(std::memchr(p, '&', static_cast<size_t>(end - p)));
+    const unsigned char* plainEnd = amp ? amp : end;
+    CodePageToUtf8(codePage, reinterpret_cast<const char*>(p), static_cast<size_t>(plainEnd - p), out);
+    p = plainEnd;
+    if (!amp) break;
+    char32_t ch = 0;
+    if (const unsigned char* next = ReadUnicodeReference(p, end, ch)) {
+      AppendUtf8(out, ch);
+      p = next;
+    } else {
+      out += '&';
+      ++p;
+    }
+  }
+  // A byte order mark is no character of the text.
+  for (std::size_t at; (at = out.find("\xEF\xBB\xBF", start)) != std::string::npos;) out.erase(at, 3);
+  return 1;
+}
+
 }  // namespace telvanix

@@ -427,4 +427,33 @@ int CHtmlPack::SaveTokenListToByteString(CByteString& out, EmSaveFlag nFlag) {
   return 1;
 }
 
+UINT CHtmlPack::GetPageCodePage(UINT fallback) {
+  UINT fromHttpEquiv = 0;
+  bool first = true;
+  for (POSITION pos = m_TokenList.GetHeadPosition(); pos;) {
+    CHtmlTokenItem* token = m_TokenList.GetNext(pos);
+    if (!token) continue;
+    const unsigned char* data = token->GetOriginalData();
+    if (first && token->GetOriginalLength() >= 3 && data[0] == 0xEF && data[1] == 0xBB && data[2] == 0xBF)
+      return CP_UTF8;
+    first = false;
+    CHtmlTagItem* tag = token->GetSafeTagItemPtr();
+    if (!tag || tag->IsEndTag()) continue;
+    if (tag->IsTagNameSameAs("body")) break;  // a declaration after the head is not heeded
+    if (!tag->IsTagNameSameAs("meta")) continue;
+    if (UINT cp = CodePageFromName(tag->GetAttributeValue("charset"))) return cp;
+    const char* equiv = tag->GetAttributeValue("http-equiv");
+    const char* content = tag->GetAttributeValue("content");
+    if (fromHttpEquiv || !equiv || !content || ::strcasecmp(equiv, "content-type") != 0) continue;
+    if (const char* at = ::strcasestr(content, "charset=")) {
+      std::string label(at + 8);
+      if (!label.empty() && (label[0] == '"' || label[0] == '\'')) label.erase(0, 1);
+      label = label.substr(0, label.find_first_of(";, \t\"'"));
+      fromHttpEquiv = CodePageFromName(label.c_str());
+    }
+  }
+  if (fromHttpEquiv) return fromHttpEquiv;
+  return fallback == CP_ACP ? GetActiveCodePage() : fallback;
+}
+
 }  // namespace telvanix

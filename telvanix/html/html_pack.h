@@ -9,6 +9,10 @@
 // from the tags' print types.
 #pragma once
 
+#include <string>
+
+#include "telvanix/platform/code_page.h"
+
 #include <cstddef>
 
 #include "telvanix/foundation/byte_string.h"
@@ -124,6 +128,20 @@ class TELVANIX_API CHtmlPack {
   // Widens the bytes one to one (nothing marked) and encodes them.
   static int TextToHtml(CByteString& out, const unsigned char* text, int length);
   static CString TextToHtml(const char* text);
+
+  // The Unicode form of HTML text, for hosts that want UTF-8 rather than
+  // the byte forms above: the bytes are read in `codePage` (CP_ACP: the
+  // active one), every numeric reference gives its Unicode character
+  // ("&#26085;", "&#x1F600;", "&#X2019;"), named references and the
+  // punctuation rows give their Unicode characters, a byte order mark is
+  // dropped. Appends to out; 0 for null text or an invalid code page.
+  static int HtmlToUtf8(std::string& out, const unsigned char* text, int length, UINT codePage);
+
+  // The charset the page declares, as a code page: a UTF-8 byte order mark,
+  // else the first META "charset", else the first META http-equiv
+  // "Content-Type" with "charset=", else `fallback`. Labels that name no
+  // valid code page are passed over. Needs a parsed page.
+  UINT GetPageCodePage(UINT fallback = CP_ACP);
 
  protected:
   // The save format shared by both Save forms.

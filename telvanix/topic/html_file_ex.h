@@ -11,6 +11,8 @@
 // is cleared.
 #pragma once
 
+#include <functional>
+
 #include "telvanix/foundation/byte_string.h"
 #include "telvanix/foundation/keyword_map.h"
 #include "telvanix/foundation/rgl_array.h"
@@ -120,6 +122,9 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   // blocks and BR, 0 gives one line; window is never used; a non-null name is the
   // text of a page that has no words. Empty on failure.
   CString GetPureText(int option, HWND window, const char* name);
+  // The same words as UTF-8, read in the page's own charset (GetPageCodePage)
+  // with every reference as its Unicode character.
+  CString GetPureTextUtf8(int option);
 
   // ---- colours and background (BODY start tag) ----
   // 0xFF000000 deletes the attribute; other values are written as a colour
@@ -145,6 +150,9 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   int SetHtmlTitle(const char* title);
   // Line breaks removed, blanks trimmed, not decoded.
   int GetHtmlTitle(CString& title);
+  // The title as UTF-8 from the page's own charset, references decoded;
+  // empty when the page has none.
+  CString GetHtmlTitleUtf8();
 
   // ---- external stylesheet ----
   // Sets or inserts the stylesheet LINK; a null or empty name removes it.
@@ -312,6 +320,8 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   void EnsureAnalysed();
 
  private:
+  // Tells which OBJECT start tags hide their content from the text.
+  std::function<int(CHtmlTagItem*)> HiddenObjects();
   int InsertHeadTags();
   int InsertBodyTags();
   // Makes a tag token from its text and links it after (before) pos.

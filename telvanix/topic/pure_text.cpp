@@ -83,8 +83,13 @@ bool IsSelfClosed(CHtmlTagItem* tag) { return tag->GetXmlType() == 3; }
 // collapse and nothing trails.
 class CPureTextWriter {
  public:
-  explicit CPureTextWriter(int option)
-      : m_bLineBreaks((option & emPureTextLineBreaks) != 0), m_bDbcs(IsDBCSCodePage(GetActiveCodePage()) != 0) {}
+  // codePage 0: the byte form in the active code page; otherwise the page's
+  // code page, and the text comes out as UTF-8.
+  CPureTextWriter(int option, UINT codePage)
+      : m_nCodePage(codePage),
+        m_bLineBreaks((option & emPureTextLineBreaks) != 0),
+        m_bDbcs(!codePage && IsDBCSCodePage(GetActiveCodePage()) != 0),
+        m_bUtf8(codePage || GetActiveCodePage() == CP_UTF8) {}
 
   void Blank() {
     if (m_nPending < 1)
@@ -96,6 +101,13 @@ class CPureTextWriter {
   void AppendHtml(const unsigned char* p, int n, bool preformatted) {
     if (!p || n <= 0)
       return;
+    if (m_nCodePage) {
+      m_Utf8.clear();
+      if (CHtmlPack::HtmlToUtf8(m_Utf8, p, n, m_nCodePage))
+        AppendDecoded(reinterpret_cast<const unsigned char*>(m_Utf8.data()), static_cast<int>(m_Utf8.size()),
+                      preformatted);
+      return;
+    }
     if (std::memchr(p, '&', static_cast<std::size_t>(n))) {
       if (!CHtmlPack::HtmlToText(m_Decoded, p, n))
         return;
@@ -124,22 +136,29 @@ class CPureTextWriter {
     // narrows to a low byte (a quote or dash beyond the code page) give them,
     // and a zero must not cut the text short for a host reading it as a C
     // string.
-    return c <= ' ' || c == 0x7F || (c == 0xA0 && !m_bDbcs);
+    return c <= ' ' || c == 0x7F || (c == 0xA0 && !m_bDbcs && !m_bUtf8);
+  }
+
+  // Bytes of the blank at p, 0 when none; in UTF-8 the no-break space is two.
+  int BlankLength(const unsigned char* p, const unsigned char* end) const {
+    if (IsBlankByte(*p))
+      return 1;
+    return m_bUtf8 && p[0] == 0xC2 && end - p > 1 && p[1] == 0xA0 ? 2 : 0;
   }
 
   void AppendDecoded(const unsigned char* p, int n, bool preformatted) {
     const unsigned char* end = p + n;
     while (p < end) {
-      if (IsBlankByte(*p)) {
+      if (const int blank = BlankLength(p, end)) {
         if (preformatted && *p == '\n')
           Break();
         else
           Blank();
-        ++p;
+        p += blank;
         continue;
       }
       const unsigned char* word = p;
-      while (p < end && !IsBlankByte(*p)) {
+      while (p < end && !BlankLength(p, end)) {
         // A lead byte takes its trail byte along, whatever that byte is.
         if (m_bDbcs && IsDBCSLeadByte(*p) && p + 1 < end)
           ++p;
@@ -158,15 +177,19 @@ class CPureTextWriter {
 
   std::string m_Out;
   CByteString m_Decoded;
+  std::string m_Utf8;
+  UINT m_nCodePage;
   int m_nPending = 0;  // 1 blank, 2 line break owed before the next word
   bool m_bLineBreaks;
   bool m_bDbcs;
+  bool m_bUtf8;
 };
 
 // The walk's state: where in the page it stands and what it passes over.
 class CPureTextWalk {
  public:
-  CPureTextWalk(int option, const HiddenObjectTest& hiddenObject) : m_Writer(option), m_HiddenObject(hiddenObject) {}
+  CPureTextWalk(int option, UINT codePage, const HiddenObjectTest& hiddenObject)
+      : m_Writer(option, codePage), m_HiddenObject(hiddenObject) {}
 
   void Walk(const CHtmlTokenList& list) {
     for (POSITION pos = list.GetHeadPosition(); pos;) {
@@ -385,8 +408,9 @@ class CPureTextWalk {
 
 namespace topic_detail {
 
-std::string CollectPureText(const CHtmlTokenList& list, int option, const HiddenObjectTest& hiddenObject) {
-  CPureTextWalk walk(option, hiddenObject);
+std::string CollectPureText(const CHtmlTokenList& list, int option, const HiddenObjectTest& hiddenObject,
+                            UINT codePage) {
+  CPureTextWalk walk(option, codePage, hiddenObject);
   walk.Walk(list);
   return walk.Take();
 }
@@ -400,16 +424,42 @@ CString CHtmlFileEx::GetPureText(int option, HWND window, const char* name) {
     // the attributes of every tag to find the styled and bookmarked ones.
     if (!IsParsed())
       Parse(emParseTokens);
-    HiddenObjectTest hiddenObject = [this](CHtmlTagItem* tag) {
-      return IsHhctrlActivexObject(tag) || IsKeywordActiveObject(tag) || IsPopupActivexObject(tag);
-    };
-    std::string text = CollectPureText(m_TokenList, option, hiddenObject);
+    std::string text = CollectPureText(m_TokenList, option, HiddenObjects());
     if (text.empty() && name)
       return CString(name);
     return CString(text);
   } catch (...) {
     return CString();
   }
+}
+
+std::function<int(CHtmlTagItem*)> CHtmlFileEx::HiddenObjects() {
+  return [this](CHtmlTagItem* tag) {
+    return IsHhctrlActivexObject(tag) || IsKeywordActiveObject(tag) || IsPopupActivexObject(tag);
+  };
+}
+
+CString CHtmlFileEx::GetPureTextUtf8(int option) {
+  try {
+    if (!IsParsed())
+      Parse(emParseTokens);
+    return CString(CollectPureText(m_TokenList, option, HiddenObjects(), GetPageCodePage()));
+  } catch (...) {
+    return CString();
+  }
+}
+
+CString CHtmlFileEx::GetHtmlTitleUtf8() {
+  CString title;
+  std::string utf8;
+  try {
+    if (GetHtmlTitle(title) && !title.IsEmpty())
+      CHtmlPack::HtmlToUtf8(utf8, reinterpret_cast<const unsigned char*>(static_cast<const char*>(title)),
+                            title.GetLength(), GetPageCodePage());
+  } catch (...) {
+    utf8.clear();
+  }
+  return CString(utf8);
 }
 
 }  // namespace telvanix

@@ -36,8 +36,10 @@ namespace topic_detail {
 // topic document: a help-control object). May be empty: no object is hidden.
 using HiddenObjectTest = std::function<int(CHtmlTagItem*)>;
 
-// The plain text of the list's live tokens with the given option bits.
-std::string CollectPureText(const CHtmlTokenList& list, int option, const HiddenObjectTest& hiddenObject);
+// The plain text of the list's live tokens with the given option bits: in
+// the active code page's byte form, or, given the page's code page, as UTF-8.
+std::string CollectPureText(const CHtmlTokenList& list, int option, const HiddenObjectTest& hiddenObject,
+                            UINT codePage = 0);
 
 }  // namespace topic_detail
 }  // namespace telvanix

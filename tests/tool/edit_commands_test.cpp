@@ -261,20 +261,23 @@ TEST(PropsCommand, SeveralPropertiesAndRemoval) {
   EXPECT_EQ(ReadFile(page).find("topic-"), std::string::npos) << ReadFile(page);
 }
 
-TEST(PropsCommand, EveryValueIsEscapedNewOrReplaced) {
+TEST(PropsCommand, EveryValueIsEscapedAndConvertedNewOrReplaced) {
   ScratchDir dir;
   const std::string head = "<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=windows-1252\">";
   WriteFile(dir / "with.htm", head + "<meta name=\"topic-author\" content=\"A\"></head><body>x</body></html>\n");
   WriteFile(dir / "without.htm", head + "<title>t</title></head><body>x</body></html>\n");
-  const std::string author = "O\"Brien & Sons <x>", tags = "R&D,x\"y";
-  ToolRun r = RunTool({"props", dir.path(), "--set", "author=" + author, "--set", "build-tags=" + tags});
+  const std::string author = "O\"Brien & Sons <x>", tags = "R&D,x\"y", comment = "\u65e5\u672c caf\u00e9";
+  ToolRun r = RunTool({"props", dir.path(), "--set", "author=" + author, "--set", "build-tags=" + tags, "--set",
+                       "comment=" + comment});
   ASSERT_EQ(r.status, 0) << r;
   for (const char* name : {"with.htm", "without.htm"}) {
     const std::string page = dir / name;
-    EXPECT_EQ(ReadProps(page), Json({{"file", page}, {"author", author}, {"build-tags", tags}}));
+    EXPECT_EQ(ReadProps(page),
+              Json({{"file", page}, {"author", author}, {"build-tags", tags}, {"comment", comment}}));
     const std::string bytes = ReadFile(page);
     EXPECT_NE(bytes.find("content=\"O&quot;Brien &amp; Sons &lt;x&gt;\">"), std::string::npos) << bytes;
     EXPECT_NE(bytes.find("content=\"R&amp;D,x&quot;y\">"), std::string::npos) << bytes;
+    EXPECT_NE(bytes.find("content=\"&#26085;&#26412; caf\xe9\">"), std::string::npos) << bytes;
   }
   ToolRun listed = RunTool({"tags", dir / "with.htm", "--json"});
   EXPECT_EQ(Json::parse(listed.out).at("topic"), Json({"R&D", "x\"y"})) << listed;

@@ -126,6 +126,29 @@ TEST(TextCommand, CodePageTextComesOutAsUtf8) {
   EXPECT_EQ(pages[0].at("file"), dir / "caf\xC3\xA9.htm");
 }
 
+// Each page is read in the charset it declares, every reference to its
+// Unicode character; a byte order mark is no text.
+TEST(TextCommand, EachPageInItsOwnCharset) {
+  ScratchDir dir;
+  WriteFile(dir / "a.htm",
+            "\xEF\xBB\xBF<html><head><title>Caf\xC3\xA9 &amp; co</title><meta name=\"keywords\" "
+            "content=\"na&iuml;ve, &#26085;\"></head><body><p>a \xC3\x97 b &#128512; &#8220;q&#8221; &trade; "
+            "&#X2019; \xC3\xA0&nbsp;la</p></body></html>");
+  WriteFile(dir / "b.htm", "<html><head><meta charset=\"shift_jis\"></head><body>\x93\xFA\x96\x7B</body></html>");
+  WriteFile(dir / "c.htm",
+            "<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset='utf-8'\"></head>"
+            "<body>\xC3\xA9t\xC3\xA9</body></html>");
+  ToolRun r = RunTool({"text", dir.path()});
+  ASSERT_EQ(r.status, 0) << r;
+  std::vector<Json> pages = TextLines(r);
+  ASSERT_EQ(pages.size(), 3u) << r;
+  EXPECT_EQ(pages[0].at("title"), "Caf\u00e9 & co");
+  EXPECT_EQ(pages[0].at("keywords"), Json({"na\u00efve", "\u65e5"}));
+  EXPECT_EQ(pages[0].at("text"), "a \u00d7 b \U0001F600 \u201cq\u201d \u2122 \u2019 \u00e0 la");
+  EXPECT_EQ(pages[1].at("text"), "\u65e5\u672c");
+  EXPECT_EQ(pages[2].at("text"), "\u00e9t\u00e9");
+}
+
 TEST(TocCommand, PrintsTheTreeAndChecksItsTopics) {
   ToolRun r = RunTool({"toc", "--check", kLantern + "/lantern.hhc"});
   EXPECT_EQ(r.status, 0) << r;

@@ -10,19 +10,23 @@
 
 namespace telvanix::tool {
 
-UINT PageCodePage(const CByteString& page) {
-  (void)page;
-  return GetActiveCodePage();
-}
+namespace {
+
+void AppendNumericReference(char32_t ch, std::string& out) { out += "&#" + std::to_string(ch) + ";"; }
+
+}  // namespace
+
+UINT PageCodePage(CHtmlFileEx& doc) { return doc.GetPageCodePage(); }
 
 std::string PageTextToUtf8(const char* text, UINT codePage) {
-  (void)codePage;
-  return text ? text : "";
+  std::string out;
+  if (text && !CodePageToUtf8(codePage, text, std::strlen(text), out)) out = text;
+  return out;
 }
 
 std::string Utf8ToPageText(const std::string& utf8, UINT codePage) {
-  (void)codePage;
-  return utf8;
+  std::string bytes;
+  return Utf8ToCodePage(codePage, utf8.data(), utf8.size(), bytes, AppendNumericReference) ? bytes : utf8;
 }
 
 std::string ToAttributeValue(const std::string& utf8, UINT codePage) {
@@ -40,7 +44,9 @@ std::string ToAttributeValue(const std::string& utf8, UINT codePage) {
 }
 
 std::string AttributeValueToUtf8(const char* value, UINT codePage) {
-  return value ? PageTextToUtf8(CHtmlPack::HtmlToText(value), codePage) : std::string();
+  std::string out;
+  if (value) CHtmlPack::HtmlToUtf8(out, reinterpret_cast<const unsigned char*>(value), -1, codePage);
+  return out;
 }
 
 CHtmlTagItem* FindMeta(CHtmlFileEx& doc, const char* name) {

@@ -1,5 +1,6 @@
 // Text that the editing commands write into a META's attribute value and read
-// back out of it: a double-quoted value holds no raw quote, "&", "<" or ">".
+// back out of it. The user's text is UTF-8; a page holds its own charset, and
+// a double-quoted value holds no raw quote, "&", "<" or ">".
 #pragma once
 
 #include <string>
@@ -14,19 +15,20 @@ class CHtmlTagItem;
 
 namespace telvanix::tool {
 
-// The code page a page's text is in (for now the active one).
-UINT PageCodePage(const CByteString& page);
+// The code page a page's text is in.
+UINT PageCodePage(CHtmlFileEx& doc);
 
-// Text as an attribute value of a page in `codePage`: the double quote, "&",
-// "<" and ">" as references. (The bytes are not converted yet.)
+// UTF-8 text as an attribute value of a page in `codePage`: the double quote,
+// "&", "<" and ">" as references, and a character the code page cannot hold
+// as "&#N;".
 std::string ToAttributeValue(const std::string& utf8, UINT codePage);
 
-// An attribute value of a page in `codePage`, its character references
-// decoded as the library decodes them (for now into the page's bytes).
+// An attribute value of a page in `codePage` as UTF-8, its character
+// references decoded.
 std::string AttributeValueToUtf8(const char* value, UINT codePage);
 
-// Text of a page in `codePage` as UTF-8, and back. For now both keep the
-// page's bytes as they are: the commands print them through ToUtf8.
+// Text of a page in `codePage` as UTF-8, and back (a character the code page
+// cannot hold becomes "&#N;").
 std::string PageTextToUtf8(const char* text, UINT codePage);
 std::string Utf8ToPageText(const std::string& utf8, UINT codePage);
 

@@ -174,7 +174,7 @@ PageOutcome HandlePage(const std::string& path, const std::vector<Assignment>& g
     return o;
   }
   CHtmlFileEx& doc = *topic.doc;
-  const UINT codePage = PageCodePage(topic.source);
+  const UINT codePage = PageCodePage(*topic.doc);
   if (!given.empty()) {
     std::vector<Assignment> sets = given;
     for (Assignment& a : sets) {
@@ -195,7 +195,7 @@ PageOutcome HandlePage(const std::string& path, const std::vector<Assignment>& g
   for (const Property& p : kProperties) {
     std::string value;
     if (!ReadProperty(doc, codePage, p, value)) continue;
-    j[p.name] = ToUtf8(value.c_str());
+    j[p.name] = value;
     text += std::string("  ") + p.name + ": " + value + "\n";
   }
   o.output = json ? j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n" : text;

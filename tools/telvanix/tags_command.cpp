@@ -123,7 +123,7 @@ PageOutcome HandlePage(const std::string& path, const std::string& oldTag, const
     o.written = -1;
     return o;
   }
-  const UINT codePage = PageCodePage(topic.source);
+  const UINT codePage = PageCodePage(*topic.doc);
   o.tags = ReadTags(*topic.doc, codePage);
   if (oldTag.empty()) return o;
   PageTags wanted = o.tags;
@@ -195,8 +195,8 @@ int Run(const std::vector<std::string>& args) {
     if (cl.Has("json")) {
       nlohmann::json j = {{"file", FileNameToUtf8(pages[i])}, {"topic", nlohmann::json::array()},
                           {"elements", nlohmann::json::array()}};
-      for (const std::string& t : o.tags.topic) j["topic"].push_back(ToUtf8(t.c_str()));
-      for (const std::string& t : o.tags.elements) j["elements"].push_back(ToUtf8(t.c_str()));
+      for (const std::string& t : o.tags.topic) j["topic"].push_back(t);
+      for (const std::string& t : o.tags.elements) j["elements"].push_back(t);
       std::printf("%s\n", j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
     } else {
       std::string line = pages[i] + ":";

@@ -8,7 +8,9 @@
 #include "telvanix/commands.h"
 #include "telvanix/page_files.h"
 #include "telvanix/parallel.h"
+#include "telvanix/html/html_pack.h"
 #include "telvanix/topic/html_file_ex.h"
+#include "telvanix/topic/pure_text.h"
 #include "telvanix/topic/topic_text.h"
 
 namespace telvanix::tool {
@@ -21,8 +23,9 @@ const char kHelp[] =
     "Prints one JSON object per topic page, one per line, in the order given\n"
     "(folders sorted): {\"file\", \"title\", \"text\", \"keywords\"}. The text is\n"
     "every word a reader sees, blocks separated by line breaks; the keywords\n"
-    "come from META \"keywords\". Text is converted from the active code page\n"
-    "(TELVANIX_CODEPAGE, default 1252) to UTF-8.\n"
+    "come from META \"keywords\". Each page is read in its own charset (byte\n"
+    "order mark, META charset, else TELVANIX_CODEPAGE, default 1252) and\n"
+    "printed as UTF-8, every character reference as its character.\n"
     "\n"
     "  --one-line   the text as one line (blocks separated by a blank);\n"
     "               by default each block and BR ends a line (\"\\r\\n\")\n"
@@ -51,6 +54,7 @@ TextResult Extract(const std::string& path, bool oneLine) {
   }
   CString text, unused, title;
   CStringArray keywords;
+  std::vector<std::string> keywordsUtf8;
   {
     CHtmlTopicText parser;
     // Bit 0 of the flags selects the plain option 0 instead of the indexer's 2.
@@ -58,18 +62,27 @@ TextResult Extract(const std::string& path, bool oneLine) {
       r.error = path + ": cannot be read as a topic page";
       return r;
     }
-    parser.GetFirstTopicText(text, unused, &keywords);
-    if (CHtmlFileEx* doc = parser.GetDocument()) doc->GetHtmlTitle(title);
+    parser.GetFirstTopicText(unused, unused, &keywords);
+    if (CHtmlFileEx* doc = parser.GetDocument()) {
+      // Each page in its own charset, every reference as its character.
+      const UINT codePage = doc->GetPageCodePage();
+      text = doc->GetPureTextUtf8(oneLine ? emPureTextOneLine : emPureTextLineBreaks);
+      title = doc->GetHtmlTitleUtf8();
+      for (int i = 0; i < keywords.GetSize(); ++i) {
+        std::string k;
+        CHtmlPack::HtmlToUtf8(k, reinterpret_cast<const unsigned char*>(static_cast<const char*>(keywords[i])),
+                              keywords[i].GetLength(), codePage);
+        keywordsUtf8.push_back(std::move(k));
+      }
+    }
   }
-  // The document is gone; the text is converted and escaped with as few
-  // copies of it alive at once as can be.
-  nlohmann::json kw = nlohmann::json::array();
-  for (int i = 0; i < keywords.GetSize(); ++i) kw.push_back(ToUtf8(keywords[i]));
+  // The document is gone; the text is escaped with as few copies of it
+  // alive at once as can be.
   nlohmann::json j = nlohmann::json::object();
   j["file"] = FileNameToUtf8(path);
-  j["title"] = ToUtf8(title);
-  j["keywords"] = std::move(kw);
-  std::string utf8 = ToUtf8(text);
+  j["title"] = title.str();
+  j["keywords"] = keywordsUtf8;
+  std::string utf8 = text.str();
   text.Empty();
   j["text"] = std::move(utf8);
   r.line = j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
