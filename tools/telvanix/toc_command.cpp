@@ -10,11 +10,14 @@
 #include <set>
 #include <string>
 
+#include "telvanix/attribute_text.h"
 #include "telvanix/command_line.h"
 #include "telvanix/commands.h"
 #include "telvanix/page_files.h"
 #include "telvanix/project_files.h"
 #include "telvanix/references.h"
+#include "telvanix/html/html_pack.h"
+#include "telvanix/platform/code_page.h"
 #include "telvanix/sitemap/file_sitemap.h"
 #include "telvanix/sitemap/sitemap_entry.h"
 #include "telvanix/topic/html_file_ex.h"
@@ -44,13 +47,20 @@ std::string Str(const char* s) { return s ? s : ""; }
 // An index entry may be named by a "Keyword" parameter (kept among the
 // unknown ones, so that the file saves back as written); its "Name"
 // parameters then name the topics it lists.
-std::string EntryName(const CHtmlSitemap& e) {
+// UTF-8 from the sitemap file's own charset.
+std::string EntryName(const CHtmlSitemap& e, UINT codePage) {
   for (int k = 0; k < e.GetUnknownParamArraySize(); ++k) {
     const CHtmlSiteParamCouple* p = e.GetUnknownParam(k);
     if (p && p->GetName() && p->GetValue() && CString(p->GetName()).CompareNoCase("Keyword") == 0)
-      return Decoded(p->GetValue());
+      return AttributeValueToUtf8(p->GetValue(), codePage);
   }
-  return Str(e.GetName());
+  return PageTextToUtf8(e.GetName(), codePage);
+}
+
+// The charset the sitemap file declares (as a page does), else the active one.
+UINT SitemapCodePage(CByteString& bytes, const std::string& file) {
+  CHtmlPack pack(bytes, file.c_str());
+  return pack.Parse(CHtmlPack::emParseAttributes) ? pack.GetPageCodePage() : GetActiveCodePage();
 }
 
 struct Problem {
@@ -69,6 +79,7 @@ int Run(const std::vector<std::string>& args) {
     PrintError(error);
     return kExitError;
   }
+  const UINT codePage = SitemapCodePage(bytes, file);
   CHtmlFileSitemap sitemap;
   if (!sitemap.Read(bytes) && bytes.GetLength() > 0) {
     PrintError(file + ": not a contents or index file (no entries could be read)");
@@ -124,9 +135,9 @@ int Run(const std::vector<std::string>& args) {
     if (!e) continue;
     int level = e->GetLevel() < 1 ? 1 : e->GetLevel();
     std::string indent(static_cast<size_t>(2 * (level - 1)), ' ');
-    std::string name = EntryName(*e);
-    std::string local = Decoded(e->GetPrimary());
-    nlohmann::json je = {{"level", level}, {"name", ToUtf8(name.c_str())}, {"local", ToUtf8(local.c_str())}};
+    std::string name = EntryName(*e, codePage);
+    std::string local = PageTextToUtf8(Decoded(e->GetPrimary()).c_str(), codePage);
+    nlohmann::json je = {{"level", level}, {"name", name}, {"local", local}};
     if (!json) {
       std::printf("%s%s", indent.c_str(), name.empty() ? "(no name)" : name.c_str());
       if (!local.empty()) std::printf(" -> %s", local.c_str());
@@ -138,16 +149,17 @@ int Run(const std::vector<std::string>& args) {
     for (int s = 0; s < e->GetSectionArraySize(); ++s) {
       const CHtmlSitemapSection* sec = e->GetSection(s);
       if (!sec) continue;
-      const std::string secLocal = Decoded(sec->GetPrimary());
-      if (!json) std::printf("%s  - %s -> %s\n", indent.c_str(), Str(sec->GetName()).c_str(), secLocal.c_str());
-      sections.push_back({{"name", ToUtf8(sec->GetName())}, {"local", ToUtf8(secLocal.c_str())}});
+      const std::string secLocal = PageTextToUtf8(Decoded(sec->GetPrimary()).c_str(), codePage);
+      const std::string secName = PageTextToUtf8(sec->GetName(), codePage);
+      if (!json) std::printf("%s  - %s -> %s\n", indent.c_str(), secName.c_str(), secLocal.c_str());
+      sections.push_back({{"name", secName}, {"local", secLocal}});
       checkRef(i, sec->GetPrimary());
     }
     if (!sections.empty()) je["sections"] = sections;
     entries.push_back(je);
   }
   if (json) {
-    nlohmann::json out = {{"file", FileNameToUtf8(file)}, {"title", ToUtf8(sitemap.GetTitle())}, {"entries", entries}};
+    nlohmann::json out = {{"file", FileNameToUtf8(file)}, {"title", PageTextToUtf8(sitemap.GetTitle(), codePage)}, {"entries", entries}};
     if (cl.Has("check")) {
       nlohmann::json list = nlohmann::json::array();
       for (const Problem& p : problems)
