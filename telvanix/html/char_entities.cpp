@@ -4,6 +4,7 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <string>
 
 #include "telvanix/html/html_pack.h"
 
@@ -244,6 +245,9 @@ int InputLength(const unsigned char* text, int length) {
   return length == -1 ? static_cast<int>(std::strlen(reinterpret_cast<const char*>(text))) : length;
 }
 
+// The Unicode decoding, below the byte forms.
+void DecodeToUtf8(std::string& out, const unsigned char* p, const unsigned char* end, UINT codePage);
+
 }  // namespace
 
 int CHtmlPack::InitializeHtmlCharTable() {
@@ -266,6 +270,13 @@ int CHtmlPack::HtmlToText(CByteString& out, const unsigned char* text, int lengt
   const int n = InputLength(text, length);
   if (n < 0) return 0;
   InitializeHtmlCharTable();
+  if (GetActiveCodePage() == CP_UTF8) {
+    // The page's bytes are UTF-8 already; a reference becomes its UTF-8 bytes.
+    std::string utf8;
+    DecodeToUtf8(utf8, text, text + n, 0);
+    out.Assign(reinterpret_cast<const unsigned char*>(utf8.data()), static_cast<int>(utf8.size()));
+    return 1;
+  }
   Scratch<unsigned short> units(n);
   const int count = DecodeUnits(text, text + n, units.get(), false);
   if (count == 0) {
@@ -344,21 +355,17 @@ const unsigned char* ReadUnicodeReference(const unsigned char* p, const unsigned
   return runEnd < end && *runEnd == ';' ? runEnd + 1 : runEnd;
 }
 
-}  // namespace
-
-int CHtmlPack::HtmlToUtf8(std::string& out, const unsigned char* text, int length, UINT codePage) {
-  if (!text) return 0;
-  length = InputLength(text, length);
-  if (length < 0) return 0;
-  if (codePage == CP_ACP) codePage = GetActiveCodePage();
-  if (!IsValidCodePage(codePage)) return 0;
-  const unsigned char* p = text;
-  const unsigned char* const end = text + length;
-  const std::size_t start = out.size();
+// Decodes [p, end) to UTF-8: references to their Unicode characters, the
+// bytes between them converted from codePage, or, with codePage 0, copied
+// as they are.
+void DecodeToUtf8(std::string& out, const unsigned char* p, const unsigned char* const end, UINT codePage) {
   while (p < end) {
     const unsigned char* amp = static_cast<const unsigned char*>(std::memchr(p, '&', static_cast<size_t>(end - p)));
     const unsigned char* plainEnd = amp ? amp : end;
-    CodePageToUtf8(codePage, reinterpret_cast<const char*>(p), static_cast<size_t>(plainEnd - p), out);
+    if (codePage)
+      CodePageToUtf8(codePage, reinterpret_cast<const char*>(p), static_cast<size_t>(plainEnd - p), out);
+    else
+      out.append(reinterpret_cast<const char*>(p), static_cast<size_t>(plainEnd - p));
     p = plainEnd;
     if (!amp) break;
     char32_t ch = 0;
@@ -370,6 +377,18 @@ int CHtmlPack::HtmlToUtf8(std::string& out, const unsigned char* text, int lengt
       ++p;
     }
   }
+}
+
+}  // namespace
+
+int CHtmlPack::HtmlToUtf8(std::string& out, const unsigned char* text, int length, UINT codePage) {
+  if (!text) return 0;
+  length = InputLength(text, length);
+  if (length < 0) return 0;
+  if (codePage == CP_ACP) codePage = GetActiveCodePage();
+  if (!IsValidCodePage(codePage)) return 0;
+  const std::size_t start = out.size();
+  DecodeToUtf8(out, text, text + length, codePage);
   // A byte order mark is no character of the text.
   for (std::size_t at; (at = out.find("\xEF\xBB\xBF", start)) != std::string::npos;) out.erase(at, 3);
   return 1;

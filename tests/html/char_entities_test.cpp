@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "telvanix/html/html_pack.h"
+#include "test_util.h"
 
 using namespace telvanix;
 
@@ -207,4 +208,15 @@ TEST(HtmlToText, ManyThreads) {
   }
   for (auto& th : threads) th.join();
   for (int w : wrong) EXPECT_EQ(w, 0);
+}
+
+// Under UTF-8 the page's bytes stay as they are and a reference becomes the
+// UTF-8 bytes of its character; the single-byte forms above are untouched.
+TEST(HtmlToText, Utf8CodePageNarrowsToUtf8Bytes) {
+  test::CodePageScope utf8(CP_UTF8);
+  CByteString out;
+  const char* text = "caf\xC3\xA9 &eacute; &#26085; &trade; &amp;";
+  ASSERT_EQ(CHtmlPack::HtmlToText(out, reinterpret_cast<const unsigned char*>(text), -1), 1);
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(out.GetContent()), out.GetLength()),
+            "caf\xC3\xA9 \xC3\xA9 \xE6\x97\xA5 \xE2\x84\xA2 &");
 }
