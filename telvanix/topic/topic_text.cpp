@@ -86,6 +86,16 @@ int CHtmlTopicText::GetFirstTopicText(CString& text, CString& second, CStringArr
       text = m_pDocument->GetPureText(option, m_hWnd, m_strFileName);
     else
       text = m_pDocument->GetPureText(option, nullptr, nullptr);
+    return GetTopicKeywords(keywords);
+  } catch (...) {
+    return 0;
+  }
+}
+
+int CHtmlTopicText::GetTopicKeywords(CStringArray* keywords) {
+  if (!m_pDocument)
+    return 0;
+  try {
     if (keywords) {
       keywords->RemoveAll();
       GetKeywordFromMetaTag(keywords);

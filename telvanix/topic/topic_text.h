@@ -57,6 +57,9 @@ class TELVANIX_API CHtmlTopicText : public CHtmlTopicTextParser {
   const CString& GetFileName() const { return m_strFileName; }
   HWND GetWindow() const { return m_hWnd; }
   DWORD GetFlags() const { return m_dwFlags; }
+  // The META keywords alone, without the text: keywords is emptied and
+  // filled as GetFirstTopicText fills it. 0 when no page is open.
+  int GetTopicKeywords(CStringArray* keywords);
 
  private:
   // Keywords of every META named "keywords" (any case) with a "content", in

@@ -52,7 +52,7 @@ TextResult Extract(const std::string& path, bool oneLine) {
       return r;
     }
   }
-  CString text, unused, title;
+  CString text, title;
   CStringArray keywords;
   std::vector<std::string> keywordsUtf8;
   {
@@ -62,7 +62,7 @@ TextResult Extract(const std::string& path, bool oneLine) {
       r.error = path + ": cannot be read as a topic page";
       return r;
     }
-    parser.GetFirstTopicText(unused, unused, &keywords);
+    parser.GetTopicKeywords(&keywords);
     if (CHtmlFileEx* doc = parser.GetDocument()) {
       // Each page in its own charset, every reference as its character.
       const UINT codePage = doc->GetPageCodePage();
