@@ -316,8 +316,7 @@ bool CodePageToUtf8(UINT codePage, const char* bytes, std::size_t length, std::s
       AppendUtf8(utf8, Cp1252ToUnicode(p[i]));
     return true;
   }
-  if (!IsValidCodePage(codePage))
-    return false;
+  // The converter cache answers for validity: no lock on every piece of text.
   iconv_t cd = t_converters.Get(codePage, true);
   if (cd == CConverterCache::Invalid())
     return false;
@@ -333,8 +332,6 @@ bool Utf8ToCodePage(UINT codePage, const char* utf8, std::size_t length, std::st
   if (codePage == CP_ACP)
     codePage = GetActiveCodePage();
   if (!utf8 && length)
-    return false;
-  if (!IsValidCodePage(codePage))
     return false;
   const unsigned char* p = reinterpret_cast<const unsigned char*>(utf8);
   const unsigned char* end = p + length;

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <iconv.h>
 
 #include "telvanix/platform/code_page.h"
 #include "telvanix/project_files.h"
@@ -81,33 +80,9 @@ void PrintError(const std::string& message) { std::fprintf(stderr, "telvanix: %s
 
 std::string ToUtf8(const char* text) {
   std::string out;
-  if (!text || !*text) return out;
-  bool ascii = true;
-  for (const char* p = text; *p && ascii; ++p) ascii = static_cast<unsigned char>(*p) < 0x80;
-  if (ascii) return text;
-  // Pages are in the active code page; glibc's iconv knows all of them.
-  std::string from = "CP" + std::to_string(GetActiveCodePage());
-  iconv_t cd = iconv_open("UTF-8//TRANSLIT", from.c_str());
-  if (cd == reinterpret_cast<iconv_t>(-1)) cd = iconv_open("UTF-8", "CP1252");
-  size_t inLeft = std::strlen(text);
-  // Converted a piece at a time: the text of a large page is not given
-  // room for four times its size up front.
-  out.reserve(inLeft + inLeft / 8);
-  char buf[1 << 14];
-  char* in = const_cast<char*>(text);
-  while (inLeft > 0) {
-    char* dst = buf;
-    size_t outLeft = sizeof buf;
-    const bool done = iconv(cd, &in, &inLeft, &dst, &outLeft) != static_cast<size_t>(-1);
-    const int err = errno;
-    out.append(buf, static_cast<size_t>(dst - buf));
-    if (done || err == E2BIG) continue;
-    // An unmappable or cut byte becomes U+FFFD and the rest goes on.
-    ++in;
-    --inLeft;
-    out += "\xEF\xBF\xBD";
-  }
-  iconv_close(cd);
+  // Pages are in the active code page; what it cannot read becomes U+FFFD.
+  if (text && !CodePageToUtf8(CP_ACP, text, std::strlen(text), out))
+    CodePageToUtf8(kDefaultCodePage, text, std::strlen(text), out);
   return out;
 }
 
