@@ -5,14 +5,12 @@
 // nodes must repair it exactly as the full build does.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "html/html_test_util.h"
 #include "html/tree_dump.h"
-#include "test_util.h"
+#include "golden_cases.h"
 
 namespace telvanix {
 namespace {
@@ -38,30 +36,14 @@ std::string Describe(test::ParsedPack& page) {
   return out;
 }
 
-std::vector<std::string> CaseNames() {
-  std::vector<std::string> names;
-  std::error_code ec;
-  for (const auto& entry : std::filesystem::directory_iterator(std::string(TELVANIX_TEST_DATA_DIR) + "/tree", ec)) {
-    if (entry.path().extension() == ".html") names.push_back(entry.path().stem().string());
-  }
-  std::sort(names.begin(), names.end());
-  return names;
-}
+std::vector<std::string> CaseNames() { return test::GoldenCaseNames("tree", ".html"); }
 
 TEST(TreeCasesTest, EachCaseGivesItsExpectedTree) {
-  ASSERT_GE(CaseNames().size(), 10u);
-  for (const std::string& name : CaseNames()) {
-    SCOPED_TRACE(name);
-    std::string input = test::ReadDataFile("tree/" + name + ".html");
-    std::string expected = test::ReadDataFile("tree/" + name + ".expected");
+  test::RunGoldenCases("tree", ".html", [](const std::string&, const std::string& input) {
     test::ParsedPack page(input, 4);
-    ASSERT_EQ(page.parsed, 1);
-    if (expected.empty()) {
-      ADD_FAILURE() << "missing tree/" << name << ".expected";
-      continue;
-    }
-    EXPECT_EQ(Describe(page), expected);
-  }
+    EXPECT_EQ(page.parsed, 1);
+    return Describe(page);
+  }, 10);
 }
 
 TEST(TreeCasesTest, RepairIsStable) {
