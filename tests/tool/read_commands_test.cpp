@@ -218,6 +218,19 @@ TEST(TocCommand, DecodesEntriesAndChecksBookmarks) {
                             "problem": "topic does not define the bookmark"}])"));
 }
 
+// A name's references keep characters outside the file's code page, and
+// everything printed is UTF-8, problems included.
+TEST(TocCommand, NamesAndReferencesAreUtf8) {
+  ScratchDir dir;
+  WriteFile(dir / "c.hhc", "<ul><li><object type=\"text/sitemap\"><param name=\"Name\" value=\"&#26085; &#8220;q&#8221; "
+                           "caf\xE9\"><param name=\"Local\" value=\"caf\xE9.htm\"></object></ul>");
+  ToolRun r = RunTool({"toc", "--check", "--json", dir / "c.hhc"});
+  EXPECT_EQ(r.status, 1) << r;
+  Json j = Json::parse(r.out);
+  EXPECT_EQ(j.at("entries").at(0).at("name"), "\u65e5 \u201cq\u201d caf\u00e9");
+  EXPECT_EQ(j.at("problems").at(0).at("reference"), "caf\u00e9.htm");
+}
+
 TEST(RoundtripCommand, SamplePagesComeBack) {
   ToolRun r = RunTool({"roundtrip", "--json", kLantern});
   ASSERT_EQ(r.status, 0) << r;

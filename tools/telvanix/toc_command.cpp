@@ -47,14 +47,14 @@ std::string Str(const char* s) { return s ? s : ""; }
 // An index entry may be named by a "Keyword" parameter (kept among the
 // unknown ones, so that the file saves back as written); its "Name"
 // parameters then name the topics it lists.
-// UTF-8 from the sitemap file's own charset.
-std::string EntryName(const CHtmlSitemap& e, UINT codePage) {
+// The file is read as UTF-8 (see Run).
+std::string EntryName(const CHtmlSitemap& e) {
   for (int k = 0; k < e.GetUnknownParamArraySize(); ++k) {
     const CHtmlSiteParamCouple* p = e.GetUnknownParam(k);
     if (p && p->GetName() && p->GetValue() && CString(p->GetName()).CompareNoCase("Keyword") == 0)
-      return AttributeValueToUtf8(p->GetValue(), codePage);
+      return AttributeValueToUtf8(p->GetValue(), CP_UTF8);
   }
-  return PageTextToUtf8(e.GetName(), codePage);
+  return Str(e.GetName());
 }
 
 // The charset the sitemap file declares (as a page does), else the active one.
@@ -79,9 +79,21 @@ int Run(const std::vector<std::string>& args) {
     PrintError(error);
     return kExitError;
   }
-  const UINT codePage = SitemapCodePage(bytes, file);
+  // The reader decodes names into the active code page's bytes, which cut
+  // a reference to a character outside it; a UTF-8 copy of the file read
+  // under UTF-8 keeps every character. Nothing else runs while it reads.
+  std::string utf8;
+  const UINT fileCodePage = SitemapCodePage(bytes, file);
+  if (!CodePageToUtf8(fileCodePage, bytes, static_cast<size_t>(bytes.GetLength()), utf8)) {
+    PrintError(file + ": cannot be read in its charset");
+    return kExitError;
+  }
+  CByteString text(reinterpret_cast<const unsigned char*>(utf8.data()), static_cast<int>(utf8.size()));
   CHtmlFileSitemap sitemap;
-  if (!sitemap.Read(bytes) && bytes.GetLength() > 0) {
+  const UINT previous = SetActiveCodePage(CP_UTF8);
+  const int read = sitemap.Read(text);
+  SetActiveCodePage(previous);
+  if (!read && bytes.GetLength() > 0) {
     PrintError(file + ": not a contents or index file (no entries could be read)");
     return kExitError;
   }
@@ -118,7 +130,7 @@ int Run(const std::vector<std::string>& args) {
   if (cl.Has("check")) index = std::make_unique<ProjectIndex>(ListProjectFiles(root).files);
   auto checkRef = [&](int entry, const char* written) {
     if (!index || !written || !*written) return;
-    const std::string text = Decoded(written);  // the model keeps values as written
+    const std::string text = AttributeValueToUtf8(written, CP_UTF8);  // the model keeps values as written
     Resolution r = index->Resolve(from, text, bookmarks);
     if (r.ref.kind == RefKind::kOutside) problems.push_back({entry, text, "points outside the project"});
     if (r.ref.kind == RefKind::kLocal && r.presence == Presence::kMissing)
@@ -135,8 +147,8 @@ int Run(const std::vector<std::string>& args) {
     if (!e) continue;
     int level = e->GetLevel() < 1 ? 1 : e->GetLevel();
     std::string indent(static_cast<size_t>(2 * (level - 1)), ' ');
-    std::string name = EntryName(*e, codePage);
-    std::string local = PageTextToUtf8(Decoded(e->GetPrimary()).c_str(), codePage);
+    std::string name = EntryName(*e);
+    std::string local = AttributeValueToUtf8(e->GetPrimary(), CP_UTF8);
     nlohmann::json je = {{"level", level}, {"name", name}, {"local", local}};
     if (!json) {
       std::printf("%s%s", indent.c_str(), name.empty() ? "(no name)" : name.c_str());
@@ -149,8 +161,8 @@ int Run(const std::vector<std::string>& args) {
     for (int s = 0; s < e->GetSectionArraySize(); ++s) {
       const CHtmlSitemapSection* sec = e->GetSection(s);
       if (!sec) continue;
-      const std::string secLocal = PageTextToUtf8(Decoded(sec->GetPrimary()).c_str(), codePage);
-      const std::string secName = PageTextToUtf8(sec->GetName(), codePage);
+      const std::string secLocal = AttributeValueToUtf8(sec->GetPrimary(), CP_UTF8);
+      const std::string secName = Str(sec->GetName());
       if (!json) std::printf("%s  - %s -> %s\n", indent.c_str(), secName.c_str(), secLocal.c_str());
       sections.push_back({{"name", secName}, {"local", secLocal}});
       checkRef(i, sec->GetPrimary());
@@ -159,11 +171,11 @@ int Run(const std::vector<std::string>& args) {
     entries.push_back(je);
   }
   if (json) {
-    nlohmann::json out = {{"file", FileNameToUtf8(file)}, {"title", PageTextToUtf8(sitemap.GetTitle(), codePage)}, {"entries", entries}};
+    nlohmann::json out = {{"file", FileNameToUtf8(file)}, {"title", Str(sitemap.GetTitle())}, {"entries", entries}};
     if (cl.Has("check")) {
       nlohmann::json list = nlohmann::json::array();
       for (const Problem& p : problems)
-        list.push_back({{"entry", p.entry}, {"reference", ToUtf8(p.reference.c_str())}, {"problem", p.what}});
+        list.push_back({{"entry", p.entry}, {"reference", p.reference}, {"problem", p.what}});
       out["problems"] = list;
     }
     std::printf("%s\n", out.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
