@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "bench/tree_shape.h"
+#include "fuzz/valid_utf8.h"
 #include "telvanix/html/entity_tree.h"
 #include "telvanix/html/html_pack.h"
 #include "telvanix/html/tree_node.h"
@@ -153,6 +154,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   CHtmlPack pack(source, nullptr);
   if (!pack.Parse(CHtmlPack::emParseAttributes))
     return 0;
+
+  // The page as Unicode text, in its own charset and in ones it may claim:
+  // always well-formed UTF-8, whatever the bytes and references.
+  for (UINT codePage : {pack.GetPageCodePage(1252), UINT(CP_UTF8), UINT(932), UINT(1252)}) {
+    std::string utf8;
+    CHtmlPack::HtmlToUtf8(utf8, data, static_cast<int>(size), codePage);
+    if (!fuzz::IsValidUtf8(utf8))
+      std::abort();
+  }
 
   // Unchanged: the saved bytes are the page's bytes with some left out.
   std::string first = Saved(pack, CHtmlPack::emSave);

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
+#include <string_view>
 #include <vector>
 
 #include "telvanix/command_line.h"
@@ -134,10 +136,17 @@ int KeepReason(const SeenText& source, CByteString& formatted, const std::string
   return after.Parse(CHtmlPack::emParseAttributes) && PreformattedContents(after) == source.preformatted ? 0 : 3;
 }
 
+size_t Digest(const CByteString& bytes) {
+  return std::hash<std::string_view>{}(std::string_view(bytes, static_cast<size_t>(bytes.GetLength())));
+}
+
 // The page is held whole at most twice at once beside one parsed document
 // (the document's tokens are several times its size): the bytes as read go
 // once the document has its own copy, and the document goes before the
-// formatted page is read for its words.
+// formatted page is read for its words. The page is read from disk once: a
+// formatted page of the same length is compared by a 64-bit digest of the
+// bytes as read, so a file changed on disk meanwhile is never mistaken for
+// the page that was formatted.
 FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool force) {
   FormatResult r;
   CByteString source;
@@ -146,6 +155,7 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool 
     return r;
   }
   const int sourceLength = source.GetLength();
+  const size_t sourceDigest = Digest(source);
   CByteString formatted;
   SeenText seen;
   bool changed = false;
@@ -159,22 +169,8 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool 
       r.error = path + ": could not be parsed";
       return r;
     }
-    // A page whose length changes has changed; one of the same length is
-    // read again below, once this document is gone, and compared.
-    changed = formatted.GetLength() != sourceLength;
+    changed = formatted.GetLength() != sourceLength || Digest(formatted) != sourceDigest;
     if (changed && !force) seen.Take(doc);
-  }
-  if (!changed) {
-    if (!LoadTopicBytes(path, source, r.error)) {
-      r.written = -1;
-      return r;
-    }
-    changed = !SameBytes(source, formatted);
-    if (changed && !force) {
-      CHtmlFileEx doc(source, path.c_str());
-      seen.Take(doc);
-    }
-    source.Empty();
   }
   if (!changed) return r;
   if (!force) {
