@@ -40,7 +40,7 @@ TEST(HostTopicTextParser, FoundByNameReadsTextAndKeywords) {
   CString text, second;
   CStringArray keywords;
   ASSERT_EQ(1, parser->GetFirstTopicText(text, second, &keywords));
-  EXPECT_EQ(WithCrLf(test::ReadDataFile("topic_text/hidden.txt")), text.str());
+  EXPECT_EQ(WithCrLf(test::ReadDataFile("topic_text/hidden.expected")), text.str());
   ASSERT_EQ(2, keywords.GetSize());
   EXPECT_EQ("alpha", keywords[0]);
   EXPECT_EQ("beta", keywords[1]);

@@ -1,7 +1,6 @@
 // A topic document over page text held in memory, for the topic tests.
 #pragma once
 
-#include <initializer_list>
 #include <string>
 
 #include "telvanix/foundation/byte_string.h"
@@ -32,45 +31,5 @@ class TopicPage {
   CByteString m_bytes;
   CHtmlFileEx m_doc;
 };
-
-// A getter's text, or "<none>" when it reports 0.
-template <typename Getter>
-std::string Text(CHtmlFileEx& doc, Getter getter) {
-  CString text;
-  return (doc.*getter)(text) ? text.str() : "<none>";
-}
-
-// The list's items, each followed by ";".
-inline std::string Join(const CHtmlFileEx::CStringArrayEx& list) {
-  std::string out;
-  for (int i = 0; i < list.GetSize(); ++i)
-    out += list[i].str() + ";";
-  return out;
-}
-
-// Everything an enumerator pair gives, each followed by ";": up to a null
-// pointer or an empty string.
-inline bool Given(const char* s) { return s != nullptr; }
-inline bool Given(const CString& s) { return !s.IsEmpty(); }
-template <typename First, typename Next>
-std::string Walk(CHtmlFileEx& doc, First first, Next next) {
-  unsigned int cursor = 0;
-  std::string out;
-  for (auto s = (doc.*first)(cursor); Given(s) && out.size() < 100000; s = (doc.*next)(cursor))
-    out += std::string(s) + ";";
-  return out;
-}
-
-// True when the pieces appear in the text in this order.
-inline bool InOrder(const std::string& text, std::initializer_list<const char*> pieces) {
-  size_t from = 0;
-  for (const char* piece : pieces) {
-    const size_t at = text.find(piece, from);
-    if (at == std::string::npos)
-      return false;
-    from = at + 1;
-  }
-  return true;
-}
 
 }  // namespace telvanix::test

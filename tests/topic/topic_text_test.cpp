@@ -1,4 +1,5 @@
-// The topic text parser: opening pages, text, keywords and the window rule.
+// The topic text parser: opening pages, the text and the window rule (the
+// keywords of whole pages are in the golden topic cases).
 #include "telvanix/topic/topic_text.h"
 
 #include <gtest/gtest.h>
@@ -28,13 +29,6 @@ class WindowPredicateScope {
   IsWindowPredicate m_previous;
 };
 
-std::string Joined(const CStringArray& keywords) {
-  std::string joined;
-  for (int i = 0; i < keywords.GetSize(); ++i)
-    joined += "[" + keywords[i].str() + "]";
-  return joined;
-}
-
 class TopicTextTest : public ::testing::Test {
  protected:
   // Writes the page and opens it; the parser's result.
@@ -47,18 +41,6 @@ class TopicTextTest : public ::testing::Test {
     CString text, second;
     return m_parser.GetFirstTopicText(text, second, nullptr) ? text.str() : "<no text>";
   }
-  // Keywords of a page with the given head.
-  std::string Keywords(const std::string& head) {
-    if (!Open("<html><head>" + head + "</head><body>x</body></html>"))
-      return "<open failed>";
-    CString text, second;
-    CStringArray keywords;
-    keywords.Add("stale");
-    if (!m_parser.GetFirstTopicText(text, second, &keywords))
-      return "<no text>";
-    return Joined(keywords);
-  }
-
   test::TempDir m_dir;
   CHtmlTopicText m_parser;
 };
@@ -108,20 +90,6 @@ TEST_F(TopicTextTest, FlagBitZeroAsksForOneLine) {
   m_parser.CloseDocument();
   ASSERT_EQ(1, Open("<p>one</p><p>two</p>", nullptr, 0x2));
   EXPECT_EQ("one\r\ntwo", First());
-}
-
-TEST_F(TopicTextTest, KeywordsComeFromMetaTagsInDocumentOrder) {
-  EXPECT_EQ("[help][index][search]", Keywords("<meta name=\"keywords\" content=\"help, index ,search\">"));
-  EXPECT_EQ("[a][][b]", Keywords("<meta name=keywords content=\"a,,b\">"));
-  EXPECT_EQ("[a][b][]", Keywords("<meta name=keywords content=\" a , b,\">"));
-  EXPECT_EQ("[one][two][three]",
-            Keywords("<meta name=\"Keywords\" content=\"one\"><meta name=description content=\"no\">"
-                     "<META NAME=KEYWORDS CONTENT=\"two,three\">"));
-  // No content, an empty content, or another name: nothing, and the array is
-  // still emptied.
-  EXPECT_EQ("", Keywords("<meta name=keywords><meta name=keywords content=\"\"><meta name=keyword content=x>"));
-  // As written in the page.
-  EXPECT_EQ("[a &amp; b]", Keywords("<meta name=keywords content=\"a &amp; b\">"));
 }
 
 TEST_F(TopicTextTest, WindowIsKeptOnlyWhenItIsAWindow) {
