@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <iterator>
+#include <set>
+#include <string>
 
 #include "telvanix/sitemap/file_sitemap.h"
 
@@ -162,36 +165,28 @@ TEST(SiteProperties, CopiesAreDeepAndDefaultResets) {
   EXPECT_EQ(site.GetInstructionArraySize(), 0);
 }
 
-TEST(SiteParamTable, EveryNameHasItsCode) {
-  struct Row {
-    const char* name;
-    int code;
-  };
-  const Row rows[] = {
-      {"FrameName", 3},        {"WindowName", 4},        {"NumberTypes", 5},       {"Category", 6},
-      {"CategoryDesc", 7},     {"Type", 8},              {"TypeDesc", 9},          {"TypeExclusive", 10},
-      {"TypeExclusiveDesc", 11}, {"TypeHidden", 12},     {"Font Types", 13},       {"Font Instructions", 14},
-      {"Background", 15},      {"Background Image", 16}, {"Foreground", 17},       {"Font", 18},
-      {"ImageList", 19},       {"ImageType", 20},        {"NumberImages", 21},     {"ExWindow Styles", 22},
-      {"WindowStyles", 23},    {"Window Styles", 23},    {"Instruction", 24},      {"Auto Generated", 25},
-      {"Name", 50},            {"URL", 51},              {"Secondary", 52},        {"Keyword", 54},
-      {"Frame", 55},           {"New", 57},              {"Comment", 58},          {"See Also", 59},
-      {"SendEvent", 60},       {"Merge", 61},            {"Image Width", 62},      {"Local", 100},
-      {"SiteType", 101},       {"ImageNumber", 102},     {"Sync", 103},
-  };
-  EXPECT_EQ(CHtmlFileSitemap::ms_nSiteParamTableSize, 39);
-  EXPECT_EQ(sizeof(rows) / sizeof(rows[0]), 39u);
-  for (const Row& row : rows) {
-    EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode(row.name), row.code) << row.name;
-    CString lower(row.name);
+TEST(SiteParamTable, EveryRowIsFoundByItsNameInAnyCaseAndNamesAreUnique) {
+  const int size = CHtmlFileSitemap::ms_nSiteParamTableSize;
+  EXPECT_EQ(size, static_cast<int>(std::size(CHtmlFileSitemap::ms_tSiteParamTable)));
+  CHtmlFileSitemap::GetSiteParamCode("Name");  // the first lookup may reorder the rows
+  std::set<std::string> names;
+  for (int i = 0; i < size; ++i) {
+    const QuickMapStringToValueItem& row = CHtmlFileSitemap::ms_tSiteParamTable[i];
+    CString lower(row.pszKey), upper(row.pszKey);
     lower.MakeLower();
-    EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode(lower), row.code) << lower;
+    upper.MakeUpper();
+    EXPECT_TRUE(names.insert(lower.str()).second) << row.pszKey;
+    EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode(row.pszKey), row.nValue) << row.pszKey;
+    EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode(lower), row.nValue) << row.pszKey;
+    EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode(upper), row.nValue) << row.pszKey;
   }
-  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode("Url"), 51);
-  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode("ImageWidth"), -1);
-  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode("X-Unknown"), -1);
-  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode(""), -1);
-  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode(nullptr), -1);
+  // Both spellings of the window styles; the codes the reader and writer name.
+  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode("WindowStyles"), CHtmlFileSitemap::emParamWindowStyles);
+  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode("Window Styles"), CHtmlFileSitemap::emParamWindowStyles);
+  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode("Local"), CHtmlFileSitemap::emParamLocal);
+  EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode("Image Width"), CHtmlFileSitemap::emParamImageWidth);
+  for (const char* name : {"ImageWidth", "X-Unknown", "", static_cast<const char*>(nullptr)})
+    EXPECT_EQ(CHtmlFileSitemap::GetSiteParamCode(name), -1) << (name ? name : "(null)");
 }
 
 TEST(FileSitemap, NeededNamesAreKeptOnce) {
