@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdio>
+#include <utility>
 #include <string>
 
 #include "telvanix/sitemap/file_sitemap.h"
@@ -91,15 +92,12 @@ inline std::string DumpSitemapModel(const CHtmlFileSitemap& file) {
       out += "  section: " + DumpText(section->GetName()) + " | " + DumpText(section->GetPrimary()) + " | " +
              DumpText(section->GetSecondary()) + "\n";
     }
-    DumpField(out, "  ", "See Also", entry->GetSeeAlso());
-    DumpField(out, "  ", "FrameName", entry->GetFrameName());
-    DumpField(out, "  ", "WindowName", entry->GetWindowName());
-    DumpField(out, "  ", "Comment", entry->GetComment());
-    DumpField(out, "  ", "New", entry->GetNew());
-    DumpField(out, "  ", "Merge", entry->GetMerge());
-    DumpField(out, "  ", "Merge2", entry->GetMerge2());
-    DumpField(out, "  ", "SendEvent", entry->GetSendEvent());
-    DumpField(out, "  ", "Sync", entry->GetSync());
+    using E = CHtmlSitemap;
+    for (auto [key, get] : {std::pair{"See Also", &E::GetSeeAlso}, {"FrameName", &E::GetFrameName},
+                            {"WindowName", &E::GetWindowName}, {"Comment", &E::GetComment}, {"New", &E::GetNew},
+                            {"Merge", &E::GetMerge}, {"Merge2", &E::GetMerge2}, {"SendEvent", &E::GetSendEvent},
+                            {"Sync", &E::GetSync}})
+      DumpField(out, "  ", key, (entry->*get)());
     DumpNumber(out, "  ", "ImageNumber", entry->GetImageNumber(), -1);
     for (int j = 0; j < entry->GetUnknownParamArraySize(); ++j)
       out += "  param: " + DumpText(entry->GetUnknownParam(j)->GetName()) + " = " +

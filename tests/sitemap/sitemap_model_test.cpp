@@ -5,9 +5,11 @@
 #include <set>
 #include <string>
 
+#include "sitemap/sitemap_dump.h"
 #include "telvanix/sitemap/file_sitemap.h"
 
 using namespace telvanix;
+using telvanix::test::DumpSitemapModel;
 
 namespace {
 
@@ -88,81 +90,83 @@ TEST(SitemapEntry, SectionsAndTypeInfo) {
   EXPECT_STREQ(info.GetPrimary(), "s.htm");
 }
 
-TEST(SitemapEntry, CopiesAreDeep) {
-  CHtmlSitemap entry;
-  entry.SetName("kw");
-  entry.SetLevel(2);
-  entry.AddSection("s", "a.htm");
-  auto* info = new CHtmlSitemapTypeInfo;
-  info->AddTypeInfo("t");
-  entry.AddTypeInfo(info);
-  entry.AddUnknownParam("X", "1");
-  EXPECT_EQ(entry.AddUnknownParam(nullptr, "1"), 0);
-  EXPECT_EQ(entry.AddSection(nullptr), -1);
-
-  CHtmlSitemap copy(entry);
-  entry.GetSection(0)->SetPrimary("changed.htm");
-  entry.GetTypeInfo(0)->AddTypeInfo("u");
-  entry.GetUnknownParam(0)->SetValue("2");
-  entry.SetName("other");
-  EXPECT_STREQ(copy.GetName(), "kw");
-  EXPECT_EQ(copy.GetLevel(), 2);
-  ASSERT_EQ(copy.GetSectionArraySize(), 1);
-  EXPECT_STREQ(copy.GetSection(0)->GetPrimary(), "a.htm");
-  EXPECT_EQ(copy.GetTypeInfo(0)->GetTypeInfoArraySize(), 1);
-  EXPECT_STREQ(copy.GetUnknownParam(0)->GetValue(), "1");
-
-  CHtmlSitemap assigned;
-  assigned.AddSection("old", "old.htm");
-  assigned = copy;
-  copy.GetSection(0)->SetName("gone");
-  ASSERT_EQ(assigned.GetSectionArraySize(), 1);
-  EXPECT_STREQ(assigned.GetSection(0)->GetName(), "s");
-  CHtmlSitemap& self = assigned;  // through a reference: self-assignment on purpose
-  assigned = self;
-  EXPECT_EQ(assigned.GetSectionArraySize(), 1);
-
-  assigned.Default();
-  EXPECT_EQ(assigned.GetLevel(), -1);
-  EXPECT_EQ(assigned.GetSectionArraySize(), 0);
-  EXPECT_EQ(assigned.GetName(), nullptr);
+// A file holding a copy of one entry, or of site properties, as the dump prints it.
+std::string Held(const CHtmlSitemap& entry) {
+  CHtmlFileSitemap file;
+  file.AddSitemap(new CHtmlSitemap(entry));
+  return DumpSitemapModel(file);
+}
+std::string Held(const CHtmlSiteProperties& site) {
+  CHtmlFileSitemap file;
+  *file.GetSiteProperties() = site;
+  return DumpSitemapModel(file);
 }
 
-TEST(SiteProperties, CopiesAreDeepAndDefaultResets) {
-  CHtmlSiteProperties site;
+// Copies (constructed or assigned) keep what the source held when copied,
+// whatever is changed in the source afterwards; Default empties.
+TEST(SitemapModel, CopiesAreDeepAndDefaultResets) {
+  CHtmlFileSitemap file;
+  EXPECT_EQ(file.AddSitemap(nullptr), -1);
+  auto* entry = new CHtmlSitemap;
+  entry->SetName("kw");
+  entry->SetLevel(2);
+  entry->AddSection("s", "a.htm");
+  auto* info = new CHtmlSitemapTypeInfo;
+  info->AddTypeInfo("t");
+  entry->AddTypeInfo(info);
+  entry->AddUnknownParam("X", "1");
+  EXPECT_EQ(entry->AddUnknownParam(nullptr, "1"), 0);
+  EXPECT_EQ(entry->AddSection(nullptr), -1);
+  EXPECT_EQ(file.AddSitemap(entry), 0);
+  file.SetTitle("T");
+  file.AddNeedWindowName("w");
+  CHtmlSiteProperties& site = *file.GetSiteProperties();
   site.SetSiteType(CHtmlSiteProperties::emSiteTypeIndex);
   site.SetBackground(0x123456);
   site.SetImageList("a.bmp");
+  site.SetFont("Arial,8,0");
   auto* category = new CHtmlSiteCategory("Level", "How hard");
   category->AddCategoryTypeInfo(new CHtmlSiteCategoryTypeInfo(CHtmlSiteCategoryTypeInfo::emTypeInfoHidden, "x", "d"));
   site.AddSiteCategory(category);
   site.AddInstruction("Instruction", "i1");
   site.AddUnknownParam("U", "v");
 
-  CHtmlSiteProperties copy(site);
+  const std::string before = DumpSitemapModel(file), entryBefore = Held(*entry), siteBefore = Held(site);
+  CHtmlFileSitemap copy(file);
+  CHtmlSitemap entryCopy(*entry), assigned;
+  assigned.AddSection("old", "old.htm");
+  assigned = entryCopy;
+  CHtmlSitemap& self = assigned;  // through a reference: self-assignment on purpose
+  assigned = self;
+  CHtmlSiteProperties siteCopy(site);
+  CHtmlSiteCategory categoryCopy;
+  categoryCopy = *category;
+  EXPECT_NE(copy.GetSitemap(0), entry);
+
+  entry->GetSection(0)->SetPrimary("changed.htm");
+  entry->GetTypeInfo(0)->AddTypeInfo("u");
+  entry->GetUnknownParam(0)->SetValue("2");
+  entry->SetName("other");
   category->SetName("changed");
   category->GetCategoryTypeInfo(0)->SetType("changed");
+  category->GetCategoryTypeInfo(0)->SetTypeDesc("changed");
   site.GetInstruction(0)->SetValue("changed");
-  EXPECT_EQ(copy.GetSiteType(), CHtmlSiteProperties::emSiteTypeIndex);
-  EXPECT_EQ(copy.GetBackground(), 0x123456u);
-  ASSERT_EQ(copy.GetSiteCategoryArraySize(), 1);
-  EXPECT_STREQ(copy.GetSiteCategory(0)->GetName(), "Level");
-  EXPECT_STREQ(copy.GetSiteCategory(0)->GetCategoryTypeInfo(0)->GetType(), "x");
-  EXPECT_EQ(copy.GetSiteCategory(0)->GetCategoryTypeInfo(0)->GetTypeInfoType(),
-            CHtmlSiteCategoryTypeInfo::emTypeInfoHidden);
-  EXPECT_STREQ(copy.GetInstruction(0)->GetValue(), "i1");
-  EXPECT_EQ(copy.GetSiteCategory(1), nullptr);
-
-  CHtmlSiteCategory categoryCopy;
-  categoryCopy = *copy.GetSiteCategory(0);
-  copy.GetSiteCategory(0)->GetCategoryTypeInfo(0)->SetTypeDesc("changed");
+  EXPECT_EQ(DumpSitemapModel(copy), before);
+  EXPECT_EQ(Held(entryCopy), entryBefore);
+  EXPECT_EQ(Held(assigned), entryBefore);
+  EXPECT_EQ(Held(siteCopy), siteBefore);
   EXPECT_STREQ(categoryCopy.GetCategoryTypeInfo(0)->GetTypeDesc(), "d");
+  EXPECT_EQ(copy.GetSitemap(1), nullptr);
+  EXPECT_EQ(siteCopy.GetSiteCategory(1), nullptr);
 
+  assigned.Default();
+  EXPECT_EQ(assigned.GetLevel(), -1);
+  EXPECT_EQ(Held(assigned), Held(CHtmlSitemap()));
   site.Default();
   EXPECT_EQ(site.GetBackground(), 0xFFFFFFFFu);
-  EXPECT_EQ(site.GetImageList(), nullptr);
-  EXPECT_EQ(site.GetSiteCategoryArraySize(), 0);
-  EXPECT_EQ(site.GetInstructionArraySize(), 0);
+  EXPECT_EQ(Held(site), Held(CHtmlSiteProperties()));
+  file.Default();
+  EXPECT_EQ(DumpSitemapModel(file), "");
 }
 
 TEST(SiteParamTable, EveryRowIsFoundByItsNameInAnyCaseAndNamesAreUnique) {
@@ -205,34 +209,6 @@ TEST(FileSitemap, NeededNamesAreKeptOnce) {
   EXPECT_EQ(file.AddNeedWindowName("$global_w"), 1);
   EXPECT_STREQ(file.GetFirstWindowName(cursor), "$global_w");
   EXPECT_EQ(file.GetNextWindowName(cursor), nullptr);
-}
-
-TEST(FileSitemap, OwnsEntriesAndCopiesThem) {
-  CHtmlFileSitemap file;
-  EXPECT_EQ(file.AddSitemap(nullptr), -1);
-  auto* entry = new CHtmlSitemap;
-  entry->SetName("a");
-  EXPECT_EQ(file.AddSitemap(entry), 0);
-  file.SetTitle("T");
-  file.GetSiteProperties()->SetFont("Arial,8,0");
-  file.AddNeedWindowName("w");
-
-  CHtmlFileSitemap copy(file);
-  entry->SetName("changed");
-  EXPECT_EQ(copy.GetSitemapArraySize(), 1);
-  EXPECT_STREQ(copy.GetSitemap(0)->GetName(), "a");
-  EXPECT_NE(copy.GetSitemap(0), entry);
-  EXPECT_STREQ(copy.GetTitle(), "T");
-  EXPECT_STREQ(copy.GetSiteProperties()->GetFont(), "Arial,8,0");
-  int cursor;
-  EXPECT_STREQ(copy.GetFirstWindowName(cursor), "w");
-  EXPECT_EQ(copy.GetSitemap(1), nullptr);
-
-  file.Default();
-  EXPECT_EQ(file.GetSitemapArraySize(), 0);
-  EXPECT_EQ(file.GetTitle(), nullptr);
-  EXPECT_EQ(file.GetSiteProperties()->GetFont(), nullptr);
-  EXPECT_EQ(file.GetFirstWindowName(cursor), nullptr);
 }
 
 }  // namespace

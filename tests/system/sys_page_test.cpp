@@ -5,15 +5,14 @@
 #include <climits>
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 namespace telvanix {
 namespace {
 
-void ExpectRect(const RECT& r, LONG left, LONG top, LONG right, LONG bottom) {
-  EXPECT_EQ(r.left, left);
-  EXPECT_EQ(r.top, top);
-  EXPECT_EQ(r.right, right);
-  EXPECT_EQ(r.bottom, bottom);
+std::string Rect(const RECT& r) {
+  return std::to_string(r.left) + "," + std::to_string(r.top) + "," + std::to_string(r.right) + "," +
+         std::to_string(r.bottom);
 }
 
 PAGESETUPDLGA MakeRecord(DWORD flags, LONG width, LONG height) {
@@ -49,47 +48,42 @@ TEST(CSysPageTest, DefaultLetterInTwipsClearsAnEarlierPrinterSetup) {
   EXPECT_EQ(page.GetPageSource(), CSysPage::PAGE_SOURCE_DEFAULT_LETTER);
   EXPECT_EQ(page.GetPageWidth(), 12240);
   EXPECT_EQ(page.GetPageHeight(), 15840);
-  ExpectRect(page.GetPageMargin(), 1800, 1440, 1800, 1440);
-  ExpectRect(page.GetPageMinMargin(), 0, 0, 0, 0);
+  EXPECT_EQ(Rect(page.GetPageMargin()), "1800,1440,1800,1440");
+  EXPECT_EQ(Rect(page.GetPageMinMargin()), "0,0,0,0");
   EXPECT_STREQ(page.GetPageName(), "Letter");
   EXPECT_EQ(page.IsLandScape(), 0);
-  for (int i = 0; i < CSysPage::ms_nPrinterModeSize; ++i) {
-    ASSERT_EQ(page.GetPrinterMode()[i], 0) << "byte " << i;
-  }
+  const BYTE zero[CSysPage::ms_nPrinterModeSize] = {};
+  EXPECT_EQ(std::memcmp(page.GetPrinterMode(), zero, sizeof zero), 0);
   GlobalFree(record.hDevMode);
 }
 
 TEST(CSysPageTest, RecordUnitsConvertToTwips) {
-  // Hundredths of a millimetre, through the single-precision factors; a
-  // double-precision product would give 12003 for 21172.
-  PAGESETUPDLGA metric = MakeRecord(PSD_INHUNDREDTHSOFMILLIMETERS, 21590, 21172);
-  metric.rtMargin = RECT{2540, 2540, 2540, 2540};
-  CSysPage page;
-  ASSERT_EQ(page.SetAsPageSetupDlg(&metric), 1);
-  EXPECT_EQ(page.GetPageSource(), CSysPage::PAGE_SOURCE_PAGE_SETUP);
-  EXPECT_EQ(page.GetPageWidth(), 12239);
-  EXPECT_EQ(page.GetPageHeight(), 12002);
-  ExpectRect(page.GetPageMargin(), 1439, 1439, 1439, 1439);
-
-  PAGESETUPDLGA inches = MakeRecord(PSD_INTHOUSANDTHSOFINCHES, 8500, 11000);
-  inches.rtMargin = RECT{1000, 500, 1250, 0};
-  inches.rtMinMargin = RECT{-1000, 1, 2, 3};
-  ASSERT_EQ(page.SetAsPageSetupDlg(&inches), 1);
-  EXPECT_EQ(page.GetPageWidth(), 12240);
-  EXPECT_EQ(page.GetPageHeight(), 15840);
-  ExpectRect(page.GetPageMargin(), 1440, 720, 1800, 0);
-  ExpectRect(page.GetPageMinMargin(), -1440, 1, 2, 4);
-
-  // Both unit flags: thousandths of an inch win.
-  PAGESETUPDLGA both = MakeRecord(PSD_INTHOUSANDTHSOFINCHES | PSD_INHUNDREDTHSOFMILLIMETERS, 8500, 11000);
-  page.SetAsPageSetupDlg(&both);
-  EXPECT_EQ(page.GetPageWidth(), 12240);
-
-  // No unit flag: only scaled by a thousandth, deliberately.
-  PAGESETUPDLGA bare = MakeRecord(0, 21590, 999);
-  page.SetAsPageSetupDlg(&bare);
-  EXPECT_EQ(page.GetPageWidth(), 21);
-  EXPECT_EQ(page.GetPageHeight(), 0);
+  // Hundredths of a millimetre go through the single-precision factors (a
+  // double-precision product would give 12003 for 21172); both unit flags:
+  // thousandths of an inch win; no unit flag: only scaled by a thousandth.
+  const struct {
+    DWORD flags;
+    LONG width, height;
+    RECT margin, minMargin;
+    const char* expected;  // width, height, margin, minimum margin
+  } cases[] = {
+      {PSD_INHUNDREDTHSOFMILLIMETERS, 21590, 21172, {2540, 2540, 2540, 2540}, {}, "12239 12002 1439,1439,1439,1439 0,0,0,0"},
+      {PSD_INTHOUSANDTHSOFINCHES, 8500, 11000, {1000, 500, 1250, 0}, {-1000, 1, 2, 3},
+       "12240 15840 1440,720,1800,0 -1440,1,2,4"},
+      {PSD_INTHOUSANDTHSOFINCHES | PSD_INHUNDREDTHSOFMILLIMETERS, 8500, 11000, {}, {}, "12240 15840 0,0,0,0 0,0,0,0"},
+      {0, 21590, 999, {}, {}, "21 0 0,0,0,0 0,0,0,0"},
+  };
+  for (const auto& c : cases) {
+    PAGESETUPDLGA record = MakeRecord(c.flags, c.width, c.height);
+    record.rtMargin = c.margin;
+    record.rtMinMargin = c.minMargin;
+    CSysPage page;
+    ASSERT_EQ(page.SetAsPageSetupDlg(&record), 1);
+    EXPECT_EQ(page.GetPageSource(), CSysPage::PAGE_SOURCE_PAGE_SETUP);
+    EXPECT_EQ(std::to_string(page.GetPageWidth()) + " " + std::to_string(page.GetPageHeight()) + " " +
+                  Rect(page.GetPageMargin()) + " " + Rect(page.GetPageMinMargin()),
+              c.expected);
+  }
 }
 
 TEST(CSysPageTest, TwipsConvertBackByTheRecordUnit) {
@@ -137,8 +131,8 @@ TEST(CSysPageTest, FillingARecordAddsInchesOnlyWithoutAUnit) {
   letter.FillPageSetupDlgSizeAndMargin(out);
   EXPECT_EQ(out.ptPaperSize.x, 8500);
   EXPECT_EQ(out.ptPaperSize.y, 11000);
-  ExpectRect(out.rtMargin, 1250, 1000, 1250, 1000);
-  ExpectRect(out.rtMinMargin, 0, 0, 0, 0);
+  EXPECT_EQ(Rect(out.rtMargin), "1250,1000,1250,1000");
+  EXPECT_EQ(Rect(out.rtMinMargin), "0,0,0,0");
 }
 
 TEST(CSysPageTest, PrinterModeGivesNameOrientationAndFirstBytes) {
@@ -176,10 +170,7 @@ TEST(CSysPageTest, PrinterModeGivesNameOrientationAndFirstBytes) {
   portrait.hDevMode = MakeDevMode(DMORIENT_PORTRAIT, "A3");
   page.SetAsPageSetupDlg(&portrait);
   EXPECT_EQ(page.IsLandScape(), 0);
-
-  GlobalFree(record.hDevMode);
-  GlobalFree(record.hDevNames);
-  GlobalFree(portrait.hDevMode);
+  for (HGLOBAL block : {record.hDevMode, record.hDevNames, portrait.hDevMode}) GlobalFree(block);
 }
 
 TEST(CSysPageTest, ShortForeignOrFreedBlocksAreSafe) {

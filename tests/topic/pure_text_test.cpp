@@ -11,25 +11,13 @@
 #include "telvanix/platform/code_page.h"
 #include "telvanix/topic/html_file_ex.h"
 #include "test_util.h"
+#include "topic/topic_describe.h"
 #include "topic/topic_page.h"
 
 namespace telvanix {
 namespace {
 
 using test::TopicPage;
-
-// The text with the given option, CR LF shown as "\n" and any other line end marked.
-std::string Text(const std::string& html, int option = emPureTextLineBreaks) {
-  TopicPage page(html);
-  const std::string text = page->GetPureText(option, nullptr, nullptr).str();
-  std::string shown;
-  for (size_t i = 0; i < text.size(); ++i) {
-    const bool crlf = text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n';
-    shown += crlf ? "\n" : text[i] == '\r' || text[i] == '\n' ? "<bare line end>" : std::string(1, text[i]);
-    i += crlf;
-  }
-  return shown;
-}
 
 TEST(PureText, Rules) {
   const char* const hhctrl = "<object classid=\"clsid:ADB880A6-D8FF-11CF-9377-00AA003B7A11\">";
@@ -74,17 +62,17 @@ TEST(PureText, Rules) {
       {"<body><p>a</p><head>b</head>", "a\nb"},
       {"x<pre>a   b\n\n\nc\n</pre>yz", "x\na b\nc\nyz"},
   };
-  for (const auto& c : cases) EXPECT_EQ(c.text, Text(c.page)) << c.page;
+  for (const auto& c : cases) EXPECT_EQ(c.text, test::PlainText(c.page)) << c.page;
   TopicPage page("<p>User&#X2019;s Guide</p>");
   CString text = page->GetPureText(2, nullptr, nullptr);
   EXPECT_EQ(static_cast<size_t>(text.GetLength()), std::strlen(text));
 }
 
 TEST(PureText, OnlyTheLineBreakBitMattersAndTheNameStandsForNoWords) {
-  EXPECT_EQ("Title one two x y", Text("<h1>Title</h1><p>one<br>two</p><table><tr><td>x<td>y</table>", 0));
-  EXPECT_EQ("x a b c yz", Text("x<pre>a b\nc</pre>yz", 0));
-  EXPECT_EQ("one\ntwo", Text("<p>one</p><p>two</p>", 2 | 4));
-  EXPECT_EQ("one two", Text("<p>one</p><p>two</p>", 1));
+  EXPECT_EQ("Title one two x y", test::PlainText("<h1>Title</h1><p>one<br>two</p><table><tr><td>x<td>y</table>", 0));
+  EXPECT_EQ("x a b c yz", test::PlainText("x<pre>a b\nc</pre>yz", 0));
+  EXPECT_EQ("one\ntwo", test::PlainText("<p>one</p><p>two</p>", 2 | 4));
+  EXPECT_EQ("one two", test::PlainText("<p>one</p><p>two</p>", 1));
   TopicPage empty("<html><head><title>T</title></head><body><script>x=1</script></body></html>");
   EXPECT_EQ("topic.htm", empty->GetPureText(2, nullptr, "topic.htm").str());
   // An opaque window changes nothing and is never looked into.
@@ -109,11 +97,11 @@ TEST(PureText, DoubleByteCharactersAreNotCutAtTrailBytes) {
   {
     test::CodePageScope sjis(932);
     // 0x82 0xA0 is one character; its trail byte is not a no-break space.
-    EXPECT_EQ("\x82\xA0\x82\xA2 \x93\xFA", Text("<p>\x82\xA0\x82\xA2 \x93\xFA</p>"));
+    EXPECT_EQ("\x82\xA0\x82\xA2 \x93\xFA", test::PlainText("<p>\x82\xA0\x82\xA2 \x93\xFA</p>"));
   }
   // In a single-byte code page the same byte is a blank between words.
   test::CodePageScope western(1252);
-  EXPECT_EQ("a b", Text("a\xA0\xA0" "b"));
+  EXPECT_EQ("a b", test::PlainText("a\xA0\xA0" "b"));
 }
 
 TEST(PureText, WalkWorksOnAnyTokenList) {

@@ -36,22 +36,30 @@ inline std::string Shown(const CString& text) { return Shown(text.str()); }
 // "result [text]" of a getter.
 inline std::string Got(int result, const CString& text) { return std::to_string(result) + " [" + Shown(text) + "]"; }
 
-inline std::string Listed(const CHtmlFileEx::CStringArrayEx& list) {
+// Each item in brackets; lists with positions or with indices.
+template <typename List>
+std::string Listed(const List& list) {
   std::string out;
-  for (int i = 0; i < list.GetSize(); ++i) out += "[" + Shown(list[i]) + "]";
+  if constexpr (requires { list.GetHeadPosition(); }) {
+    for (POSITION pos = list.GetHeadPosition(); pos;) out += "[" + Shown(list.GetNext(pos)) + "]";
+  } else {
+    for (int i = 0; i < list.GetSize(); ++i) out += "[" + Shown(list[i]) + "]";
+  }
   return out;
 }
 
-inline std::string Listed(const CStringList& list) {
-  std::string out;
-  for (POSITION pos = list.GetHeadPosition(); pos;) out += "[" + Shown(list.GetNext(pos)) + "]";
-  return out;
-}
-
-inline std::string Listed(const CStringArray& list) {
-  std::string out;
-  for (int i = 0; i < list.GetSize(); ++i) out += "[" + Shown(list[i]) + "]";
-  return out;
+// The plain text of a page, CR LF shown as "\n" and any other line end marked.
+inline std::string PlainText(const std::string& html, int option = emPureTextLineBreaks) {
+  CByteString bytes(reinterpret_cast<const unsigned char*>(html.data()), static_cast<int>(html.size()));
+  CHtmlFileEx doc(bytes, "/help/topic.htm");
+  const std::string text = doc.GetPureText(option, nullptr, nullptr).str();
+  std::string shown;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const bool crlf = text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n';
+    shown += crlf ? "\n" : text[i] == '\r' || text[i] == '\n' ? "<bare line end>" : std::string(1, text[i]);
+    i += crlf;
+  }
+  return shown;
 }
 
 // Everything an enumerator pair gives: up to a null pointer or an empty string.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -29,23 +30,10 @@ TEST(TopicGolden, PagesDescribeAsExpected) {
   }, 10);
 }
 
-// The plain text with option 2, CR LF shown as "\n" and any other line end
-// marked, as the expected files keep it.
-std::string Lines(const std::string& html) {
-  test::TopicPage page(html);
-  const std::string text = page->GetPureText(emPureTextLineBreaks, nullptr, nullptr).str();
-  std::string shown;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
-    const bool bare = text[i] == '\r' || (text[i] == '\n' && (i == 0 || text[i - 1] != '\r'));
-    shown += bare ? std::string("<bare line end>") : std::string(1, text[i]);
-  }
-  return shown;
-}
-
 TEST(TopicGolden, PlainTextAsExpected) {
-  test::RunGoldenCases("topic_text", ".htm", [](const std::string&, const std::string& input) { return Lines(input); },
-                       6);
+  test::RunGoldenCases("topic_text", ".htm", [](const std::string&, const std::string& input) {
+    return test::PlainText(input);
+  }, 6);
 }
 
 // "\r", "\n" and "\t" in a case line stand for those bytes.
@@ -91,18 +79,16 @@ std::string Edit(test::TopicPage& page, const std::string& line) {
   };
   int result = -1;
   const Arg arg(rest);
-  if (verb == "title") result = doc.SetHtmlTitle(arg.c_str());
-  else if (verb == "author") result = doc.SetTopicAuthor(arg.c_str());
-  else if (verb == "status") result = doc.SetTopicStatus(arg.c_str());
-  else if (verb == "id") result = doc.SetTopicId(arg.c_str());
-  else if (verb == "comment") result = doc.SetTopicComment(arg.c_str());
-  else if (verb == "sds") result = doc.SetTopicSourceDigitalSignature(arg.c_str());
-  else if (verb == "buildtags") result = doc.SetTopicBuildTags(arg.c_str());
-  else if (verb == "sheet") result = doc.SetExternalStyleSheetFileName(arg.c_str());
-  else if (verb == "background") result = doc.SetBackgroundImage(arg.c_str());
-  else if (verb == "priority") result = doc.SetTopicPriority(std::atoi(rest.c_str()));
-  else if (verb == "estimate") result = doc.SetTopicTimeEstimate(std::atoi(rest.c_str()));
-  else if (verb == "watermark") result = doc.SetWaterMark(std::atoi(rest.c_str()));
+  using D = CHtmlFileEx;
+  static const std::map<std::string, int (D::*)(const char*)> kText = {
+      {"title", &D::SetHtmlTitle},   {"author", &D::SetTopicAuthor},   {"status", &D::SetTopicStatus},
+      {"id", &D::SetTopicId},        {"comment", &D::SetTopicComment}, {"sds", &D::SetTopicSourceDigitalSignature},
+      {"buildtags", &D::SetTopicBuildTags}, {"sheet", &D::SetExternalStyleSheetFileName},
+      {"background", &D::SetBackgroundImage}};
+  static const std::map<std::string, int (D::*)(int)> kNumber = {
+      {"priority", &D::SetTopicPriority}, {"estimate", &D::SetTopicTimeEstimate}, {"watermark", &D::SetWaterMark}};
+  if (kText.count(verb)) result = (doc.*kText.at(verb))(arg.c_str());
+  else if (kNumber.count(verb)) result = (doc.*kNumber.at(verb))(std::atoi(rest.c_str()));
   else if (verb == "color")
     result = doc.SetColor(static_cast<CHtmlFileEx::EmColor>(std::atoi(first.c_str())),
                           static_cast<COLORREF>(std::strtoul(second.c_str(), nullptr, 16)));

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
 
 #include "telvanix/platform/window.h"
@@ -127,21 +126,6 @@ TEST_F(TopicTextTest, ClosedParserOpensAgain) {
   // A failed open leaves no document behind.
   EXPECT_EQ(0, m_parser.OpenDocument((m_dir / "none.htm").c_str(), nullptr, 0, nullptr, nullptr, nullptr));
   EXPECT_EQ("<no text>", First());
-}
-
-TEST(TopicTextFactory, MakesAFreshParserTheCallerDeletes) {
-  std::unique_ptr<CHtmlTopicTextParser> parser(GetTopicTextParser());
-  ASSERT_NE(nullptr, parser);
-  auto* concrete = dynamic_cast<CHtmlTopicText*>(parser.get());
-  ASSERT_NE(nullptr, concrete);
-  EXPECT_EQ(nullptr, concrete->GetDocument());
-  EXPECT_EQ(nullptr, concrete->GetWindow());
-  EXPECT_EQ(0u, concrete->GetFlags());
-  EXPECT_TRUE(concrete->GetFileName().IsEmpty());
-  test::TempDir dir;
-  dir.Write("p.htm", "<p>x</p>");
-  // The destructor closes the open document (a leak would fail under ASan).
-  EXPECT_EQ(1, parser->OpenDocument((dir / "p.htm").c_str(), nullptr, 0, nullptr, nullptr, nullptr));
 }
 
 }  // namespace
