@@ -180,18 +180,22 @@ inline std::string DescribeTopic(CHtmlFileEx& doc) {
   return out.str();
 }
 
-// What an indexer reads from the page file through the topic text parser.
-inline std::string DescribeTopicText(const std::string& path, DWORD flags = 0) {
+// What an indexer reads from the page file through the topic text parser,
+// then the text with flag bit 0 (one line).
+inline std::string DescribeTopicText(const std::string& path) {
   CHtmlTopicText parser;
-  std::string out = "parser open " + std::to_string(parser.OpenDocument(path.c_str(), nullptr, flags, nullptr,
+  std::string out = "parser open " + std::to_string(parser.OpenDocument(path.c_str(), nullptr, 0, nullptr,
                                                                          nullptr, nullptr));
   CString text, second;
   CStringArray keywords;
   const int first = parser.GetFirstTopicText(text, second, &keywords);
   out += " text " + Got(first, text) + " keywords " + Listed(keywords);
   CStringArray alone;
-  out += " alone " + std::to_string(parser.GetTopicKeywords(&alone)) + " " + Listed(alone) + "\n";
-  return out;
+  out += " alone " + std::to_string(parser.GetTopicKeywords(&alone)) + " " + Listed(alone);
+  parser.OpenDocument(path.c_str(), nullptr, 3, nullptr, nullptr, nullptr);
+  text = CString();
+  out += " flags " + std::to_string(parser.GetFlags()) + " " + Got(parser.GetFirstTopicText(text, second, nullptr), text);
+  return out + "\n";
 }
 
 }  // namespace telvanix::test

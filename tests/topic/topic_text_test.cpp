@@ -82,15 +82,6 @@ TEST_F(TopicTextTest, FirstTextIsThePagesPlainTextAndThereIsNoNext) {
   EXPECT_EQ(0, keywords.GetSize());
 }
 
-TEST_F(TopicTextTest, FlagBitZeroAsksForOneLine) {
-  ASSERT_EQ(1, Open("<p>one</p><p>two</p>", nullptr, 0x3));
-  EXPECT_EQ(3u, m_parser.GetFlags());
-  EXPECT_EQ("one two", First());
-  m_parser.CloseDocument();
-  ASSERT_EQ(1, Open("<p>one</p><p>two</p>", nullptr, 0x2));
-  EXPECT_EQ("one\r\ntwo", First());
-}
-
 TEST_F(TopicTextTest, WindowIsKeptOnlyWhenItIsAWindow) {
   const std::string noWords = "<html><head><title>T</title></head><body></body></html>";
   {
