@@ -33,7 +33,7 @@ TEST(TopicGolden, PagesDescribeAsExpected) {
 TEST(TopicGolden, PlainTextAsExpected) {
   test::RunGoldenCases("topic_text", ".htm", [](const std::string&, const std::string& input) {
     return test::PlainText(input);
-  }, 6);
+  }, 30);
 }
 
 // "\r", "\n" and "\t" in a case line stand for those bytes.
