@@ -38,21 +38,13 @@ TEST(SitemapEntry, NullSetterKeepsTextEmptySetterClearsIt) {
     int (CHtmlSitemap::*set)(const char*);
     const char* (CHtmlSitemap::*get)() const;
   };
+  using E = CHtmlSitemap;
   const Field fields[] = {
-      {&CHtmlSitemap::SetName, &CHtmlSitemap::GetName},
-      {&CHtmlSitemap::SetFrameName, &CHtmlSitemap::GetFrameName},
-      {&CHtmlSitemap::SetWindowName, &CHtmlSitemap::GetWindowName},
-      {&CHtmlSitemap::SetComment, &CHtmlSitemap::GetComment},
-      {&CHtmlSitemap::SetNew, &CHtmlSitemap::GetNew},
-      {&CHtmlSitemap::SetMerge, &CHtmlSitemap::GetMerge},
-      {&CHtmlSitemap::SetMerge2, &CHtmlSitemap::GetMerge2},
-      {&CHtmlSitemap::SetSendEvent, &CHtmlSitemap::GetSendEvent},
-      {&CHtmlSitemap::SetSeeAlso, &CHtmlSitemap::GetSeeAlso},
-      {&CHtmlSitemap::SetSync, &CHtmlSitemap::GetSync},
-      {&CHtmlSitemap::SetPrimary, &CHtmlSitemap::GetPrimary},
-      {&CHtmlSitemap::SetSecondary, &CHtmlSitemap::GetSecondary},
-      {&CHtmlSitemap::SetThirdReference, &CHtmlSitemap::GetThirdReference},
-      {&CHtmlSitemap::SetTargetAttribute, &CHtmlSitemap::GetTargetAttribute},
+      {&E::SetName, &E::GetName}, {&E::SetFrameName, &E::GetFrameName}, {&E::SetWindowName, &E::GetWindowName},
+      {&E::SetComment, &E::GetComment}, {&E::SetNew, &E::GetNew}, {&E::SetMerge, &E::GetMerge},
+      {&E::SetMerge2, &E::GetMerge2}, {&E::SetSendEvent, &E::GetSendEvent}, {&E::SetSeeAlso, &E::GetSeeAlso},
+      {&E::SetSync, &E::GetSync}, {&E::SetPrimary, &E::GetPrimary}, {&E::SetSecondary, &E::GetSecondary},
+      {&E::SetThirdReference, &E::GetThirdReference}, {&E::SetTargetAttribute, &E::GetTargetAttribute},
   };
   for (const Field& f : fields) {
     EXPECT_EQ((entry.*f.set)("kept"), 1);

@@ -57,7 +57,16 @@ TEST_F(TopicTextTest, NoTextWithoutAnOpenDocument) {
   // An empty page cannot be loaded either.
   EXPECT_EQ(0, Open(""));
   EXPECT_EQ(0, m_parser.GetFirstTopicText(text, second, nullptr));
+  // Opening over an open document replaces it; a failed open leaves none.
+  ASSERT_EQ(1, Open("<p>second</p>", nullptr, 0, "b.htm"));
+  ASSERT_EQ(1, Open("<p>third</p>", nullptr, 0, "c.htm"));
+  EXPECT_EQ("third", First());
+  EXPECT_EQ(0, m_parser.OpenDocument((m_dir / "none.htm").c_str(), nullptr, 0, nullptr, nullptr, nullptr));
+  EXPECT_EQ("<no text>", First());
+  ASSERT_EQ(1, Open("<p>fourth</p>", nullptr, 0, "d.htm"));
   EXPECT_EQ(1, m_parser.CloseDocument());
+  EXPECT_EQ(nullptr, m_parser.GetDocument());
+  EXPECT_EQ("<no text>", First());
 }
 
 TEST_F(TopicTextTest, FirstTextIsThePagesPlainTextAndThereIsNoNext) {
@@ -102,21 +111,6 @@ TEST_F(TopicTextTest, WindowIsKeptOnlyWhenItIsAWindow) {
   // Reopening with a handle that is not a window forgets the old one.
   ASSERT_EQ(1, Open(noWords, Handle(0x2000), 0, "empty.htm"));
   EXPECT_EQ(nullptr, m_parser.GetWindow());
-}
-
-TEST_F(TopicTextTest, ClosedParserOpensAgain) {
-  ASSERT_EQ(1, Open("<p>first</p>", nullptr, 0, "a.htm"));
-  EXPECT_EQ(1, m_parser.CloseDocument());
-  EXPECT_EQ(nullptr, m_parser.GetDocument());
-  EXPECT_EQ("<no text>", First());
-  ASSERT_EQ(1, Open("<p>second</p>", nullptr, 0, "b.htm"));
-  EXPECT_EQ("second", First());
-  // Opening over an open document replaces it.
-  ASSERT_EQ(1, Open("<p>third</p>", nullptr, 0, "c.htm"));
-  EXPECT_EQ("third", First());
-  // A failed open leaves no document behind.
-  EXPECT_EQ(0, m_parser.OpenDocument((m_dir / "none.htm").c_str(), nullptr, 0, nullptr, nullptr, nullptr));
-  EXPECT_EQ("<no text>", First());
 }
 
 }  // namespace
