@@ -1,8 +1,9 @@
 // Documents used on several threads at once, each thread with its own: topic
-// pages (the describe dump, an edited copy, the tree), stylesheets and
-// sitemaps. The threads start together in a fresh process, so whatever the
-// library prepares on first use is raced for; every result must equal the
-// one a single thread gets. The ThreadSanitizer build reports any data race.
+// pages (the describe dump, an edited copy, the tree), stylesheets (inline
+// and linked) and sitemaps. The threads start together in a fresh process,
+// so whatever the library prepares on first use is raced for; every result
+// must equal the one a single thread gets. The ThreadSanitizer build reports
+// any data race.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -17,7 +18,9 @@
 #include "html/tree_dump.h"
 #include "telvanix/css/css_pack_ex.h"
 #include "telvanix/css/css_style.h"
+#include "telvanix/css/style_format.h"
 #include "telvanix/sitemap/file_sitemap.h"
+#include "test_util.h"
 #include "topic/topic_describe.h"
 #include "topic/topic_page.h"
 
@@ -63,13 +66,32 @@ std::string Page(const std::string& html, int n) {
   return out.str();
 }
 
-std::string Sheet(const std::string& sheet) {
+// Properties of every kind, an @import and comments; each job reads it once
+// as a STYLE block and once as a linked file.
+const char kSheet[] =
+    "/* sheet */\n@import url(base.css);\nBODY { font-family: Verdana, \"Courier New\", monospace; font-size: 9pt; "
+    "color: #003366; background: white url(img/bg.gif) no-repeat fixed }\n"
+    "H1 { font: bold italic 16px/1.2 Arial; text-align: center; text-decoration: underline; margin: 1em 2px 3pt 4% }\n"
+    "P.note, UL LI { border: 1px solid red; padding: 4px; list-style: square url(b.png) inside }\n"
+    "A:hover { color: Navy; text-transform: uppercase; vertical-align: super; display: block }\n"
+    "@media print { P { color: black } }\n.x { cursor: url(c.cur), auto; filter: alpha(opacity=50); white-space: pre; "
+    "letter-spacing: -1px; line-height: 150% }\nbroken { color: ; ; font-weight: 700 }  unclosed { width: 3in\n";
+
+std::string Sheet(const std::string& sheet, const char* path) {
   CByteString content = Bytes(sheet);
-  CCssPackEx pack("/help/page.htm", &content);
+  CCssPackEx pack(path, path ? nullptr : &content);
   std::string out = std::to_string(pack.Parse());
   POSITION pos = nullptr;
-  for (CCssStyle* style = pack.GetFirstStyle(pos); style; style = pack.GetNextStyle(pos))
+  for (CCssStyle* style = pack.GetFirstStyle(pos); style; style = pack.GetNextStyle(pos)) {
     out += style->GetPrintableString(&pack).str();
+    if (CCssStyleFormat* format = style->GetStyleFormat())
+      out += format->GetDisplay().str() + format->GetFirstFontFamily().str();
+  }
+  for (CString url = pack.GetFirstImportCssUrl(pos); !url.IsEmpty(); url = pack.GetNextImportCssUrl(pos))
+    out += url.str();
+  UINT index = 0;
+  for (CString name = pack.GetFirstBaggageFile(index); !name.IsEmpty(); name = pack.GetNextBaggageFile(index))
+    out += name.str();
   CByteString saved;
   pack.Save(saved);
   return out + Str(saved);
@@ -89,12 +111,18 @@ struct Job {
   std::string input;
 };
 
-std::vector<Job> MakeJobs() {
+std::vector<Job> MakeJobs(const test::TempDir& dir) {
   std::vector<Job> jobs;
   for (const char* folder : {"topic", "topic_text"})
     for (std::string& page : Cases(folder, ".htm")) jobs.push_back({&Page, page});
-  for (std::string& sheet : Cases("css", ".css"))
-    jobs.push_back({[](const std::string& s, int) { return Sheet(s); }, sheet});
+  std::vector<std::string> sheets = Cases("css", ".css");
+  sheets.push_back(kSheet);
+  for (std::string& sheet : sheets) {
+    jobs.push_back({[](const std::string& s, int) { return Sheet(s, nullptr); }, sheet});
+    dir.Write(std::to_string(jobs.size()) + ".css", sheet);
+    jobs.push_back({[](const std::string& path, int) { return Sheet("", path.c_str()); },
+                    dir / (std::to_string(jobs.size()) + ".css")});
+  }
   for (const char* extension : {".hhc", ".hhk"})
     for (std::string& sitemap : Cases("sitemap", extension))
       jobs.push_back({[](const std::string& s, int) { return Sitemap(s); }, sitemap});
@@ -133,7 +161,8 @@ TEST(ConcurrencyDeathTest, ThreadsWorkingOnTheirOwnDocumentsGetTheSingleThreadRe
   // no earlier test has prepared anything.
   const std::string style = GTEST_FLAG_GET(death_test_style);
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  const std::vector<Job> jobs = MakeJobs();
+  test::TempDir dir;
+  const std::vector<Job> jobs = MakeJobs(dir);
   ASSERT_GE(jobs.size(), 80u);
   EXPECT_EXIT(RunThreadsThenCompare(jobs), ::testing::ExitedWithCode(0), "");
   GTEST_FLAG_SET(death_test_style, style);
