@@ -13,25 +13,6 @@ using telvanix::test::DumpSitemapModel;
 
 namespace {
 
-TEST(SitemapEntry, ReferencesFallBack) {
-  CHtmlSitemap entry;
-  EXPECT_EQ(entry.SetPrimary(""), 1);
-  EXPECT_EQ(entry.SetSecondary("a.htm"), 1);
-  EXPECT_STREQ(entry.GetPrimary(), "a.htm");
-  EXPECT_STREQ(entry.GetSecondary(), "a.htm");
-
-  CHtmlSitemap third;
-  third.SetThirdReference("c.htm");
-  EXPECT_STREQ(third.GetPrimary(), "c.htm");
-  EXPECT_STREQ(third.GetSecondary(), "c.htm");
-  third.SetPrimary("p.htm");
-  EXPECT_STREQ(third.GetPrimary(), "p.htm");
-  EXPECT_STREQ(third.GetSecondary(), "c.htm");
-  third.SetSecondary("s.htm");
-  EXPECT_STREQ(third.GetSecondary(), "s.htm");
-  EXPECT_STREQ(third.GetThirdReference(), "c.htm");
-}
-
 TEST(SitemapEntry, NullSetterKeepsTextEmptySetterClearsIt) {
   CHtmlSitemap entry;
   struct Field {

@@ -108,26 +108,6 @@ TEST(SitemapWriter, ParameterLineForms) {
   EXPECT_EQ(F::DumpObjectParam(200, "N", "v").GetLength(), 256 + static_cast<int>(strlen("<param name=\"N\" value=\"v\">\r\n")));
 }
 
-TEST(SitemapWriter, SectionsReplaceTheEntryReferences) {
-  CHtmlFileSitemap file;
-  auto* entry = AddEntry(file, 1, "keyword");
-  entry->SetPrimary("ignored.htm");
-  entry->AddSection("First & one", "a.htm", "C:\\b.htm");
-  entry->AddSection(nullptr, nullptr, "c.htm");
-  entry->SetMerge2("second");
-  const std::string expected =
-      "  <li><object type=\"text/sitemap\">\r\n"
-      "    <param name=\"Name\" value=\"keyword\">\r\n"
-      "    <param name=\"Name\" value=\"First &amp; one\">\r\n"
-      "    <param name=\"Local\" value=\"a.htm\">\r\n"
-      "    <param name=\"Url\" value=\"C:\\b.htm\">\r\n"
-      "    <param name=\"Local\" value=\"c.htm\">\r\n"
-      "    <param name=\"Url\" value=\"c.htm\">\r\n"
-      "    <param name=\"Merge\" value2=\"second\">\r\n"
-      "  </object>\r\n";
-  EXPECT_EQ(Written(file), Page(expected));
-}
-
 TEST(SitemapWriter, WritesFilesWhole) {
   CHtmlFileSitemap file;
   AddEntry(file, 1, "A")->SetPrimary("a.htm");

@@ -22,7 +22,6 @@
 #include "telvanix/sitemap/file_sitemap.h"
 #include "test_util.h"
 #include "topic/topic_describe.h"
-#include "topic/topic_page.h"
 
 namespace telvanix {
 namespace {

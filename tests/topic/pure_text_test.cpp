@@ -12,7 +12,6 @@
 #include "telvanix/topic/html_file_ex.h"
 #include "test_util.h"
 #include "topic/topic_describe.h"
-#include "topic/topic_page.h"
 
 namespace telvanix {
 namespace {

@@ -1,5 +1,6 @@
-// The describe dump of a topic document: every getter and enumerator a host
-// calls on a page, one line each in a fixed order. The golden topic cases
+// A topic page held in memory, and the describe dump of a topic document:
+// every getter and enumerator a host calls on a page, one line each in a
+// fixed order. The golden topic cases
 // compare it with their expected files; the concurrency test compares a
 // threaded dump with the single-threaded one.
 #pragma once
@@ -8,11 +9,37 @@
 #include <sstream>
 #include <string>
 
+#include "telvanix/foundation/byte_string.h"
 #include "telvanix/topic/html_file_ex.h"
 #include "telvanix/topic/pure_text.h"
 #include "telvanix/topic/topic_text.h"
 
 namespace telvanix::test {
+
+// A topic document over page text held in memory.
+class TopicPage {
+ public:
+  explicit TopicPage(const std::string& html, const char* path = "/help/topic.htm")
+      : m_bytes(reinterpret_cast<const unsigned char*>(html.data()), static_cast<int>(html.size())),
+        m_doc(m_bytes, path) {}
+
+  CHtmlFileEx& doc() { return m_doc; }
+  CHtmlFileEx* operator->() { return &m_doc; }
+
+  // The page as a save with the given flag writes it.
+  std::string Saved(CHtmlPack::EmSaveFlag flag = CHtmlPack::emSave) {
+    CByteString out;
+    if (!m_doc.Save(&out, flag))
+      return "<save failed>";
+    if (out.GetLength() == 0)
+      return std::string();
+    return std::string(static_cast<const char*>(out), static_cast<size_t>(out.GetLength()));
+  }
+
+ private:
+  CByteString m_bytes;
+  CHtmlFileEx m_doc;
+};
 
 // Text with control bytes shown, so a line of the dump stays one line.
 inline std::string Shown(const std::string& text) {
@@ -137,7 +164,8 @@ inline std::string DescribeTopic(CHtmlFileEx& doc) {
   out << "\ncontents or index " << Walk(doc, &D::GetFirstContentOrIndex, &D::GetNextContentOrIndex);
   out << "\nanchors ";
   for (const char* s = doc.GetFirstAnchorHref(index); s; s = doc.GetNextAnchorHref(index))
-    out << "[" << Shown(s) << " =" << static_cast<int>(doc.GetAnchorHrefType(s)) << "]";
+    out << "[" << Shown(s) << " =" << static_cast<int>(doc.GetAnchorHrefType(s))
+        << (doc.IsJavaScriptAnchorHref(s) ? " script" : "") << "]";
   out << "\nbookmarks " << Walk(doc, &D::GetFirstBookmark, &D::GetNextBookmark);
   out << "\nframes " << Walk(doc, &D::GetFirstFrameSource, &D::GetNextFrameSource);
   const D::CPositionArray& objects = doc.GetObjectPositions();

@@ -14,7 +14,6 @@
 #include "golden_cases.h"
 #include "test_util.h"
 #include "topic/topic_describe.h"
-#include "topic/topic_page.h"
 
 namespace telvanix {
 namespace {
