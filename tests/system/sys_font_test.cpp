@@ -50,20 +50,7 @@ bool FontconfigHasFamily(const char* family) {
 #endif
 }
 
-TEST(CSysFontTest, CopyIgnoresNullAndDefaultZeroes) {
-  CSysFont font;
-  ASSERT_EQ(font.SetAsFontPoints("Courier New", 120), 1);
-  CSysFont copy;
-  EXPECT_EQ(copy.Copy(&font), 1);
-  EXPECT_EQ(std::memcmp(&copy.GetLogFont(), &font.GetLogFont(), sizeof(LOGFONTA)), 0);
-  EXPECT_EQ(copy.Copy(nullptr), 0);
-  EXPECT_STREQ(copy.GetFontName(), "Courier New");
-  copy.Default();
-  const LOGFONTA zero{};
-  EXPECT_EQ(std::memcmp(&copy.GetLogFont(), &zero, sizeof(LOGFONTA)), 0);
-}
-
-TEST(CSysFontTest, PointsArePassedAsTenthsOfAPoint) {
+TEST(CSysFontTest, PointsArePassedAsTenthsOfAPointAndCopiesAreWhole) {
   // 120 tenths = 12 points = 16 pixels at 96 dpi; a plain 12 is 1.2 points
   // (the rounding itself is the point-font maker's, tested with it).
   CSysFont font;
@@ -87,6 +74,16 @@ TEST(CSysFontTest, PointsArePassedAsTenthsOfAPoint) {
   font.SetLogFont(record);
   EXPECT_EQ(std::strlen(font.GetFontName()), 31u);
   EXPECT_EQ(font.GetLogFont().lfWeight, record.lfWeight);
+
+  // A copy is the whole record; copying null changes nothing; Default zeroes.
+  CSysFont copy;
+  EXPECT_EQ(copy.Copy(&font), 1);
+  EXPECT_EQ(std::memcmp(&copy.GetLogFont(), &font.GetLogFont(), sizeof(LOGFONTA)), 0);
+  EXPECT_EQ(copy.Copy(nullptr), 0);
+  EXPECT_EQ(std::memcmp(&copy.GetLogFont(), &font.GetLogFont(), sizeof(LOGFONTA)), 0);
+  copy.Default();
+  const LOGFONTA zero{};
+  EXPECT_EQ(std::memcmp(&copy.GetLogFont(), &zero, sizeof(LOGFONTA)), 0);
 }
 
 TEST(CSysFontTest, DefaultFaceAndSizeFollowTheCodePage) {

@@ -1,12 +1,15 @@
-// What the golden topic cases cannot show: copies, output lists the getters
-// append to, null tags and hrefs, and the build-tag list rules.
+// What the golden topic cases cannot show: copies, null tags and hrefs, the
+// build-tag list rules, the plain-text options and code pages.
 #include "telvanix/topic/html_file_ex.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
+#include "telvanix/platform/code_page.h"
+#include "test_util.h"
 #include "topic/topic_describe.h"
 
 namespace telvanix {
@@ -43,25 +46,6 @@ TEST(TopicCopy, CopyHasItsOwnTokensAndOutlivesItsSource) {
   EXPECT_EQ(1, kept->Save(&out, CHtmlPack::emSave));
   EXPECT_STREQ("<html><head><title>A</title></head><body><img src=\"a.gif\"></body></html>",
                static_cast<const char*>(out));
-}
-
-TEST(TopicLists, KeywordsAndCheckListsAppendStylesheetsReplace) {
-  TopicPage page(
-      "<html><head><meta name=\"topic-check-list\" content=\"a\"><link rel=stylesheet href=main.css></head><body>"
-      "<object classid=\"clsid:4c7e19a2-b83f-11d0-a5c1-00e07d3f21ab\"><param name=\"Keyword\" value=\"k\"></object>"
-      "</body></html>");
-  CHtmlFileEx::CStringArrayEx keywords, files;
-  CString kept("kept");
-  keywords.Add(kept);
-  files.Add(kept);
-  CStringList items;
-  items.AddTail("kept");
-  EXPECT_EQ(1, page->GetKeywordK(keywords));
-  EXPECT_EQ(1, page->GetTopicCheckList(items));
-  EXPECT_EQ(1, page->GetExternalStyleSheetFileNameEx(files));
-  EXPECT_EQ("[kept][k]", Listed(keywords));
-  EXPECT_EQ("[kept][a]", Listed(items));
-  EXPECT_EQ("[main.css]", Listed(files));
 }
 
 TEST(TopicNulls, OnlyObjectTagsAreHelpControlsAndNullHrefsAreNoScript) {
@@ -105,6 +89,31 @@ TEST(TopicBuildTags, ListRulesAndInlineTagsOfNoTag) {
   unsigned int index = 99;
   POSITION pos = nullptr;
   EXPECT_TRUE(page->GetNextInlineBuildTags(index, &pos).IsEmpty());
+}
+
+TEST(PureText, OnlyTheLineBreakBitMattersAndTheNameStandsForNoWords) {
+  EXPECT_EQ("Title one two x y", test::PlainText("<h1>Title</h1><p>one<br>two</p><table><tr><td>x<td>y</table>", 0));
+  EXPECT_EQ("x a b c yz", test::PlainText("x<pre>a b\nc</pre>yz", 0));
+  EXPECT_EQ("one\ntwo", test::PlainText("<p>one</p><p>two</p>", 2 | 4));
+  EXPECT_EQ("one two", test::PlainText("<p>one</p><p>two</p>", 1));
+  TopicPage empty("<html><head><title>T</title></head><body><script>x=1</script></body></html>");
+  EXPECT_EQ("topic.htm", empty->GetPureText(2, nullptr, "topic.htm").str());
+  // An opaque window changes nothing and is never looked into.
+  HWND bogus = reinterpret_cast<HWND>(static_cast<std::uintptr_t>(0x10));
+  EXPECT_EQ("topic.htm", empty->GetPureText(0, bogus, "topic.htm").str());
+  TopicPage words("<p>Words</p>");
+  EXPECT_EQ("Words", words->GetPureText(2, bogus, "topic.htm").str());
+}
+
+TEST(PureText, DoubleByteCharactersAreNotCutAtTrailBytes) {
+  {
+    test::CodePageScope sjis(932);
+    // 0x82 0xA0 is one character; its trail byte is not a no-break space.
+    EXPECT_EQ("\x82\xA0\x82\xA2 \x93\xFA", test::PlainText("<p>\x82\xA0\x82\xA2 \x93\xFA</p>"));
+  }
+  // In a single-byte code page the same byte is a blank between words.
+  test::CodePageScope western(1252);
+  EXPECT_EQ("a b", test::PlainText("a\xA0\xA0" "b"));
 }
 
 }  // namespace

@@ -146,7 +146,12 @@ inline std::string DescribeTopic(CHtmlFileEx& doc) {
   const int sound = doc.GetBackgroundSound(text, number);
   out << "\nsound " << Got(sound, text) << " loop " << number;
   out << "\nsheet " << Got(doc.GetExternalStyleSheetFileName(text), text);
-  D::CStringArrayEx sheets;
+  // List getters append to what the host passes in, or replace it: "(kept)" shows which.
+  CString kept("(kept)");
+  D::CStringArrayEx sheets, k, a;
+  sheets.Add(kept);
+  k.Add(kept);
+  a.Add(kept);
   out << "\nsheets " << doc.GetExternalStyleSheetFileNameEx(sheets) << " " << Listed(sheets);
 
   out << "\nscripts " << Walk(doc, &D::GetFirstScriptSource, &D::GetNextScriptSource);
@@ -177,7 +182,6 @@ inline std::string DescribeTopic(CHtmlFileEx& doc) {
         << doc.IsMultimediaActivexObject(tag, objects[i]) << " [" << Shown(doc.GetMultimediaFileOfObject(objects[i]))
         << "]";
   }
-  D::CStringArrayEx k, a;
   out << "\nkeywords K " << doc.GetKeywordK(k) << " " << Listed(k);
   out << "\nkeywords A " << doc.GetKeywordA(a) << " " << Listed(a);
 
@@ -191,6 +195,7 @@ inline std::string DescribeTopic(CHtmlFileEx& doc) {
   out << "\ncomment " << Got(doc.GetTopicComment(text), text);
   out << "\nsds " << Got(doc.GetTopicSourceDigitalSignature(text), text);
   CStringList checks;
+  checks.AddTail(kept);
   out << "\nchecklist " << doc.GetTopicCheckList(checks) << " " << Listed(checks);
   out << "\nbuild tags " << Got(doc.GetTopicBuildTags(text), text);
   out << "\ninline build tags ";

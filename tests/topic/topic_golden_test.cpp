@@ -112,6 +112,11 @@ std::string Edit(test::TopicPage& page, const std::string& line) {
   else if (verb == "discard-image") {
     const int n = std::atoi(rest.c_str());
     if (n < doc.GetImagePositions().GetSize()) result = doc.GetTokenList()->GetTokenItem(doc.GetImagePositions()[n])->DiscardToken();
+  } else if (verb == "discard-text") {
+    for (POSITION pos = doc.GetTokenList()->GetHeadPosition(); pos;) {
+      CHtmlTokenItem* token = doc.GetTokenList()->GetNext(pos);
+      if (token->IsTextToken() && token->GetOriginalString() == rest.c_str()) result = token->DiscardToken();
+    }
   } else if (verb == "body-attribute") {
     CHtmlTagItem* body = doc.GetTokenList()->GetTagItem(doc.GetBodyStartPosition());
     if (body) result = body->SetAttribute(first.c_str(), Arg(second).c_str());
