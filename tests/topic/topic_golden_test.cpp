@@ -26,7 +26,7 @@ TEST(TopicGolden, PagesDescribeAsExpected) {
     std::string out = test::DescribeTopic(page.doc());
     out += "saves back unchanged " + std::to_string(page.Saved() == input) + "\n";
     return out + test::DescribeTopicText(std::string(TELVANIX_TEST_DATA_DIR) + "/topic/" + name + ".htm");
-  }, 10);
+  }, 50);
 }
 
 TEST(TopicGolden, PlainTextAsExpected) {
@@ -122,7 +122,7 @@ std::string Edit(test::TopicPage& page, const std::string& line) {
     if (body) result = body->SetAttribute(first.c_str(), Arg(second).c_str());
   } else if (verb == "saved") return "saved [" + Shown(page.Saved()) + "]\n";
   else if (verb == "describe") return test::DescribeTopic(doc);
-  else return "unknown edit\n";
+  else ADD_FAILURE() << "unknown edit: " << line;
   return "= " + std::to_string(result) + "\n";
 }
 
@@ -143,10 +143,10 @@ TEST(TopicGolden, EditsLeaveWhatIsExpected) {
       else if (line == "reload" && page) page = std::make_unique<test::TopicPage>(page->Saved());
       else if (line.rfind("file ", 0) == 0) page = std::make_unique<test::TopicPage>(test::ReadDataFile("topic_edit/" + line.substr(5)));
       else if (page) out += Edit(*page, line);
-      else out += "no page\n";
+      else ADD_FAILURE() << "an edit before the page line: " << line;
     }
     return out;
-  }, 10);
+  }, 20);
 }
 
 }  // namespace
