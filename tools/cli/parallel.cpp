@@ -1,4 +1,4 @@
-#include "telvanix/parallel.h"
+#include "cli/parallel.h"
 
 #include <unistd.h>
 

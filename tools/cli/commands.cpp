@@ -1,4 +1,4 @@
-#include "telvanix/commands.h"
+#include "cli/commands.h"
 
 namespace telvanix::tool {
 

@@ -1,9 +1,9 @@
-#include "telvanix/command_line.h"
+#include "cli/command_line.h"
 
 #include <cstdio>
 
-#include "telvanix/commands.h"
-#include "telvanix/page_files.h"
+#include "cli/commands.h"
+#include "cli/page_files.h"
 
 namespace telvanix::tool {
 

@@ -10,12 +10,12 @@
 #include <set>
 #include <string>
 
-#include "telvanix/attribute_text.h"
-#include "telvanix/command_line.h"
-#include "telvanix/commands.h"
-#include "telvanix/page_files.h"
-#include "telvanix/project_files.h"
-#include "telvanix/references.h"
+#include "cli/attribute_text.h"
+#include "cli/command_line.h"
+#include "cli/commands.h"
+#include "cli/page_files.h"
+#include "cli/project_files.h"
+#include "cli/references.h"
 #include "telvanix/html/html_pack.h"
 #include "telvanix/platform/code_page.h"
 #include "telvanix/sitemap/file_sitemap.h"

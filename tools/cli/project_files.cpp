@@ -1,4 +1,4 @@
-#include "telvanix/project_files.h"
+#include "cli/project_files.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -4,10 +4,10 @@
 
 #include <cstdio>
 
-#include "telvanix/command_line.h"
-#include "telvanix/commands.h"
-#include "telvanix/page_files.h"
-#include "telvanix/parallel.h"
+#include "cli/command_line.h"
+#include "cli/commands.h"
+#include "cli/page_files.h"
+#include "cli/parallel.h"
 #include "telvanix/html/html_pack.h"
 #include "telvanix/topic/html_file_ex.h"
 #include "telvanix/topic/pure_text.h"

@@ -6,10 +6,10 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "telvanix/command_line.h"
-#include "telvanix/commands.h"
-#include "telvanix/page_files.h"
-#include "telvanix/project_check.h"
+#include "cli/command_line.h"
+#include "cli/commands.h"
+#include "cli/page_files.h"
+#include "cli/project_check.h"
 
 namespace telvanix::tool {
 

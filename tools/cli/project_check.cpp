@@ -1,4 +1,4 @@
-#include "telvanix/project_check.h"
+#include "cli/project_check.h"
 
 #include <algorithm>
 #include <cctype>
@@ -13,10 +13,10 @@
 #include "telvanix/html/html_pack.h"
 #include "telvanix/html/tag_item.h"
 #include "telvanix/html/token_list.h"
-#include "telvanix/page_files.h"
-#include "telvanix/parallel.h"
-#include "telvanix/project_files.h"
-#include "telvanix/references.h"
+#include "cli/page_files.h"
+#include "cli/parallel.h"
+#include "cli/project_files.h"
+#include "cli/references.h"
 #include "telvanix/sitemap/file_sitemap.h"
 #include "telvanix/sitemap/sitemap_entry.h"
 #include "telvanix/topic/html_file_ex.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "telvanix/commands.h"
+#include "cli/commands.h"
 #include "telvanix/platform/code_page.h"
 
 namespace {

@@ -7,11 +7,11 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "telvanix/attribute_text.h"
-#include "telvanix/command_line.h"
-#include "telvanix/commands.h"
-#include "telvanix/page_files.h"
-#include "telvanix/parallel.h"
+#include "cli/attribute_text.h"
+#include "cli/command_line.h"
+#include "cli/commands.h"
+#include "cli/page_files.h"
+#include "cli/parallel.h"
 #include "telvanix/topic/html_file_ex.h"
 
 namespace telvanix::tool {

@@ -1,4 +1,4 @@
-#include "telvanix/attribute_text.h"
+#include "cli/attribute_text.h"
 
 #include <strings.h>
 

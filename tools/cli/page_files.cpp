@@ -1,4 +1,4 @@
-#include "telvanix/page_files.h"
+#include "cli/page_files.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include "telvanix/platform/code_page.h"
-#include "telvanix/project_files.h"
+#include "cli/project_files.h"
 
 namespace telvanix::tool {
 

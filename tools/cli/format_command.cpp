@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "telvanix/command_line.h"
-#include "telvanix/commands.h"
-#include "telvanix/page_files.h"
-#include "telvanix/parallel.h"
+#include "cli/command_line.h"
+#include "cli/commands.h"
+#include "cli/page_files.h"
+#include "cli/parallel.h"
 #include "telvanix/topic/html_file_ex.h"
 #include "telvanix/topic/pure_text.h"
 

@@ -5,11 +5,11 @@
 #include <cstdio>
 #include <cstring>
 
-#include "telvanix/command_line.h"
-#include "telvanix/commands.h"
+#include "cli/command_line.h"
+#include "cli/commands.h"
 #include "telvanix/html/html_pack.h"
-#include "telvanix/page_files.h"
-#include "telvanix/parallel.h"
+#include "cli/page_files.h"
+#include "cli/parallel.h"
 
 namespace telvanix::tool {
 

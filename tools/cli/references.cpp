@@ -1,4 +1,4 @@
-#include "telvanix/references.h"
+#include "cli/references.h"
 
 #include <cctype>
 #include <vector>
