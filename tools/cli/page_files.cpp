@@ -5,8 +5,8 @@
 #include <cstring>
 #include <filesystem>
 
-#include "telvanix/platform/code_page.h"
 #include "cli/project_files.h"
+#include "telvanix/platform/code_page.h"
 
 namespace telvanix::tool {
 

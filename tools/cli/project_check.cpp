@@ -4,19 +4,17 @@
 #include <cctype>
 #include <cstring>
 #include <set>
-#include <unordered_map>
-#include <unordered_set>
 
+#include "cli/page_files.h"
+#include "cli/parallel.h"
+#include "cli/project_files.h"
+#include "cli/references.h"
 #include "telvanix/css/css_pack_ex.h"
 #include "telvanix/css/style_values.h"
 #include "telvanix/html/entity_tree.h"
 #include "telvanix/html/html_pack.h"
 #include "telvanix/html/tag_item.h"
 #include "telvanix/html/token_list.h"
-#include "cli/page_files.h"
-#include "cli/parallel.h"
-#include "cli/project_files.h"
-#include "cli/references.h"
 #include "telvanix/sitemap/file_sitemap.h"
 #include "telvanix/sitemap/sitemap_entry.h"
 #include "telvanix/topic/html_file_ex.h"
@@ -38,8 +36,11 @@ struct FileScan {
   std::vector<std::string> repairs;
   std::vector<std::string> structure;  // a contents or index file's own faults
   std::vector<std::string> topicTags, elementTags;
+  UINT codePage = 0;  // the charset the file's references are written in
   bool binary = false;
   std::string error;
+
+  bool Checked() const { return error.empty() && !binary; }
 };
 
 std::string JoinRoot(const std::string& root, const std::string& rel) {
@@ -176,6 +177,7 @@ FileScan ScanTopic(const std::string& root, const std::string& rel) {
     bytes.Empty();
     doc.GetTokenList()->BuildEntityTree(CHtmlEntityTree::emBuildHtml | CHtmlEntityTree::emBuildNoNodes);
     CollectRepairs(doc, s.repairs);
+    s.codePage = doc.GetPageCodePage();
   }
   doc.Analyse();
 
@@ -237,6 +239,11 @@ FileScan ScanSitemap(const std::string& root, const std::string& rel) {
   FileScan s;
   CByteString bytes;
   if (!LoadPage(JoinRoot(root, rel), bytes, s.error)) return s;
+  {
+    // A sitemap declares its charset as a page does.
+    CHtmlPack pack(bytes, rel.c_str());
+    if (pack.Parse(CHtmlPack::emParseAttributes)) s.codePage = pack.GetPageCodePage();
+  }
   CHtmlFileSitemap sitemap;
   if (!sitemap.Read(bytes))
     s.structure.push_back(bytes.GetLength() == 0 ? "empty file" : "no contents or index entries");
@@ -295,104 +302,120 @@ const char* FindingKindTitle(FindingKind kind) {
   return "";
 }
 
-ProjectReport CheckProject(const std::string& root) {
-  ProjectReport report;
-  report.root = root;
-  ProjectFiles project = ListProjectFiles(root);
-  report.errors = project.errors;
-  const std::vector<std::string>& files = project.files;
-  std::vector<size_t> scanned;  // indexes of files read
-  for (size_t i = 0; i < files.size(); ++i) {
-    FileKind kind = ClassifyFile(files[i]);
-    if (kind == FileKind::kTopic) ++report.topics;
-    if (kind == FileKind::kStylesheet) ++report.stylesheets;
-    if (kind == FileKind::kContents || kind == FileKind::kIndex) ++report.sitemaps;
-    if (kind == FileKind::kImage) ++report.images;
-    if (kind == FileKind::kTopic || kind == FileKind::kStylesheet || kind == FileKind::kContents ||
-        kind == FileKind::kIndex)
-      scanned.push_back(i);
+namespace {
+
+// The steps of CheckProject, in the order it takes them.
+
+// List: every file of the project, classified once, and the counts.
+std::vector<ProjectFile> ListFiles(ProjectReport& report) {
+  ProjectFiles listed = ListProjectFiles(report.root);
+  report.errors = listed.errors;
+  std::vector<ProjectFile> files = ClassifyFiles(listed.files);
+  for (const ProjectFile& f : files) {
+    report.topics += f.kind == FileKind::kTopic;
+    report.stylesheets += f.kind == FileKind::kStylesheet;
+    report.sitemaps += f.kind == FileKind::kContents || f.kind == FileKind::kIndex;
+    report.images += f.kind == FileKind::kImage;
   }
+  return files;
+}
 
+bool IsSitemap(FileKind kind) { return kind == FileKind::kContents || kind == FileKind::kIndex; }
+
+// Scan: every topic, stylesheet and sitemap read once, in parallel. Other
+// files get an empty scan.
+std::vector<FileScan> ScanFiles(const std::string& root, const std::vector<ProjectFile>& files) {
+  std::vector<size_t> read;
+  for (size_t i = 0; i < files.size(); ++i)
+    if (files[i].kind != FileKind::kImage && files[i].kind != FileKind::kOther) read.push_back(i);
   std::vector<FileScan> scans(files.size());
-  ParallelFor(scanned.size(), [&](size_t k) {
-    size_t i = scanned[k];
-    switch (ClassifyFile(files[i])) {
-      case FileKind::kTopic: scans[i] = ScanTopic(root, files[i]); break;
-      case FileKind::kStylesheet: scans[i] = ScanStylesheet(root, files[i]); break;
-      default: scans[i] = ScanSitemap(root, files[i]); break;
-    }
+  ParallelFor(read.size(), [&](size_t k) {
+    const ProjectFile& f = files[read[k]];
+    FileScan& s = scans[read[k]];
+    if (f.kind == FileKind::kTopic) s = ScanTopic(root, f.path);
+    else if (f.kind == FileKind::kStylesheet) s = ScanStylesheet(root, f.path);
+    else s = ScanSitemap(root, f.path);
   }, "check");
+  return scans;
+}
 
-  ProjectIndex index(files);
-  std::unordered_map<std::string, size_t> position;
-  for (size_t i = 0; i < files.size(); ++i) position.emplace(files[i], i);
-  const BookmarkLookup bookmarks = [&](const std::string& file) -> const std::set<std::string>* {
-    auto it = position.find(file);
-    if (it == position.end() || ClassifyFile(file) != FileKind::kTopic) return nullptr;
-    const FileScan& target = scans[it->second];
-    return target.error.empty() && !target.binary ? &target.bookmarks : nullptr;
-  };
-  std::unordered_set<std::string> referenced;
+// Resolve: the findings about each scanned file and its references; marks
+// the files something refers to.
+void ResolveReferences(const ProjectIndex& index, const std::vector<FileScan>& scans, ProjectReport& report,
+                       std::vector<bool>& referenced) {
+  const BookmarkLookup bookmarks = [&](size_t file) { return scans[file].Checked() ? &scans[file].bookmarks : nullptr; };
   auto& out = report.findings;
-
-  for (size_t i : scanned) {
-    const std::string& from = files[i];
+  for (size_t i = 0; i < index.files().size(); ++i) {
+    const ProjectFile& from = index.files()[i];
     const FileScan& s = scans[i];
-    const FileKind fromKind = ClassifyFile(from);
-    const bool fromSitemap = fromKind == FileKind::kContents || fromKind == FileKind::kIndex;
+    if (from.kind == FileKind::kImage || from.kind == FileKind::kOther) continue;
     if (!s.error.empty()) {
-      out.push_back({FindingKind::kUnreadable, from, "", s.error, ""});
+      out.push_back({FindingKind::kUnreadable, from.path, "", s.error, ""});
       report.errors.push_back(s.error);
       continue;
     }
     if (s.binary) {
-      out.push_back({FindingKind::kBinaryPage, from, "", "not checked", ""});
+      out.push_back({FindingKind::kBinaryPage, from.path, "", "not checked", ""});
       continue;
     }
-    if (!s.structure.empty()) out.push_back({FindingKind::kSitemapStructure, from, "", Joined(s.structure), ""});
-    if (!s.repairs.empty()) out.push_back({FindingKind::kRepairedPage, from, "", Joined(s.repairs), ""});
+    if (!s.structure.empty()) out.push_back({FindingKind::kSitemapStructure, from.path, "", Joined(s.structure), ""});
+    if (!s.repairs.empty()) out.push_back({FindingKind::kRepairedPage, from.path, "", Joined(s.repairs), ""});
     for (const std::string& t : s.topicTags) ++report.topicBuildTags[t];
     for (const std::string& t : s.elementTags) ++report.elementBuildTags[t];
 
     // One finding of a kind per reference text and file.
     std::set<std::pair<FindingKind, std::string>> seen;
-    auto report1 = [&](FindingKind kind, const RawRef& raw, const std::string& resolved = "") {
-      if (seen.emplace(kind, raw.text).second) out.push_back({kind, from, raw.text, raw.what, resolved});
+    auto add = [&](FindingKind kind, const RawRef& raw, const std::string& resolved = "") {
+      if (seen.emplace(kind, raw.text).second) out.push_back({kind, from.path, raw.text, raw.what, resolved, s.codePage});
     };
     for (const RawRef& raw : s.refs) {
       ++report.references;
-      Resolution r = index.Resolve(from, raw.text, bookmarks);
-      if (r.ref.kind == RefKind::kOutside) report1(FindingKind::kOutsideProject, raw);
-      if (r.ref.kind == RefKind::kLocal) {
-        if (r.presence == Presence::kMissing) {
-          report1(fromSitemap ? FindingKind::kSitemapMissing : FindingKind::kMissingFile, raw);
-          continue;
-        }
-        if (r.actual != from || !raw.topicLink) referenced.insert(r.actual);
-        if (r.presence != Presence::kExact) report1(FindingKind::kInexactReference, raw, r.actual);
-      }
-      if (r.bookmarkMissing) report1(FindingKind::kMissingBookmark, raw);
+      const Resolution r = index.Resolve(from.path, raw.text, bookmarks);
+      if (r.Outside()) add(FindingKind::kOutsideProject, raw);
+      if (r.Missing()) add(IsSitemap(from.kind) ? FindingKind::kSitemapMissing : FindingKind::kMissingFile, raw);
+      // A topic's link to itself keeps it no less an orphan.
+      if (r.file != kNoFile && (r.file != i || !raw.topicLink)) referenced[r.file] = true;
+      if (r.Inexact()) add(FindingKind::kInexactReference, raw, r.actual);
+      if (r.bookmarkMissing) add(FindingKind::kMissingBookmark, raw);
     }
   }
+}
 
-  for (const std::string& f : files) {
-    FileKind kind = ClassifyFile(f);
-    if (referenced.count(f)) continue;
-    // A file that could not be read or holds binary data is reported as such,
-    // not once more as an orphan.
-    if (kind == FileKind::kTopic && scans[position[f]].error.empty() && !scans[position[f]].binary)
-      out.push_back({FindingKind::kOrphanTopic, f, "", "", ""});
-    else if (kind == FileKind::kImage)
-      out.push_back({FindingKind::kOrphanImage, f, "", "", ""});
+// Orphans: topics and images nothing refers to. A file that could not be
+// read or holds binary data is reported as such, not once more as an orphan.
+void ReportOrphans(const std::vector<ProjectFile>& files, const std::vector<FileScan>& scans,
+                   const std::vector<bool>& referenced, ProjectReport& report) {
+  for (size_t i = 0; i < files.size(); ++i) {
+    if (referenced[i]) continue;
+    if (files[i].kind == FileKind::kTopic && scans[i].Checked())
+      report.findings.push_back({FindingKind::kOrphanTopic, files[i].path, "", "", ""});
+    else if (files[i].kind == FileKind::kImage)
+      report.findings.push_back({FindingKind::kOrphanImage, files[i].path, "", "", ""});
   }
+}
 
-  std::stable_sort(out.begin(), out.end(), [](const Finding& a, const Finding& b) {
+// Sort: findings by kind, file and reference; errors once each.
+void SortReport(ProjectReport& report) {
+  std::stable_sort(report.findings.begin(), report.findings.end(), [](const Finding& a, const Finding& b) {
     if (a.kind != b.kind) return a.kind < b.kind;
     if (a.file != b.file) return a.file < b.file;
     return a.reference < b.reference;
   });
   std::sort(report.errors.begin(), report.errors.end());
   report.errors.erase(std::unique(report.errors.begin(), report.errors.end()), report.errors.end());
+}
+
+}  // namespace
+
+ProjectReport CheckProject(const std::string& root) {
+  ProjectReport report;
+  report.root = root;
+  const ProjectIndex index(ListFiles(report));
+  const std::vector<FileScan> scans = ScanFiles(root, index.files());
+  std::vector<bool> referenced(index.files().size(), false);
+  ResolveReferences(index, scans, report, referenced);
+  ReportOrphans(index.files(), scans, referenced, report);
+  SortReport(report);
   return report;
 }
 

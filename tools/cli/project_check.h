@@ -32,6 +32,7 @@ struct Finding {
   std::string reference;  // the reference as written (may be empty)
   std::string what;       // what kind of reference, or details
   std::string resolved;   // for inexact references: the name found on disk
+  unsigned codePage = 0;  // the charset `reference` is written in (0: the active code page)
 };
 
 struct ProjectReport {

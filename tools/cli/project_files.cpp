@@ -101,6 +101,13 @@ FileKind ClassifyFile(const std::string& path) {
   return FileKind::kOther;
 }
 
+std::vector<ProjectFile> ClassifyFiles(const std::vector<std::string>& paths) {
+  std::vector<ProjectFile> files;
+  files.reserve(paths.size());
+  for (const std::string& p : paths) files.push_back({p, ClassifyFile(p)});
+  return files;
+}
+
 ProjectFiles ListProjectFiles(const std::string& root, bool topicsOnly) {
   Walker w;
   w.root = root;

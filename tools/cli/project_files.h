@@ -15,6 +15,15 @@ enum class FileKind { kTopic, kContents, kIndex, kStylesheet, kImage, kOther };
 // By extension, without regard to letter case (".HTM" is a topic).
 FileKind ClassifyFile(const std::string& path);
 
+// A file of a project, classified once.
+struct ProjectFile {
+  std::string path;  // relative to the root, "/"-separated
+  FileKind kind;
+};
+
+// `paths` with their kinds, in the same order.
+std::vector<ProjectFile> ClassifyFiles(const std::vector<std::string>& paths);
+
 struct ProjectFiles {
   std::vector<std::string> files;   // every regular file, relative to the root, "/"-separated, sorted
   std::vector<std::string> errors;  // one line per folder or entry that could not be read

@@ -1,6 +1,7 @@
 #include "cli/references.h"
 
 #include <cctype>
+#include <utility>
 #include <vector>
 
 #include "telvanix/topic/html_file_ex.h"
@@ -119,21 +120,21 @@ Reference ParseReference(const std::string& fromDir, const std::string& text) {
   return r;
 }
 
-ProjectIndex::ProjectIndex(const std::vector<std::string>& files) {
-  for (const std::string& f : files) {
-    m_exact.insert(f);
-    m_folded.emplace(Lower(f), f);  // sorted input: the first spelling wins
+ProjectIndex::ProjectIndex(std::vector<ProjectFile> files) : m_files(std::move(files)) {
+  for (size_t i = 0; i < m_files.size(); ++i) {
+    m_exact.emplace(m_files[i].path, i);
+    m_folded.emplace(Lower(m_files[i].path), i);  // sorted input: the first spelling wins
   }
 }
 
-Presence ProjectIndex::Find(const Reference& ref, std::string& actual) const {
-  if (m_exact.count(ref.path)) {
-    actual = ref.path;
+Presence ProjectIndex::Find(const Reference& ref, size_t& file) const {
+  if (auto it = m_exact.find(ref.path); it != m_exact.end()) {
+    file = it->second;
     return ref.backslashes ? Presence::kSlashed : Presence::kExact;
   }
   auto it = m_folded.find(Lower(ref.path));
   if (it == m_folded.end()) return Presence::kMissing;
-  actual = it->second;
+  file = it->second;
   return Presence::kCaseBlind;
 }
 
@@ -141,15 +142,16 @@ Resolution ProjectIndex::Resolve(const std::string& from, const std::string& tex
                                  const BookmarkLookup& bookmarks) const {
   Resolution r;
   r.ref = ParseReference(DirectoryOf(from), text);
-  std::string target;
+  size_t target = kNoFile;
   if (r.ref.kind == RefKind::kSamePage) {
-    target = from;
+    if (auto it = m_exact.find(from); it != m_exact.end()) target = it->second;
   } else if (r.ref.kind == RefKind::kLocal) {
-    r.presence = Find(r.ref, r.actual);
+    r.presence = Find(r.ref, r.file);
     if (r.presence == Presence::kMissing) return r;
-    target = r.actual;
+    r.actual = m_files[r.file].path;
+    target = r.file;
   }
-  if (!target.empty() && !r.ref.bookmark.empty()) {
+  if (target != kNoFile && !r.ref.bookmark.empty() && m_files[target].kind == FileKind::kTopic) {
     const std::set<std::string>* defined = bookmarks(target);
     r.bookmarkMissing = defined && !defined->count(r.ref.bookmark);
   }

@@ -9,8 +9,9 @@
 #include <set>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
+
+#include "cli/project_files.h"
 
 namespace telvanix {
 class CHtmlFileEx;
@@ -41,31 +42,46 @@ enum class Presence { kExact, kSlashed, kCaseBlind, kMissing };
 // Folder part of a project-relative path ("a/b.htm" -> "a", "b.htm" -> "").
 std::string DirectoryOf(const std::string& relative);
 
+// No file of the project.
+constexpr size_t kNoFile = static_cast<size_t>(-1);
+
 // What one reference comes to in the project.
 struct Resolution {
   Reference ref;
   Presence presence = Presence::kMissing;  // for RefKind::kLocal
-  std::string actual;                      // the project file it names, as spelled on disk
+  size_t file = kNoFile;                   // index of the project file it names
+  std::string actual;                      // that file's path, as spelled on disk
   bool bookmarkMissing = false;            // the named (or same) topic does not define ref.bookmark
+
+  bool Outside() const { return ref.kind == RefKind::kOutside; }
+  bool Missing() const { return ref.kind == RefKind::kLocal && presence == Presence::kMissing; }
+  // Found, but only case-blind or with "\" read as "/".
+  bool Inexact() const {
+    return ref.kind == RefKind::kLocal && presence != Presence::kMissing && presence != Presence::kExact;
+  }
 };
 
-// Bookmarks a topic of the project defines; null when they are not known
-// (not a topic, unreadable, binary), and then no bookmark is reported.
-using BookmarkLookup = std::function<const std::set<std::string>*(const std::string& topic)>;
+// Bookmarks the topic at `file` (an index into the project's files)
+// defines; null when they are not known (unreadable, binary), and then no
+// bookmark is reported.
+using BookmarkLookup = std::function<const std::set<std::string>*(size_t file)>;
 
-// The project's files by exact and by case-blind name.
+// The project's files by exact and by case-blind name: the one resolver of
+// `check` and `toc --check`.
 class ProjectIndex {
  public:
-  // `files`: project-relative, "/"-separated, sorted (the first of several
-  // case-blind spellings wins).
-  explicit ProjectIndex(const std::vector<std::string>& files);
-  Presence Find(const Reference& ref, std::string& actual) const;
-  // Resolves `text`, written in the project file `from`.
+  // `files`: sorted by path (the first of several case-blind spellings wins).
+  explicit ProjectIndex(std::vector<ProjectFile> files);
+  const std::vector<ProjectFile>& files() const { return m_files; }
+  // Resolves `text`, written in the project file `from`; bookmarks are
+  // looked up in topics only.
   Resolution Resolve(const std::string& from, const std::string& text, const BookmarkLookup& bookmarks) const;
 
  private:
-  std::unordered_set<std::string> m_exact;
-  std::unordered_map<std::string, std::string> m_folded;
+  Presence Find(const Reference& ref, size_t& file) const;
+
+  std::vector<ProjectFile> m_files;
+  std::unordered_map<std::string, size_t> m_exact, m_folded;
 };
 
 // A value as written in a page or sitemap, its entities decoded ("" for null).

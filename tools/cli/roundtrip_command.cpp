@@ -7,9 +7,9 @@
 
 #include "cli/command_line.h"
 #include "cli/commands.h"
-#include "telvanix/html/html_pack.h"
 #include "cli/page_files.h"
 #include "cli/parallel.h"
+#include "telvanix/html/html_pack.h"
 
 namespace telvanix::tool {
 

@@ -65,7 +65,7 @@ UINT SitemapCodePage(CByteString& bytes, const std::string& file) {
 
 struct Problem {
   int entry;
-  std::string reference;
+  std::string reference;  // UTF-8
   std::string what;
 };
 
@@ -111,12 +111,11 @@ int Run(const std::vector<std::string>& args) {
   std::vector<Problem> problems;
   std::unique_ptr<ProjectIndex> index;
   // Bookmarks of the topics entries point into, each page read once.
-  std::map<std::string, std::optional<std::set<std::string>>> pageBookmarks;
-  const BookmarkLookup bookmarks = [&](const std::string& topic) -> const std::set<std::string>* {
-    if (ClassifyFile(topic) != FileKind::kTopic) return nullptr;
+  std::map<size_t, std::optional<std::set<std::string>>> pageBookmarks;
+  const BookmarkLookup bookmarks = [&](size_t topic) -> const std::set<std::string>* {
     auto [it, fresh] = pageBookmarks.try_emplace(topic);
     if (fresh) {
-      std::string path = root + "/" + topic, error;
+      std::string path = root + "/" + index->files()[topic].path, error;
       CByteString page;
       if (LoadTopicBytes(path, page, error)) {
         CHtmlFileEx doc(page, path.c_str());
@@ -127,16 +126,14 @@ int Run(const std::vector<std::string>& args) {
   };
   // Files the listing could not take (broken links, pipes) are no topics:
   // an entry naming one is reported as missing, and nothing else is said.
-  if (cl.Has("check")) index = std::make_unique<ProjectIndex>(ListProjectFiles(root).files);
+  if (cl.Has("check")) index = std::make_unique<ProjectIndex>(ClassifyFiles(ListProjectFiles(root).files));
   auto checkRef = [&](int entry, const char* written) {
     if (!index || !written || !*written) return;
     const std::string text = AttributeValueToUtf8(written, CP_UTF8);  // the model keeps values as written
-    Resolution r = index->Resolve(from, text, bookmarks);
-    if (r.ref.kind == RefKind::kOutside) problems.push_back({entry, text, "points outside the project"});
-    if (r.ref.kind == RefKind::kLocal && r.presence == Presence::kMissing)
-      problems.push_back({entry, text, "topic does not exist"});
-    else if (r.ref.kind == RefKind::kLocal && r.presence != Presence::kExact)
-      problems.push_back({entry, text, "resolves only as " + r.actual});
+    const Resolution r = index->Resolve(from, text, bookmarks);
+    if (r.Outside()) problems.push_back({entry, text, "points outside the project"});
+    if (r.Missing()) problems.push_back({entry, text, "topic does not exist"});
+    if (r.Inexact()) problems.push_back({entry, text, "resolves only as " + r.actual});
     if (r.bookmarkMissing) problems.push_back({entry, text, "topic does not define the bookmark"});
   };
 
