@@ -168,18 +168,6 @@ TEST(CheckBadInput, UnreadableFileIsNamedAsUnreadable) {
   }
 }
 
-TEST(CheckBadInput, RootThatIsNoFolder) {
-  ScratchDir dir;
-  WriteSmallProject(dir);
-  ToolRun missing = RunTool({"check", dir / "nowhere"});
-  EXPECT_EQ(missing.status, 2) << missing;
-  EXPECT_EQ(missing.out, "");
-  EXPECT_EQ(missing.err, "telvanix: " + (dir / "nowhere") + ": no such folder\n");
-  ToolRun file = RunTool({"check", dir / "good.htm"});
-  EXPECT_EQ(file.status, 2) << file;
-  EXPECT_EQ(file.err, "telvanix: " + (dir / "good.htm") + ": not a folder\n");
-}
-
 // A folder with every kind of damage at once, for the page commands.
 class PageCommandsBadInput : public ::testing::Test {
  protected:
@@ -269,11 +257,3 @@ TEST_F(PageCommandsBadInput, NamedOperandsThatAreNoPages) {
 
 }  // namespace
 }  // namespace telvanix::tool_test
-
-TEST(ToolBadInput, UnknownCodePageIsRefused) {
-  ::setenv("TELVANIX_CODEPAGE", "bogus", 1);
-  telvanix::tool_test::ToolRun r = telvanix::tool_test::RunTool({"text", "--help"});
-  ::unsetenv("TELVANIX_CODEPAGE");
-  EXPECT_EQ(r.status, 2) << r;
-  EXPECT_EQ(r.err, "telvanix: unknown code page 'bogus' in TELVANIX_CODEPAGE\n");
-}
