@@ -228,13 +228,6 @@ TEST(TextBadInput, BrokenLinksToFilesThatAreNoPagesAreNoError) {
   EXPECT_EQ(Lines(r.out).size(), 2u) << r;
 }
 
-TEST_F(PageCommandsBadInput, EmptyPageHasEmptyText) {
-  ToolRun r = RunTool({"text", dir / "empty.htm"});
-  EXPECT_EQ(r.status, 0) << r;
-  EXPECT_EQ(Json::parse(r.out),
-            Json({{"file", dir / "empty.htm"}, {"title", ""}, {"text", ""}, {"keywords", Json::array()}}));
-}
-
 TEST_F(PageCommandsBadInput, NamedOperandsThatAreNoPages) {
   for (const char* command : {"text", "props", "format", "roundtrip", "tags"}) {
     ToolRun r = RunTool({command, dir / "pipe.htm", dir / "nowhere.htm", dir / "good.htm"});
@@ -251,8 +244,6 @@ TEST_F(PageCommandsBadInput, NamedOperandsThatAreNoPages) {
     EXPECT_EQ(r.out, "") << r;
     ExpectNamedOnce(r, name, "");
   }
-  ToolRun empty = RunTool({"toc", "--check", dir / "empty.htm"});
-  EXPECT_EQ(empty.status, 0) << "an empty contents file has no entries\n" << empty;
 }
 
 }  // namespace
