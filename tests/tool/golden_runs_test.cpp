@@ -4,7 +4,7 @@
 // name the test data and sample folders. Three lines are no tool runs:
 // "env NAME=VALUE" sets a variable for the rest of the case, "copy DIR"
 // copies a folder to a fresh scratch folder that $SCRATCH then names, and
-// "cat FILE" prints a file.
+// "cat FILE" prints a file. A line starting with "#" is a comment.
 #include <cstdlib>
 
 #include "golden_cases.h"
