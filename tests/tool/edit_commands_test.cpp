@@ -1,6 +1,7 @@
 // The commands that write pages (tags, props, format) on copies of the
 // sample: every file is compared byte for byte before and after, so an edit
 // that touches a page it should not, or a byte beyond what it changes, fails.
+// Edits of single pages are cases under tests/data/tool.
 #include <nlohmann/json.hpp>
 
 #include <regex>
@@ -142,22 +143,6 @@ INSTANTIATE_TEST_SUITE_P(Sample, TagsEdit,
                                            TagEdit{{"--remove", "online"}, "online", "", 2},
                                            TagEdit{{"--remove", "print"}, "print", "", 3}));
 
-TEST(TagsCommand, ListsEveryTaggedPage) {
-  ToolRun r = RunTool({"tags", kLantern, "--json"});
-  ASSERT_EQ(r.status, 0) << r;
-  std::vector<Json> pages;
-  for (const std::string& line : Lines(r.out)) pages.push_back(Json::parse(line));
-  ASSERT_EQ(pages.size(), 3u) << r;
-  EXPECT_EQ(pages[0], Json({{"file", kLantern + "/topics/create_note.htm"},
-                            {"topic", {"online", "print"}},
-                            {"elements", {"print"}}}));
-  EXPECT_EQ(pages[1], Json({{"file", kLantern + "/topics/edit_note.htm"},
-                            {"topic", {"online", "print"}},
-                            {"elements", Json::array()}}));
-  EXPECT_EQ(pages[2],
-            Json({{"file", kLantern + "/topics/printing.htm"}, {"topic", {"print"}}, {"elements", {"print"}}}));
-}
-
 TEST(TagsCommand, TagNobodyUsesOrABadRequestChangesNothing) {
   LanternCopy copy;
   auto before = Snapshot(copy.root());
@@ -237,70 +222,6 @@ TEST(PropsCommand, SetAuthorThenReadBack) {
   EXPECT_EQ(Lines(again.out).back(), "10 of 12 pages changed") << again;
 }
 
-TEST(PropsCommand, SeveralPropertiesAndRemoval) {
-  LanternCopy copy;
-  const std::string page = copy.file("index.htm");
-  ToolRun r = RunTool({"props", page, "--set", "priority=3", "--set", "status=Draft", "--set", "build-tags=a,b",
-                       "--set", "check-list=x, y", "--set", "time-estimate=15", "--set", "author="});
-  ASSERT_EQ(r.status, 0) << r;
-  EXPECT_EQ(ReadProps(page), Json({{"file", page},
-                                   {"priority", "3"},
-                                   {"status", "Draft"},
-                                   {"build-tags", "a,b"},
-                                   {"check-list", "x,y"},
-                                   {"time-estimate", "15"}}));
-  EXPECT_EQ(ReadFile(page).find("topic-author"), std::string::npos);
-  ToolRun tags = RunTool({"tags", page, "--json"});
-  EXPECT_EQ(tags.out, "{\"elements\":[],\"file\":\"" + page + "\",\"topic\":[\"a\",\"b\"]}\n") << tags;
-
-  // An empty value takes out every kind of property, numbers too.
-  r = RunTool({"props", page, "--set", "priority=", "--set", "time-estimate=", "--set", "check-list=", "--set",
-               "build-tags=", "--set", "status="});
-  ASSERT_EQ(r.status, 0) << r;
-  EXPECT_EQ(ReadProps(page), Json({{"file", page}}));
-  EXPECT_EQ(ReadFile(page).find("topic-"), std::string::npos) << ReadFile(page);
-}
-
-TEST(PropsCommand, EveryValueIsEscapedAndConvertedNewOrReplaced) {
-  ScratchDir dir;
-  const std::string head = "<html><head><meta http-equiv=\"Content-Type\" content=\"text/html; charset=windows-1252\">";
-  WriteFile(dir / "with.htm", head + "<meta name=\"topic-author\" content=\"A\"></head><body>x</body></html>\n");
-  WriteFile(dir / "without.htm", head + "<title>t</title></head><body>x</body></html>\n");
-  const std::string author = "O\"Brien & Sons <x>", tags = "R&D,x\"y", comment = "\u65e5\u672c caf\u00e9";
-  ToolRun r = RunTool({"props", dir.path(), "--set", "author=" + author, "--set", "build-tags=" + tags, "--set",
-                       "comment=" + comment});
-  ASSERT_EQ(r.status, 0) << r;
-  for (const char* name : {"with.htm", "without.htm"}) {
-    const std::string page = dir / name;
-    EXPECT_EQ(ReadProps(page),
-              Json({{"file", page}, {"author", author}, {"build-tags", tags}, {"comment", comment}}));
-    const std::string bytes = ReadFile(page);
-    EXPECT_NE(bytes.find("content=\"O&quot;Brien &amp; Sons &lt;x&gt;\">"), std::string::npos) << bytes;
-    EXPECT_NE(bytes.find("content=\"R&amp;D,x&quot;y\">"), std::string::npos) << bytes;
-    EXPECT_NE(bytes.find("content=\"&#26085;&#26412; caf\xe9\">"), std::string::npos) << bytes;
-  }
-  ToolRun listed = RunTool({"tags", dir / "with.htm", "--json"});
-  EXPECT_EQ(Json::parse(listed.out).at("topic"), Json({"R&D", "x\"y"})) << listed;
-}
-
-TEST(PropsCommand, PagesThatCannotTakeTheChangeAreNamedAndKept) {
-  ScratchDir dir;
-  WriteFile(dir / "empty.htm", "");
-  WriteFile(dir / "headless.htm", "<p>no head</p>\n");
-  // The unterminated CDATA holds a quote: what is inserted after it is
-  // swallowed on the next reading.
-  WriteFile(dir / "cdata.htm", "<html><![CDATA[ a \"quote\n<head><title>t</title></head><body>x</body></html>\n");
-  auto before = Snapshot(dir.path());
-  ToolRun r = RunTool({"props", dir.path(), "--set", "author=Z"});
-  EXPECT_EQ(r.status, 1) << r;
-  EXPECT_EQ(r.out, "0 of 3 pages changed\n") << r;
-  EXPECT_EQ(Lines(r.err).size(), 3u) << r;
-  for (const char* name : {"empty.htm", "headless.htm", "cdata.htm"})
-    EXPECT_NE(r.err.find(name), std::string::npos) << name << "\n" << r;
-  EXPECT_NE(r.err.find("author would be gone on the next reading"), std::string::npos) << r;
-  EXPECT_EQ(Snapshot(dir.path()), before);
-}
-
 TEST(PropsCommand, BadAssignmentsChangeNothing) {
   LanternCopy copy;
   auto before = Snapshot(copy.root());
@@ -352,24 +273,6 @@ TEST(FormatCommand, KeepsPagesWhoseWordsWouldJoinUnlessForced) {
   }
 }
 
-TEST(FormatCommand, KeepsPagesWhosePreformattedTextWouldChange) {
-  ScratchDir dir;
-  const std::string head = "<html><head><title>t</title></head><body>\n";
-  const std::string indented = head + "<pre>\n  indented;\n</pre></body></html>\n";
-  const std::string flush = head + "<pre>\nflush;\nlines</pre><xmp>x</xmp></body></html>\n";
-  WriteFile(dir / "indented.htm", indented);
-  WriteFile(dir / "flush.htm", flush);
-  ToolRun r = RunTool({"format", dir.path()});
-  EXPECT_EQ(r.status, 0) << r;
-  EXPECT_NE(r.out.find("kept " + (dir / "indented.htm") + ": the layout would change preformatted text"),
-            std::string::npos) << r;
-  EXPECT_EQ(ReadFile(dir / "indented.htm"), indented);
-  // The line break right after <pre> is no content: dropping it is no change.
-  EXPECT_NE(r.out.find("formatted " + (dir / "flush.htm")), std::string::npos) << r;
-  ASSERT_EQ(RunTool({"format", dir / "indented.htm", "--force"}).status, 0);
-  EXPECT_NE(ReadFile(dir / "indented.htm"), indented);
-}
-
 TEST(FormatCommand, WritesOnlyPagesWhoseBytesChangeAndSettles) {
   LanternCopy copy;
   // One page formatted beforehand: the folder run must leave it alone.
@@ -410,31 +313,6 @@ TEST(FormatCommand, WritesOnlyPagesWhoseBytesChangeAndSettles) {
   ToolRun check = RunTool({"check", copy.root(), "--json"});
   EXPECT_EQ(check.status, 1) << check;
   EXPECT_EQ(Json::parse(check.out).at("problems"), 4) << check;
-}
-
-TEST(FormatCommand, LayoutStartsCommentsAndObjectEndsOnLinesOfTheirOwn) {
-  ScratchDir dir;
-  const std::string plain = dir / "plain.htm", layout = dir / "layout.htm";
-  std::string page = ReadFile(kLantern + "/index.htm");
-  page.replace(page.find("<h2>"), 4, "<!-- start --><h2>");
-  WriteFile(plain, page);
-  WriteFile(layout, page);
-  ASSERT_EQ(RunTool({"format", plain, "--force"}).status, 0);
-  ToolRun r = RunTool({"format", layout, "--layout", "--force"});
-  ASSERT_EQ(r.status, 0) << r;
-  auto ownLine = [](const std::string& bytes, const std::string& start) {
-    for (std::string line : Lines(bytes)) {
-      line.erase(0, line.find_first_not_of(" \r"));
-      if (line.rfind(start, 0) == 0) return true;
-    }
-    return false;
-  };
-  EXPECT_FALSE(ownLine(ReadFile(plain), "<!-- start -->"));
-  EXPECT_FALSE(ownLine(ReadFile(plain), "</object>"));
-  EXPECT_TRUE(ownLine(ReadFile(layout), "<!-- start -->")) << ReadFile(layout);
-  EXPECT_TRUE(ownLine(ReadFile(layout), "</object>")) << ReadFile(layout);
-  ToolRun again = RunTool({"format", layout, "--layout", "--force"});
-  EXPECT_EQ(again.out, "0 of 1 pages changed\n") << again;
 }
 
 }  // namespace

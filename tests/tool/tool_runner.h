@@ -3,7 +3,6 @@
 #pragma once
 
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/stat.h>
@@ -29,9 +28,6 @@ namespace fs = std::filesystem;
 
 inline const std::string kTool = TELVANIX_TOOL_FILE;
 inline const std::string kLantern = std::string(TELVANIX_SAMPLES_DIR) + "/lantern";
-// A small project with one case of each kind of reference `check` follows;
-// the file of the same name with ".findings" lists what it reports.
-inline const std::string kReferences = std::string(TELVANIX_TEST_DATA_DIR) + "/check/references";
 
 struct ToolRun {
   int status = -1;  // exit status; -1 when killed or not started
@@ -45,70 +41,51 @@ inline std::ostream& operator<<(std::ostream& os, const ToolRun& r) {
             << r.err;
 }
 
+inline std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
 // Runs `telvanix args...` with stdin from /dev/null, capturing both output
-// streams. A run that outlives `timeoutSeconds` is killed: a tool that
-// blocks (on a pipe, say) fails its test instead of hanging the suite.
+// streams in files. A run that outlives `timeoutSeconds` is killed: a tool
+// that blocks (on a pipe, say) fails its test instead of hanging the suite.
 inline ToolRun RunTool(const std::vector<std::string>& args, int timeoutSeconds = 60) {
   ToolRun r;
-  int outPipe[2], errPipe[2];
-  if (::pipe2(outPipe, O_CLOEXEC) != 0) return r;
-  if (::pipe2(errPipe, O_CLOEXEC) != 0) {
-    ::close(outPipe[0]);
-    ::close(outPipe[1]);
-    return r;
-  }
+  std::string sink = (fs::temp_directory_path() / "telvanix-run-XXXXXX").string();
+  if (!::mkdtemp(sink.data())) return r;
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, outPipe[1], 1);
-  posix_spawn_file_actions_adddup2(&actions, errPipe[1], 2);
+  posix_spawn_file_actions_addopen(&actions, 1, (sink + "/out").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  posix_spawn_file_actions_addopen(&actions, 2, (sink + "/err").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
   std::vector<std::string> all = {kTool};
   all.insert(all.end(), args.begin(), args.end());
   std::vector<char*> argv;
   for (std::string& a : all) argv.push_back(a.data());
   argv.push_back(nullptr);
   pid_t pid = -1;
-  int spawned = posix_spawn(&pid, kTool.c_str(), &actions, nullptr, argv.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  ::close(outPipe[1]);
-  ::close(errPipe[1]);
-  if (spawned != 0) {
-    ::close(outPipe[0]);
-    ::close(errPipe[0]);
-    r.err = "cannot start " + kTool;
-    return r;
-  }
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(timeoutSeconds);
-  pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
-  std::string* sinks[2] = {&r.out, &r.err};
-  int open = 2;
-  while (open > 0) {
-    auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    if (left.count() <= 0) {
-      r.timedOut = true;
-      ::kill(pid, SIGKILL);
-      break;
-    }
-    if (::poll(fds, 2, static_cast<int>(left.count())) < 0 && errno != EINTR) break;
-    for (int i = 0; i < 2; ++i) {
-      if (fds[i].fd < 0 || !(fds[i].revents & (POLLIN | POLLHUP | POLLERR))) continue;
-      char buf[8192];
-      ssize_t n = ::read(fds[i].fd, buf, sizeof buf);
-      if (n > 0) {
-        sinks[i]->append(buf, static_cast<size_t>(n));
-      } else if (n == 0 || errno != EINTR) {
-        ::close(fds[i].fd);
-        fds[i].fd = -1;
-        --open;
-      }
-    }
-  }
-  for (pollfd& f : fds)
-    if (f.fd >= 0) ::close(f.fd);
   int wstatus = 0;
-  while (::waitpid(pid, &wstatus, 0) < 0 && errno == EINTR) {
+  const bool started = posix_spawn(&pid, kTool.c_str(), &actions, nullptr, argv.data(), environ) == 0;
+  if (started) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(timeoutSeconds);
+    while (::waitpid(pid, &wstatus, WNOHANG) == 0) {
+      if (std::chrono::steady_clock::now() > deadline) {
+        r.timedOut = true;
+        ::kill(pid, SIGKILL);
+        ::waitpid(pid, &wstatus, 0);
+        break;
+      }
+      ::usleep(2000);
+    }
+    if (!r.timedOut && WIFEXITED(wstatus)) r.status = WEXITSTATUS(wstatus);
   }
-  if (!r.timedOut && WIFEXITED(wstatus)) r.status = WEXITSTATUS(wstatus);
+  posix_spawn_file_actions_destroy(&actions);
+  r.out = ReadFile(sink + "/out");
+  r.err = started ? ReadFile(sink + "/err") : "cannot start " + kTool;
+  std::error_code ec;
+  fs::remove_all(sink, ec);
   return r;
 }
 
@@ -140,13 +117,6 @@ class LanternCopy : public ScratchDir {
   std::string root() const { return path() + "/lantern"; }
   std::string file(const std::string& relative) const { return root() + "/" + relative; }
 };
-
-inline std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
 
 inline void WriteFile(const std::string& path, const std::string& bytes) {
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
