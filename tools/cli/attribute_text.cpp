@@ -18,6 +18,11 @@ void AppendNumericReference(char32_t ch, std::string& out) { out += "&#" + std::
 
 UINT PageCodePage(CHtmlFileEx& doc) { return doc.GetPageCodePage(); }
 
+UINT SitemapCodePage(CByteString& bytes, const char* name) {
+  CHtmlPack pack(bytes, name);
+  return pack.Parse(CHtmlPack::emParseAttributes) ? pack.GetPageCodePage() : GetActiveCodePage();
+}
+
 std::string PageTextToUtf8(const char* text, UINT codePage) {
   std::string out;
   if (text && !CodePageToUtf8(codePage, text, std::strlen(text), out)) out = text;

@@ -17,6 +17,9 @@ namespace telvanix::tool {
 
 // The code page a page's text is in.
 UINT PageCodePage(CHtmlFileEx& doc);
+// The charset a contents or index file declares, as a page does; else the
+// active code page.
+UINT SitemapCodePage(CByteString& bytes, const char* name);
 
 // UTF-8 text as an attribute value of a page in `codePage`: the double quote,
 // "&", "<" and ">" as references, and a character the code page cannot hold

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <set>
 
+#include "cli/attribute_text.h"
 #include "cli/page_files.h"
 #include "cli/parallel.h"
 #include "cli/project_files.h"
@@ -239,11 +240,7 @@ FileScan ScanSitemap(const std::string& root, const std::string& rel) {
   FileScan s;
   CByteString bytes;
   if (!LoadPage(JoinRoot(root, rel), bytes, s.error)) return s;
-  {
-    // A sitemap declares its charset as a page does.
-    CHtmlPack pack(bytes, rel.c_str());
-    if (pack.Parse(CHtmlPack::emParseAttributes)) s.codePage = pack.GetPageCodePage();
-  }
+  s.codePage = SitemapCodePage(bytes, rel.c_str());
   CHtmlFileSitemap sitemap;
   if (!sitemap.Read(bytes))
     s.structure.push_back(bytes.GetLength() == 0 ? "empty file" : "no contents or index entries");

@@ -57,12 +57,6 @@ std::string EntryName(const CHtmlSitemap& e) {
   return Str(e.GetName());
 }
 
-// The charset the sitemap file declares (as a page does), else the active one.
-UINT SitemapCodePage(CByteString& bytes, const std::string& file) {
-  CHtmlPack pack(bytes, file.c_str());
-  return pack.Parse(CHtmlPack::emParseAttributes) ? pack.GetPageCodePage() : GetActiveCodePage();
-}
-
 struct Problem {
   int entry;
   std::string reference;  // UTF-8
@@ -83,7 +77,7 @@ int Run(const std::vector<std::string>& args) {
   // a reference to a character outside it; a UTF-8 copy of the file read
   // under UTF-8 keeps every character. Nothing else runs while it reads.
   std::string utf8;
-  const UINT fileCodePage = SitemapCodePage(bytes, file);
+  const UINT fileCodePage = SitemapCodePage(bytes, file.c_str());
   if (!CodePageToUtf8(fileCodePage, bytes, static_cast<size_t>(bytes.GetLength()), utf8)) {
     PrintError(file + ": cannot be read in its charset");
     return kExitError;
