@@ -55,8 +55,9 @@ TEST(PropertyNamesTest, TablesAreFoundByTheirOwnRows) {
       const auto same = std::count_if(rows.begin(), rows.end(), [&](const QuickMapStringToValueItem& other) {
         return std::string(other.pszKey) == row.pszKey;
       });
-      if (same == 1)
+      if (same == 1) {
         EXPECT_EQ(value, row.nValue) << row.pszKey;
+      }
     }
   }
 }
