@@ -122,57 +122,6 @@ TEST(CssPackTest, RemovedLinesAreKeptForMergingButNotSaved) {
   EXPECT_EQ(pack.GetStyle(nullptr), nullptr);
 }
 
-// BuildList remembers where failed attempts went and skips repeating them;
-// the same loop written with the public item readers (which remember
-// nothing when called on their own) must give exactly the same lines.
-std::string PlainBuild(const std::string& text) {
-  CCssPack pack(static_cast<const CByteString*>(nullptr));
-  const unsigned char* p = reinterpret_cast<const unsigned char*>(text.data());
-  const unsigned char* const end = p + text.size();
-  while (p < end) {
-    p = CCssPack::CssSkipSpaces(p, end, 0);
-    if (p >= end || *p == 0)
-      break;
-    const unsigned char* r;
-    if (*p == '@')
-      r = pack.CommitLglAtStatement(p, end);
-    else if (*p == '/' || *p == '<')
-      r = CCssPack::CssSkipSpaces(p, end, 1);
-    else
-      r = pack.CommitLglCssDefination(p, end);
-    p = r > p ? r : p + 1;
-  }
-  return SaveText(pack);
-}
-
-std::string MemoBuild(const std::string& text) {
-  CCssPack pack(static_cast<const CByteString*>(nullptr));
-  const unsigned char* p = reinterpret_cast<const unsigned char*>(text.data());
-  pack.BuildList(p, p + text.size());
-  return SaveText(pack);
-}
-
-TEST(CssPackTest, RecoveryShortcutsChangeNothing) {
-  std::vector<std::string> cases = {
-      "a b c d e f", "a b} c d {x:y} e", "p { content: 'abc } q {a:b}", "p { a b c: d; e }",
-      "@a x{@b y{@c z{ } p{a:b}", "@m{ {{ } } } x {a:b} @n{", "p { a:b; p { a:b; p { a:b; }",
-      "x\"y z {a:b} w\" {c:d}", "a[x] b[y {z} c {d:e}", "p { a-->b: c; <!-- d: e }",
-      "p{ab/*c*/d:e; f/*}*/g:h}", "h1 {a:'b;c'; d:e} h2 { f:url(x;y) }", "@media x { p { y: z }",
-      "}{}{}{ a {b:c}", "ab,cd ef{x:y}gh ij,{k:l}",
-  };
-  std::string big;
-  for (int i = 0; i < 50; ++i)
-    big += "@a x{ p { q: 'r } s t, u {v:w} ";
-  cases.push_back(big);
-  for (const std::string& text : cases) {
-    SCOPED_TRACE(text.substr(0, 60));
-    EXPECT_EQ(MemoBuild(text), PlainBuild(text));
-    // Every suffix too: the shortcuts must not depend on where reading began.
-    for (size_t i = 1; i < text.size() && i < 40; ++i)
-      EXPECT_EQ(MemoBuild(text.substr(i)), PlainBuild(text.substr(i)));
-  }
-}
-
 TEST(CssPackTest, UnreadableTextIsReadInLinearTime) {
   // Each of these made the byte-at-a-time recovery rescan to the end of the
   // text from every position; 200 KB must read in well under a second.
