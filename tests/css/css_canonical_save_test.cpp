@@ -1,7 +1,7 @@
 // Stylesheet cases in tests/data/css: each NAME.css or NAME.sheets is read and described
 // (its lines, each style's selectors and declarations, the saved text) in
 // NAME.expected. A line "----" in a case starts another sheet, read on its
-// own. A case of one sheet must also save stably: reading a saved sheet back
+// own (imports and baggage files as a project walk sees them). A case of one sheet must also save stably: reading a saved sheet back
 // gives the same lines, each at-rule only gaining the line break the previous
 // save wrote after it (an at-rule keeps the blanks that follow it).
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "golden_cases.h"
-#include "telvanix/css/css_pack.h"
+#include "telvanix/css/css_pack_ex.h"
 #include "telvanix/css/css_selector.h"
 #include "telvanix/css/css_style.h"
 #include "telvanix/css/style_property.h"
@@ -32,7 +32,7 @@ struct Read {
 
 Read ReadSheet(const std::string& text) {
   CByteString content(reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
-  CCssPack pack(&content);
+  CCssPackEx pack(&content);
   Read read;
   std::ostringstream out;
   out << "parse " << pack.Parse() << ", " << pack.GetListLine().GetCount() << " lines\n";
@@ -61,10 +61,18 @@ Read ReadSheet(const std::string& text) {
       }
     }
   }
+  out << "imports:";
+  POSITION at = nullptr;
+  for (CString url = pack.GetFirstImportCssUrl(at); !url.IsEmpty(); url = pack.GetNextImportCssUrl(at))
+    out << " [" << url << "]";
+  out << "\nbaggage:";
+  UINT index = 0;
+  for (CString name = pack.GetFirstBaggageFile(index); !name.IsEmpty(); name = pack.GetNextBaggageFile(index))
+    out << " [" << name << "]";
   CByteString saved;
   pack.Save(saved);
   read.saved = saved.GetLength() ? std::string(reinterpret_cast<const char*>(saved.GetContent()), saved.GetLength()) : "";
-  out << "saved:\n" << read.saved << "\n";
+  out << "\nsaved:\n" << read.saved << "\n";
   read.description = out.str();
   return read;
 }

@@ -61,7 +61,7 @@ TEST(StylePropertyTest, AnalysingAgainFindsANameOfOtherCase) {
 
 TEST(StylePropertyTest, LongValuesStayWhole) {
   CCssStyleProperty none;
-  EXPECT_EQ(none.Analyse(nullptr), 1);
+  EXPECT_EQ(none.Analyse(static_cast<const char*>(nullptr)), 1);
   EXPECT_EQ(none.GetPropertyCount(), 0);
   std::string longValue = "x: " + std::string(100000, 'v');
   auto pairs = Read(longValue.c_str());
