@@ -42,7 +42,8 @@ Read ReadSheet(const std::string& text) {
     read.lines.push_back({!line->IsStyle(), std::string(line->GetPrintableString(&pack))});
     if (line->IsAtImport()) {
       auto* import = static_cast<CCssLglAtImport*>(line);
-      out << "@import [" << import->GetOriginalString() << "] url [" << import->GetImportCssUrl() << "]\n";
+      out << "@import [" << import->GetOriginalString() << "] url [" << import->GetImportCssUrl() << "]"
+          << (import->IsAnalysed() ? " analysed" : "") << "\n";
     } else if (line->IsAtUnknown()) {
       out << "@ [" << static_cast<CCssLglAtUnknown*>(line)->GetOriginalString() << "]\n";
     } else {

@@ -23,7 +23,7 @@ std::vector<std::string> Baggage(CCssPackEx& pack) {
 // Import urls and baggage files of whole sheets are in tests/data/css.
 TEST(CssPackExTest, BaggageWalkSeesRemovedLinesAndEmptyPacks) {
   CByteString content = Bytes("body { background: url('img/bg.gif') } b { background-image: url(IMG\\BG.GIF) }");
-  CCssPackEx pack(&content);
+  CCssPackEx pack("WhoCare", &content);
   pack.Parse();
   EXPECT_EQ(Baggage(pack), (std::vector<std::string>{"img/bg.gif"}));
   // Removed rules name nothing; the walk sees the lines as they are now.

@@ -144,6 +144,8 @@ TEST(SttColorTest, AssignAndPrint) {
 }
 
 TEST(SttUrlTest, CompareIgnoresCaseAndKind) {
+  EXPECT_EQ(CSttUrl().Analyse(""), 0);
+  EXPECT_EQ(std::string(CSttUrl().GetPrintableString()), "");
   CSttUrl a("url(Img/A.GIF)"), b("img/a.gif"), c("img/b.gif");
   EXPECT_EQ(a.Compare(&b), 1);
   EXPECT_EQ(a.Compare(&c), 0);

@@ -33,6 +33,9 @@ CByteString Filled(int n) { return CByteString(U(std::string(static_cast<size_t>
 TEST(StringCapacity, RoundsTwoPastTheCountUpToThirtyTwo) {
   for (auto [count, capacity] : {std::pair{0, 32}, {30, 32}, {31, 64}, {63, 96}, {-1, 0}})
     EXPECT_EQ(GetRecommendedStringCapacity(count), capacity) << count;
+  CWordString w;
+  EXPECT_EQ(w.Allocate(0), 1);
+  EXPECT_EQ(w.GetCapacity(), 32);
   CByteString b;
   b.Allocate(-5);
   EXPECT_EQ(b.GetCapacity(), 32);
@@ -128,9 +131,10 @@ TEST(ByteString, BothGrowthPoliciesKeepTheText) {
       s.SetGrowByDoubleSize();
     for (int i = 0; i < 5; ++i)
       s += std::string(40, 'y').c_str();
-    EXPECT_EQ(Bytes(s), std::string(30, 'x') + std::string(200, 'y'));
-    EXPECT_EQ(s.GetContent()[230], 0);
-    EXPECT_GT(s.GetCapacity(), 231);
+    s += static_cast<unsigned char>('z');
+    EXPECT_EQ(Bytes(s), std::string(30, 'x') + std::string(200, 'y') + "z");
+    EXPECT_EQ(s.GetContent()[231], 0);
+    EXPECT_GT(s.GetCapacity(), 232);
     s.Empty();
     EXPECT_EQ(s.IsGrowByDoubleSize(), doubling);  // Empty keeps the policy
   }

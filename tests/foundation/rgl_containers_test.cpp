@@ -83,6 +83,7 @@ TEST(RglList, NodeBlocksAreReusedAndReleased) {
   EXPECT_EQ(list.GetTailPosition(), nullptr);
   // Removing the last element one at a time releases the blocks too.
   CRglList<Item*> small(3);
+  EXPECT_EQ(small.GetBlockSize(), 3);
   for (int i = 0; i < 4; ++i)
     small.AddHead(&items[i]);
   while (!small.IsEmpty())
@@ -223,6 +224,8 @@ TEST(RglArray, GrowingKeepsTheElements) {
     EXPECT_GE(array.GetAllocSize(), 20000);
     EXPECT_EQ(array[19999], 19999);
     EXPECT_EQ(array[12345], 12345);
+    array.SetSize(20001, 0);  // back to automatic growth
+    EXPECT_EQ(array.GetGrowBy(), 0);
   }
 }
 
