@@ -210,7 +210,10 @@ TEST(StyleFormatTest, NullAndOutOfRangeInputs) {
   EXPECT_EQ(f.Copy(nullptr), 0);
   EXPECT_EQ(f.AnalyseCssProperties(nullptr), 0);
   EXPECT_EQ(f.IsDefault(), 1);
+  EXPECT_TRUE(f.GetBorder(-1).IsDefault());
   f.AnalyseCssProperty("margin", "1pt");
+  f.AnalyseCssProperty("border-left", "thin");
+  EXPECT_FALSE(f.GetBorder(F::emSideLeft).IsDefault());
   EXPECT_EQ(f.Copy(&f), 1);
   EXPECT_EQ(f.ConcatInner(&f), 1);
   f = f;
