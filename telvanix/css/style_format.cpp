@@ -1,5 +1,7 @@
 #include "telvanix/css/style_format.h"
 
+#include "telvanix/css/style_format_table.h"
+
 #include <cstring>
 #include <strings.h>
 
@@ -63,22 +65,6 @@ int SideSource(int count, int side) {
   return kFrom[count - 1][side];
 }
 
-constexpr CCssPropertyNames::EmPropertyNameId kMarginIds[4] = {
-    CCssPropertyNames::emPropertyMarginTop, CCssPropertyNames::emPropertyMarginRight,
-    CCssPropertyNames::emPropertyMarginBottom, CCssPropertyNames::emPropertyMarginLeft};
-constexpr CCssPropertyNames::EmPropertyNameId kPaddingIds[4] = {
-    CCssPropertyNames::emPropertyPaddingTop, CCssPropertyNames::emPropertyPaddingRight,
-    CCssPropertyNames::emPropertyPaddingBottom, CCssPropertyNames::emPropertyPaddingLeft};
-constexpr CCssPropertyNames::EmPropertyNameId kBorderWidthIds[4] = {
-    CCssPropertyNames::emPropertyBorderTopWidth, CCssPropertyNames::emPropertyBorderRightWidth,
-    CCssPropertyNames::emPropertyBorderBottomWidth, CCssPropertyNames::emPropertyBorderLeftWidth};
-constexpr CCssPropertyNames::EmPropertyNameId kBorderColorIds[4] = {
-    CCssPropertyNames::emPropertyBorderTopColor, CCssPropertyNames::emPropertyBorderRightColor,
-    CCssPropertyNames::emPropertyBorderBottomColor, CCssPropertyNames::emPropertyBorderLeftColor};
-constexpr CCssPropertyNames::EmPropertyNameId kBorderStyleIds[4] = {
-    CCssPropertyNames::emPropertyBorderTopStyle, CCssPropertyNames::emPropertyBorderRightStyle,
-    CCssPropertyNames::emPropertyBorderBottomStyle, CCssPropertyNames::emPropertyBorderLeftStyle};
-
 // Reads into a fresh value and keeps it only when the text was accepted, so a
 // rejected value leaves the earlier one in place.
 template <class Value>
@@ -87,29 +73,6 @@ int AssignKept(Value& target, const char* text) {
   if (!read.Assign(text))
     return 0;
   target = read;
-  return 1;
-}
-
-// Keeps the lowered, trimmed text; an empty one counts as not read.
-int AssignLowerTrimmed(CString& target, const char* text) {
-  target = LowerTrimmed(text);
-  return target.IsEmpty() ? 0 : 1;
-}
-
-// One to four values spread over the four sides. Nothing is stored unless
-// every value reads, so a bad shorthand leaves all sides as they were.
-template <class Value, class Read, class Store>
-int ReadFourSides(const char* text, Read read, Store store) {
-  CString runs[4];
-  const int count = CutRuns(text, runs, 4);
-  if (count == 0)
-    return 0;
-  Value values[4]{};
-  for (int i = 0; i < count; ++i)
-    if (!read(runs[i], values[i]))
-      return 0;
-  for (int side = 0; side < CCssStyleFormat::emSideCount; ++side)
-    store(side, values[SideSource(count, side)]);
   return 1;
 }
 
@@ -181,43 +144,42 @@ CCssStyleFormat& CCssStyleFormat::operator=(const CCssStyleFormat& other) {
 
 CCssStyleFormat::~CCssStyleFormat() = default;
 
+void CCssStyleFormat::CSlot::Reset() const {
+  if (code)
+    *code = emValueNone;
+  if (number)
+    number->Default();
+  if (color)
+    color->Default();
+  if (url)
+    url->Default();
+  if (text)
+    text->Empty();
+}
+
+void CCssStyleFormat::CSlot::CopyFrom(const CSlot& from) const {
+  if (code)
+    *code = *from.code;
+  if (number)
+    *number = *from.number;
+  if (color)
+    *color = *from.color;
+  if (url)
+    *url = *from.url;
+  if (text)
+    *text = *from.text;
+}
+
 int CCssStyleFormat::Default() {
-  m_dwSetMask[0] = m_dwSetMask[1] = m_dwSetMask[2] = 0;
-  m_numFontSize.Default();
-  m_strFontFamily.Empty();
-  m_emFontWeight = emValueNone;
-  m_numFontWeight.Default();
-  m_emFontStyle = emValueNone;
-  m_emFontVariant = emValueNone;
-  m_numLineHeight.Default();
-  m_clrColor.Default();
-  m_clrBackgroundColor.Default();
-  m_urlBackgroundImage.Default();
-  m_strBackgroundRepeat.Empty();
-  m_strBackgroundAttachment.Empty();
-  m_strBackgroundPosition.Empty();
-  m_numWordSpacing.Default();
-  m_numLetterSpacing.Default();
-  m_emTextDecoration = emValueNone;
-  m_emVerticalAlign = emValueNone;
-  m_numVerticalAlign.Default();
-  m_emTextTransform = emValueNone;
-  m_emTextAlign = emValueNone;
-  m_numTextIndent.Default();
-  for (int side = 0; side < emSideCount; ++side) {
-    m_numMargin[side].Default();
-    m_numPadding[side].Default();
-    m_tBorder[side].Default();
-  }
-  m_strDisplay.Empty();
-  m_strWhiteSpace.Empty();
-  m_emListStyleType = emValueNone;
-  m_urlListStyleImage.Default();
-  m_emListStylePosition = emValueNone;
+  m_setFlags.reset();
+  int count = 0;
+  const CPropertyRow* rows = GetPropertyRows(count);
+  for (int i = 0; i < count; ++i)
+    SlotOf(rows[i]).Reset();
   return 1;
 }
 
-int CCssStyleFormat::IsDefault() const { return (m_dwSetMask[0] | m_dwSetMask[1] | m_dwSetMask[2]) == 0; }
+int CCssStyleFormat::IsDefault() const { return m_setFlags.none() ? 1 : 0; }
 
 int CCssStyleFormat::Copy(const CCssStyleFormat* other) {
   if (!other)
@@ -231,14 +193,12 @@ int CCssStyleFormat::Copy(const CCssStyleFormat* other) {
 }
 
 void CCssStyleFormat::MarkSet(EmPropertyNameId id) {
-  if (id >= 0 && id < 96)
-    m_dwSetMask[id / 32] |= 1u << (id % 32);
+  if (id >= 0 && id < kPropertyIdCapacity)
+    m_setFlags.set(id);
 }
 
 int CCssStyleFormat::IsPropertySet(EmPropertyNameId id) const {
-  if (id < 0 || id >= 96)
-    return 0;
-  return (m_dwSetMask[id / 32] >> (id % 32)) & 1u;
+  return id >= 0 && id < kPropertyIdCapacity && m_setFlags.test(id) ? 1 : 0;
 }
 
 int CCssStyleFormat::ConcatInner(const CCssStyleFormat* other) {
@@ -246,58 +206,16 @@ int CCssStyleFormat::ConcatInner(const CCssStyleFormat* other) {
     return 0;
   if (other == this)
     return 1;
-  for (int n = 1; n < 96; ++n) {
-    const EmPropertyNameId id = static_cast<EmPropertyNameId>(n);
-    if (!other->IsPropertySet(id))
+  // Only read here: the slot of a const format is never written through.
+  CCssStyleFormat& source = const_cast<CCssStyleFormat&>(*other);
+  int count = 0;
+  const CPropertyRow* rows = GetPropertyRows(count);
+  for (int i = 0; i < count; ++i) {
+    if (!other->IsPropertySet(rows[i].id))
       continue;
-    MarkSet(id);
-    switch (id) {
-      case emPropertyFontSize: m_numFontSize = other->m_numFontSize; break;
-      case emPropertyFontFamily: m_strFontFamily = other->m_strFontFamily; break;
-      case emPropertyFontWeight:
-        m_emFontWeight = other->m_emFontWeight;
-        m_numFontWeight = other->m_numFontWeight;
-        break;
-      case emPropertyFontStyle: m_emFontStyle = other->m_emFontStyle; break;
-      case emPropertyFontVariant: m_emFontVariant = other->m_emFontVariant; break;
-      case emPropertyLineHeight: m_numLineHeight = other->m_numLineHeight; break;
-      case emPropertyColor: m_clrColor = other->m_clrColor; break;
-      case emPropertyBackgroundColor: m_clrBackgroundColor = other->m_clrBackgroundColor; break;
-      case emPropertyBackgroundImage: m_urlBackgroundImage = other->m_urlBackgroundImage; break;
-      case emPropertyBackgroundRepeat: m_strBackgroundRepeat = other->m_strBackgroundRepeat; break;
-      case emPropertyBackgroundAttachment: m_strBackgroundAttachment = other->m_strBackgroundAttachment; break;
-      case emPropertyBackgroundPosition: m_strBackgroundPosition = other->m_strBackgroundPosition; break;
-      case emPropertyWordSpacing: m_numWordSpacing = other->m_numWordSpacing; break;
-      case emPropertyLetterSpacing: m_numLetterSpacing = other->m_numLetterSpacing; break;
-      case emPropertyTextDecoration: m_emTextDecoration = other->m_emTextDecoration; break;
-      case emPropertyVerticalAlign:
-        m_emVerticalAlign = other->m_emVerticalAlign;
-        m_numVerticalAlign = other->m_numVerticalAlign;
-        break;
-      case emPropertyTextTransform: m_emTextTransform = other->m_emTextTransform; break;
-      case emPropertyTextAlign: m_emTextAlign = other->m_emTextAlign; break;
-      case emPropertyTextIndent: m_numTextIndent = other->m_numTextIndent; break;
-      case emPropertyDisplay: m_strDisplay = other->m_strDisplay; break;
-      case emPropertyWhiteSpace: m_strWhiteSpace = other->m_strWhiteSpace; break;
-      case emPropertyListStyleType: m_emListStyleType = other->m_emListStyleType; break;
-      case emPropertyListStyleImage: m_urlListStyleImage = other->m_urlListStyleImage; break;
-      case emPropertyListStylePosition: m_emListStylePosition = other->m_emListStylePosition; break;
-      default:
-        for (int side = 0; side < emSideCount; ++side) {
-          if (id == kMarginIds[side])
-            m_numMargin[side] = other->m_numMargin[side];
-          else if (id == kPaddingIds[side])
-            m_numPadding[side] = other->m_numPadding[side];
-          else if (id == kBorderWidthIds[side])
-            m_tBorder[side].SetWidth(other->m_tBorder[side].GetWidthValue(), other->m_tBorder[side].GetWidth());
-          else if (id == kBorderColorIds[side])
-            m_tBorder[side].SetColor(other->m_tBorder[side].GetColor());
-          else if (id == kBorderStyleIds[side])
-            m_tBorder[side].SetStyle(other->m_tBorder[side].GetStyle());
-        }
-        // Shorthands carry no value of their own: their parts are marked.
-        break;
-    }
+    MarkSet(rows[i].id);
+    // A shorthand has no slot: its parts carry the value and are marked.
+    SlotOf(rows[i]).CopyFrom(source.SlotOf(rows[i]));
   }
   return 1;
 }
@@ -381,16 +299,6 @@ int CCssStyleFormat::ParseFontSize(const char* text, CSttNumber& size) {
     size.Assign(0.67f, CSttNumber::emUnitNone, CSttNumber::emSignNone);
   else
     return 0;
-  return 1;
-}
-
-int CCssStyleFormat::ParseFontWeight(const char* text) {
-  EmPropertyValue value = emValueNone;
-  CSttNumber number;
-  if (!ParsePropertyToValueAndNumber(value, number, text, ms_tFontWeightTable, ms_nFontWeightTableSize))
-    return 0;
-  m_emFontWeight = value;
-  m_numFontWeight = number;
   return 1;
 }
 
@@ -484,78 +392,100 @@ int CCssStyleFormat::ParseFontShorthand(const char* text) {
   return 1;
 }
 
-int CCssStyleFormat::ParseBoxShorthand(const char* text, CSttNumber* sides) {
-  return ReadFourSides<CSttNumber>(
-      text, [](const CString& run, CSttNumber& number) { return number.Assign(run); },
-      [sides](int side, const CSttNumber& number) { sides[side] = number; });
+// A value with every part, to read into before anything is stored.
+struct CCssStyleFormat::CValue {
+  EmPropertyValue code = emValueNone;
+  CSttNumber number;
+  CSttColor color;
+  CSttUrl url;
+  CString text;
+  CSlot Slot() { return {&code, &number, &color, &url, &text}; }
+};
+
+int CCssStyleFormat::ReadValue(const CPropertyRow& row, const char* text, const CSlot& into) {
+  switch (row.read) {
+    case EmPropertyRead::kKeyword:
+      return ParsePropertyToValue(*into.code, text, row.keywords.rows, row.keywords.bytes);
+    case EmPropertyRead::kKeywordOrNumber: {
+      EmPropertyValue code = emValueNone;
+      CSttNumber number;
+      if (!ParsePropertyToValueAndNumber(code, number, text, row.keywords.rows, row.keywords.bytes))
+        return 0;
+      *into.code = code;
+      *into.number = number;
+      return 1;
+    }
+    case EmPropertyRead::kNumber:
+      return AssignKept(*into.number, text);
+    case EmPropertyRead::kColor:
+      return AssignKept(*into.color, text);
+    case EmPropertyRead::kUrl:
+      return AssignKept(*into.url, text);
+    case EmPropertyRead::kLowerText:
+      *into.text = LowerTrimmed(text);
+      return into.text->IsEmpty() ? 0 : 1;
+    case EmPropertyRead::kText:
+      *into.text = text;
+      TrimLeftAndRight(*into.text);
+      return into.text->IsEmpty() ? 0 : 1;
+    case EmPropertyRead::kFontSize:
+      return ParseFontSize(text, *into.number);
+    default:
+      return 0;
+  }
 }
 
-int CCssStyleFormat::ParseBorderWidths(const char* text) {
-  struct Width {
-    EmPropertyValue value;
-    CSttNumber number;
-  };
-  return ReadFourSides<Width>(
-      text,
-      [this](const CString& run, Width& width) {
-        width.value = emValueNone;
-        return ParsePropertyToValueAndNumber(width.value, width.number, run, ms_tBorderWidthTable,
-                                             ms_nBorderWidthTableSize);
-      },
-      [this](int side, const Width& width) {
-        m_tBorder[side].SetWidth(width.value, width.number);
-        MarkSet(kBorderWidthIds[side]);
-      });
+// One to four values spread over the four sides. Nothing is stored unless
+// every value reads, so a bad shorthand leaves all sides as they were.
+int CCssStyleFormat::ParseFourSides(const CPropertyRow& row, const char* text) {
+  CString runs[emSideCount];
+  const int count = CutRuns(text, runs, emSideCount);
+  if (count == 0)
+    return 0;
+  const CPropertyRow* sides[emSideCount];
+  CValue values[emSideCount];
+  for (int side = 0; side < emSideCount; ++side)
+    sides[side] = FindPropertyRow(row.parts[side]);
+  for (int i = 0; i < count; ++i)
+    if (!ReadValue(*sides[i], runs[i], values[i].Slot()))
+      return 0;
+  for (int side = 0; side < emSideCount; ++side) {
+    SlotOf(*sides[side]).CopyFrom(values[SideSource(count, side)].Slot());
+    MarkSet(sides[side]->id);
+  }
+  return 1;
 }
 
-int CCssStyleFormat::ParseBorderColors(const char* text) {
-  return ReadFourSides<CSttColor>(
-      text, [](const CString& run, CSttColor& color) { return color.Assign(run); },
-      [this](int side, const CSttColor& color) {
-        m_tBorder[side].SetColor(color);
-        MarkSet(kBorderColorIds[side]);
-      });
-}
-
-int CCssStyleFormat::ParseBorderStyles(const char* text) {
-  return ReadFourSides<EmPropertyValue>(
-      text,
-      [this](const CString& run, EmPropertyValue& style) {
-        style = emValueNone;
-        return ParsePropertyToValue(style, run, ms_tBorderStyleTable, ms_nBorderStyleTableSize);
-      },
-      [this](int side, EmPropertyValue style) {
-        m_tBorder[side].SetStyle(style);
-        MarkSet(kBorderStyleIds[side]);
-      });
-}
-
-// Width, style and colour of one side, in any order. Returns a bit per part
-// read: 1 width, 2 style, 4 colour.
-int CCssStyleFormat::ParseBorderSide(const char* text, CBorder& border) {
+// Width, style and colour in any order: each run goes to the first part not
+// yet given that reads it. "border" reads one side's parts and gives them to
+// all four sides, marking the parts but not the side shorthands.
+int CCssStyleFormat::ParseBorderSides(const CPropertyRow& row, const char* text) {
+  const bool allSides = FindPropertyRow(row.parts[0])->read == EmPropertyRead::kBorderSides;
+  const CPropertyRow& reader = allSides ? *FindPropertyRow(row.parts[0]) : row;
+  constexpr int kParts = 3;
+  CValue values[kParts];
+  bool given[kParts] = {};
   const Byte* p = Begin(text);
   const Byte* end = End(text);
   CString run;
-  int parts = 0;
-  while (CssNextValueRun(p, end, kCssFlagsValue, run)) {
-    EmPropertyValue value = emValueNone;
-    CSttNumber number;
-    if (!(parts & 1) &&
-        ParsePropertyToValueAndNumber(value, number, run, ms_tBorderWidthTable, ms_nBorderWidthTableSize)) {
-      border.SetWidth(value, number);
-      parts |= 1;
-    } else if (!(parts & 2) && ParsePropertyToValue(value, run, ms_tBorderStyleTable, ms_nBorderStyleTableSize)) {
-      border.SetStyle(value);
-      parts |= 2;
-    } else if (!(parts & 4)) {
-      CSttColor color;
-      if (color.Assign(run)) {
-        border.SetColor(color);
-        parts |= 4;
+  while (CssNextValueRun(p, end, kCssFlagsValue, run))
+    for (int part = 0; part < kParts; ++part)
+      if (!given[part] && ReadValue(*FindPropertyRow(reader.parts[part]), run, values[part].Slot())) {
+        given[part] = true;
+        break;
       }
-    }
+  if (!given[0] && !given[1] && !given[2])
+    return 0;
+  for (int side = 0; side < (allSides ? emSideCount : 1); ++side) {
+    const CPropertyRow& sideRow = allSides ? *FindPropertyRow(row.parts[side]) : row;
+    for (int part = 0; part < kParts; ++part)
+      if (given[part]) {
+        const CPropertyRow& target = *FindPropertyRow(sideRow.parts[part]);
+        SlotOf(target).CopyFrom(values[part].Slot());
+        MarkSet(target.id);
+      }
   }
-  return parts;
+  return 1;
 }
 
 int CCssStyleFormat::ParseBackground(const char* text) {
@@ -616,173 +546,28 @@ int CCssStyleFormat::ParseListStyle(const char* text) {
 }
 
 int CCssStyleFormat::ParseProperty(EmPropertyNameId id, const char* value) {
-  if (id < emPropertyFont || id > emPropertyListStyle || !value)
+  const CPropertyRow* row = FindPropertyRow(id);
+  if (!row || !value)
     return 0;
   int result = 0;
-  int side = -1;
-  switch (id) {
-    case emPropertyFont:
+  switch (row->read) {
+    case EmPropertyRead::kFont:
       result = ParseFontShorthand(value);
       break;
-    case emPropertyFontSize:
-      result = ParseFontSize(value, m_numFontSize);
-      break;
-    case emPropertyFontFamily: {
-      CString family(value);
-      TrimLeftAndRight(family);
-      m_strFontFamily = family;
-      result = family.IsEmpty() ? 0 : 1;
-      break;
-    }
-    case emPropertyFontWeight:
-      result = ParseFontWeight(value);
-      break;
-    case emPropertyFontStyle:
-      result = ParsePropertyToValue(m_emFontStyle, value, ms_tFontStyleTable, ms_nFontStyleTableSize);
-      break;
-    case emPropertyFontVariant:
-      result = ParsePropertyToValue(m_emFontVariant, value, ms_tFontVariantTable, ms_nFontVariantTableSize);
-      break;
-    case emPropertyColor:
-      result = AssignKept(m_clrColor, value);
-      break;
-    case emPropertyBackgroundColor:
-      result = AssignKept(m_clrBackgroundColor, value);
-      break;
-    case emPropertyBackgroundImage:
-      result = AssignKept(m_urlBackgroundImage, value);
-      break;
-    case emPropertyBackgroundRepeat:
-      result = AssignLowerTrimmed(m_strBackgroundRepeat, value);
-      break;
-    case emPropertyBackgroundAttachment:
-      result = AssignLowerTrimmed(m_strBackgroundAttachment, value);
-      break;
-    case emPropertyBackgroundPosition:
-      result = AssignLowerTrimmed(m_strBackgroundPosition, value);
-      break;
-    case emPropertyBackground:
+    case EmPropertyRead::kBackground:
       result = ParseBackground(value);
       break;
-    case emPropertyWordSpacing:
-      result = AssignKept(m_numWordSpacing, value);
-      break;
-    case emPropertyLetterSpacing:
-      result = AssignKept(m_numLetterSpacing, value);
-      break;
-    case emPropertyTextDecoration:
-      result = ParsePropertyToValue(m_emTextDecoration, value, ms_tTextDecorationTable, ms_nTextDecorationTableSize);
-      break;
-    case emPropertyVerticalAlign:
-      result = ParsePropertyToValueAndNumber(m_emVerticalAlign, m_numVerticalAlign, value, ms_tVerticalAlignTable,
-                                             ms_nVerticalAlignTableSize);
-      break;
-    case emPropertyTextTransform:
-      result = ParsePropertyToValue(m_emTextTransform, value, ms_tTextTransformTable, ms_nTextTransformTableSize);
-      break;
-    case emPropertyTextAlign:
-      result = ParsePropertyToValue(m_emTextAlign, value, ms_tTextAlignTable, ms_nTextAlignTableSize);
-      break;
-    case emPropertyTextIndent:
-      result = AssignKept(m_numTextIndent, value);
-      break;
-    case emPropertyLineHeight:
-      result = AssignKept(m_numLineHeight, value);
-      break;
-    case emPropertyMargin:
-      result = ParseBoxShorthand(value, m_numMargin);
-      if (result)
-        for (int s = 0; s < emSideCount; ++s)
-          MarkSet(kMarginIds[s]);
-      break;
-    case emPropertyPadding:
-      result = ParseBoxShorthand(value, m_numPadding);
-      if (result)
-        for (int s = 0; s < emSideCount; ++s)
-          MarkSet(kPaddingIds[s]);
-      break;
-    case emPropertyBorderWidth:
-      result = ParseBorderWidths(value);
-      break;
-    case emPropertyBorderColor:
-      result = ParseBorderColors(value);
-      break;
-    case emPropertyBorderStyle:
-      result = ParseBorderStyles(value);
-      break;
-    case emPropertyBorderTop:
-    case emPropertyBorderRight:
-    case emPropertyBorderBottom:
-    case emPropertyBorderLeft:
-    case emPropertyBorder: {
-      CBorder border;
-      const int parts = ParseBorderSide(value, border);
-      result = parts ? 1 : 0;
-      const int first = id == emPropertyBorder ? 0 : id - emPropertyBorderTop;
-      const int last = id == emPropertyBorder ? emSideCount - 1 : first;
-      for (int s = first; s <= last && parts; ++s) {
-        if (parts & 1) {
-          m_tBorder[s].SetWidth(border.GetWidthValue(), border.GetWidth());
-          MarkSet(kBorderWidthIds[s]);
-        }
-        if (parts & 2) {
-          m_tBorder[s].SetStyle(border.GetStyle());
-          MarkSet(kBorderStyleIds[s]);
-        }
-        if (parts & 4) {
-          m_tBorder[s].SetColor(border.GetColor());
-          MarkSet(kBorderColorIds[s]);
-        }
-      }
-      break;
-    }
-    case emPropertyDisplay:
-      result = AssignLowerTrimmed(m_strDisplay, value);
-      break;
-    case emPropertyWhiteSpace:
-      result = AssignLowerTrimmed(m_strWhiteSpace, value);
-      break;
-    case emPropertyListStyleType:
-      result = ParsePropertyToValue(m_emListStyleType, value, ms_tListStyleTypeTable, ms_nListStyleTypeTableSize);
-      break;
-    case emPropertyListStyleImage:
-      result = AssignKept(m_urlListStyleImage, value);
-      break;
-    case emPropertyListStylePosition:
-      result = ParsePropertyToValue(m_emListStylePosition, value, ms_tListStylePositionTable,
-                                    ms_nListStylePositionTableSize);
-      break;
-    case emPropertyListStyle:
+    case EmPropertyRead::kListStyle:
       result = ParseListStyle(value);
       break;
+    case EmPropertyRead::kFourSides:
+      result = ParseFourSides(*row, value);
+      break;
+    case EmPropertyRead::kBorderSides:
+      result = ParseBorderSides(*row, value);
+      break;
     default:
-      for (int s = 0; s < emSideCount; ++s) {
-        if (id == kMarginIds[s] || id == kPaddingIds[s])
-          side = s;
-      }
-      if (side >= 0) {
-        CSttNumber& target = id == kMarginIds[side] ? m_numMargin[side] : m_numPadding[side];
-        result = AssignKept(target, value);
-      } else {
-        for (int s = 0; s < emSideCount; ++s) {
-          EmPropertyValue v = emValueNone;
-          CSttNumber number;
-          if (id == kBorderWidthIds[s]) {
-            result = ParsePropertyToValueAndNumber(v, number, value, ms_tBorderWidthTable, ms_nBorderWidthTableSize);
-            if (result)
-              m_tBorder[s].SetWidth(v, number);
-          } else if (id == kBorderColorIds[s]) {
-            CSttColor color;
-            result = color.Assign(value);
-            if (result)
-              m_tBorder[s].SetColor(color);
-          } else if (id == kBorderStyleIds[s]) {
-            result = ParsePropertyToValue(v, value, ms_tBorderStyleTable, ms_nBorderStyleTableSize);
-            if (result)
-              m_tBorder[s].SetStyle(v);
-          }
-        }
-      }
+      result = ReadValue(*row, value, SlotOf(*row));
       break;
   }
   if (result)

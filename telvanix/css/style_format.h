@@ -26,7 +26,12 @@
 // - padding sides, word-spacing, letter-spacing and text-indent are lengths;
 //   background-repeat, -attachment, -position, display and white-space keep
 //   their value text lower-cased. Identifiers outside 1..65 are not stored.
+// - One descriptor row per stored property (style_format_table.cpp) says
+//   where its value lives, how its text is read and which parts a shorthand
+//   has; Default, ConcatInner and ParseProperty walk those rows.
 #pragma once
+
+#include <bitset>
 
 #include "telvanix/css/property_names.h"
 #include "telvanix/css/style_values.h"
@@ -74,6 +79,7 @@ class TELVANIX_API CCssStyleFormat : public CRglObject, public CCssPropertyNames
     void SetStyle(EmPropertyValue style) { m_emStyle = style; }
 
    private:
+    friend class CCssStyleFormat;  // the property rows address the parts
     EmPropertyValue m_emWidth;
     CSttNumber m_numWidth;
     CSttColor m_clrColor;
@@ -157,20 +163,29 @@ class TELVANIX_API CCssStyleFormat : public CRglObject, public CCssPropertyNames
   EmPropertyValue GetListStylePosition() const { return m_emListStylePosition; }
 
  private:
+  struct CPropertyRow;  // style_format_table.cpp
+  struct CSlot;
+  struct CValue;
+  // The row of a stored property; null for every other identifier.
+  static const CPropertyRow* FindPropertyRow(int id);
+  // The rows in identifier order; `count` receives how many.
+  static const CPropertyRow* GetPropertyRows(int& count);
+  CSlot SlotOf(const CPropertyRow& row);
+
   int ParseFontSize(const char* text, CSttNumber& size);
-  int ParseFontWeight(const char* text);
   int ParseFontShorthand(const char* text);
-  int ParseBoxShorthand(const char* text, CSttNumber* sides);
-  int ParseBorderWidths(const char* text);
-  int ParseBorderColors(const char* text);
-  int ParseBorderStyles(const char* text);
-  int ParseBorderSide(const char* text, CBorder& border);
+  int ParseFourSides(const CPropertyRow& row, const char* text);
+  int ParseBorderSides(const CPropertyRow& row, const char* text);
   int ParseBackground(const char* text);
   int ParseListStyle(const char* text);
+  // Reads `text` as the row says into `into`; 1 when it was read.
+  int ReadValue(const CPropertyRow& row, const char* text, const CSlot& into);
   void MarkSet(EmPropertyNameId id);
 
-  // Set flags, one bit per identifier (0..95).
-  DWORD m_dwSetMask[3];
+  // Room for every identifier of EmPropertyNameId; the rows are checked
+  // against it when they are compiled.
+  static constexpr int kPropertyIdCapacity = 96;
+  std::bitset<kPropertyIdCapacity> m_setFlags;
 
   CSttNumber m_numFontSize;
   CString m_strFontFamily;

@@ -56,13 +56,55 @@ void WithWidened(const unsigned char* content, unsigned short* (*alloc)(int), vo
 
 }  // namespace
 
-// The block handling both widths share: a view of one string's fields and of
+namespace {
+
+// What differs between the two widths, apart from the conversions that
+// only one of them has.
+template <class Unit>
+struct UnitTraits;
+
+template <>
+struct UnitTraits<unsigned char> {
+  // -1 for a text too long for the length field.
+  static int Length(const unsigned char* content) { return ByteLength(content); }
+  // Appending nothing (null or 0 units) fails and leaves the string alone.
+  static constexpr bool kAppendNothingFails = true;
+};
+
+template <>
+struct UnitTraits<unsigned short> {
+  static int Length(const unsigned short* content) { return CWordString::GetWordStringLen(content); }
+  // Appending nothing succeeds and rewrites the terminator.
+  static constexpr bool kAppendNothingFails = false;
+};
+
+// Exactly `length` characters, each the low byte of its unit.
+template <class Unit>
+CString LowBytes(const Unit* content, int length) {
+  if (length == 0 || !content)
+    return CString();
+  if constexpr (sizeof(Unit) == 1)
+    return CString(reinterpret_cast<const char*>(content), length);
+  std::string text(static_cast<std::size_t>(length), '\0');
+  for (int i = 0; i < length; ++i)
+    text[static_cast<std::size_t>(i)] = static_cast<char>(content[i] & 0xFF);
+  return CString(text);
+}
+
+}  // namespace
+
+// The one body of both string classes: a view of one string's fields and of
 // its owner's AllocUnits/FreeUnits pair, through which every block passes.
+// The public classes forward to it; only the conversions between the widths
+// are their own.
 template <class Unit>
 struct detail::UnitBlock {
+  using Traits = UnitTraits<Unit>;
+
   Unit*& content;
   int& capacity;
   int& length;
+  BOOL& growByDouble;
   Unit* (*alloc)(int);
   void (*release)(Unit*);
 
@@ -95,6 +137,22 @@ struct detail::UnitBlock {
     return 1;
   }
 
+  // n = -1 counts to the zero unit; n = 0, null content or a bad count give
+  // 0 and leave the string as it was. The content may lie inside this string.
+  int Assign(const Unit* units, int n) {
+    if (n == 0 || !units || n < -1)
+      return 0;
+    if (n == -1)
+      n = Traits::Length(units);
+    int size = Rounded(n);
+    if (n < 0 || size == 0)
+      return 0;
+    Unit* block = alloc(size);
+    std::memcpy(block, units, static_cast<std::size_t>(n) * sizeof(Unit));
+    block[n] = 0;
+    return Adopt(block, size, n);
+  }
+
   int ClearContent() {
     if (content) {
       content[0] = 0;
@@ -113,8 +171,22 @@ struct detail::UnitBlock {
     otherCapacity = otherLength = 0;
   }
 
+  // A string with no block yet takes the units as Assign does, so the growth
+  // policy does not shape the first block.
+  int Append(const Unit* units, int n) {
+    if (Traits::kAppendNothingFails && (!units || n == 0 || n < -1))
+      return 0;
+    if (!content)
+      return Assign(units, n);
+    if (n == -1)
+      n = Traits::Length(units);
+    if (!units)
+      n = 0;  // nothing to read: only the terminator is rewritten
+    return Grow(units, n);
+  }
+
   // Appends n >= 0 units to a string that has a block.
-  int Append(const Unit* units, int n, BOOL growByDouble) {
+  int Grow(const Unit* units, int n) {
     if (n < 0 || static_cast<std::int64_t>(length) + n > kMaxUnits)
       return 0;
     const std::size_t kUnit = sizeof(Unit);
@@ -152,7 +224,7 @@ unsigned char* CByteString::AllocUnits(int units) {
 void CByteString::FreeUnits(unsigned char* block) { ::operator delete(static_cast<void*>(block)); }
 
 detail::UnitBlock<unsigned char> CByteString::Block() {
-  return {m_pContent, m_nCapacity, m_nLength, AllocUnits, FreeUnits};
+  return {m_pContent, m_nCapacity, m_nLength, m_bGrowByDouble, AllocUnits, FreeUnits};
 }
 
 CByteString::CByteString() : m_pContent(nullptr), m_nCapacity(0), m_nLength(0), m_bGrowByDouble(0) {}
@@ -174,21 +246,7 @@ CByteString::~CByteString() { Empty(); }
 
 int CByteString::Allocate(int n) { return Block().Allocate(n); }
 
-int CByteString::Assign(const unsigned char* content, int n) {
-  if (n == 0 || !content || n < -1)
-    return 0;
-  if (n == -1)
-    n = ByteLength(content);
-  int capacity = Rounded(n);
-  if (n < 0 || capacity == 0)
-    return 0;
-  // The new block is filled before the old one goes, so content may point
-  // into this string.
-  unsigned char* block = AllocUnits(capacity);
-  std::memcpy(block, content, static_cast<std::size_t>(n));
-  block[n] = 0;
-  return Block().Adopt(block, capacity, n);
-}
+int CByteString::Assign(const unsigned char* content, int n) { return Block().Assign(content, n); }
 
 int CByteString::Assign(const unsigned short* content, int n) {
   Empty();
@@ -222,15 +280,7 @@ int CByteString::Assign(const unsigned short* content, int n) {
   return 1;
 }
 
-int CByteString::Append(const unsigned char* content, int n) {
-  if (!content || n == 0 || n < -1)
-    return 0;
-  if (!m_pContent)
-    return Assign(content, n);
-  if (n == -1)
-    n = ByteLength(content);
-  return Block().Append(content, n, m_bGrowByDouble);
-}
+int CByteString::Append(const unsigned char* content, int n) { return Block().Append(content, n); }
 
 CByteString& CByteString::operator=(unsigned char ch) {
   Assign(&ch, 1);
@@ -381,11 +431,7 @@ int CByteString::SaveToFile(const char* path) const {
   }
 }
 
-CString CByteString::GetString() const {
-  if (m_nLength == 0 || !m_pContent)
-    return CString();
-  return CString(reinterpret_cast<const char*>(m_pContent), m_nLength);
-}
+CString CByteString::GetString() const { return LowBytes(m_pContent, m_nLength); }
 
 int CByteString::ClearContent() { return Block().ClearContent(); }
 
@@ -401,7 +447,7 @@ unsigned short* CWordString::AllocUnits(int units) {
 void CWordString::FreeUnits(unsigned short* block) { ::operator delete(static_cast<void*>(block)); }
 
 detail::UnitBlock<unsigned short> CWordString::Block() {
-  return {m_pContent, m_nCapacity, m_nLength, AllocUnits, FreeUnits};
+  return {m_pContent, m_nCapacity, m_nLength, m_bGrowByDouble, AllocUnits, FreeUnits};
 }
 
 CWordString::CWordString() : m_pContent(nullptr), m_nCapacity(0), m_nLength(0), m_bGrowByDouble(0) {}
@@ -432,19 +478,7 @@ int CWordString::GetWordStringLen(const unsigned short* content) {
 
 int CWordString::Allocate(int n) { return Block().Allocate(n); }
 
-int CWordString::Assign(const unsigned short* content, int n) {
-  if (n == 0 || !content || n < -1)
-    return 0;
-  if (n == -1)
-    n = GetWordStringLen(content);
-  int capacity = Rounded(n);
-  if (capacity == 0)
-    return 0;
-  unsigned short* block = AllocUnits(capacity);
-  std::memcpy(block, content, static_cast<std::size_t>(n) * 2);
-  block[n] = 0;
-  return Block().Adopt(block, capacity, n);
-}
+int CWordString::Assign(const unsigned short* content, int n) { return Block().Assign(content, n); }
 
 int CWordString::Assign(const unsigned char* content, int n) {
   if (n == 0 || !content || n < -1)
@@ -461,15 +495,7 @@ int CWordString::Assign(const unsigned char* content, int n) {
   return Block().Adopt(block, capacity, n);
 }
 
-int CWordString::Append(const unsigned short* content, int n) {
-  if (!m_pContent)
-    return Assign(content, n);
-  if (n == -1)
-    n = GetWordStringLen(content);
-  if (!content)
-    n = 0;  // nothing to read: only the terminator is rewritten
-  return Block().Append(content, n, m_bGrowByDouble);
-}
+int CWordString::Append(const unsigned short* content, int n) { return Block().Append(content, n); }
 
 CWordString& CWordString::operator=(unsigned short ch) {
   Assign(&ch, 1);
@@ -528,14 +554,7 @@ CWordString& CWordString::operator+=(const CWordString& other) {
   return *this;
 }
 
-CString CWordString::GetString() const {
-  if (m_nLength == 0 || !m_pContent)
-    return CString();
-  std::string text(static_cast<std::size_t>(m_nLength), '\0');
-  for (int i = 0; i < m_nLength; ++i)
-    text[static_cast<std::size_t>(i)] = static_cast<char>(m_pContent[i] & 0xFF);
-  return CString(text);
-}
+CString CWordString::GetString() const { return LowBytes(m_pContent, m_nLength); }
 
 int CWordString::ClearContent() { return Block().ClearContent(); }
 

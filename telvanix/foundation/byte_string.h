@@ -18,7 +18,8 @@ namespace telvanix {
 TELVANIX_API int GetRecommendedStringCapacity(int n);
 
 namespace detail {
-// Block handling shared by both widths; defined beside the strings' code.
+// The one body both widths share (assigning, appending, growing, emptying);
+// the public classes forward to it and keep only their conversions.
 template <class Unit>
 struct UnitBlock;
 }  // namespace detail

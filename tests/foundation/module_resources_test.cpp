@@ -79,23 +79,6 @@ TEST(LoadBinaryResource, NamesAndFailures) {
   EXPECT_EQ(LoadBinaryResource(nullptr, MAKEINTRESOURCE(4001), nullptr), 0);
 }
 
-TEST(LoadStringResource, Texts) {
-  const struct { UINT id; const char* text; } cases[] = {
-      {3000, "Letter"}, {3001, "Arial"}, {3017, "QZTXDHTM.css"},
-      {3003, " CITE.expandspot { font-style : normal;\n\t\tcolor : green;\n\t\tcursor: hand;}\n"},
-      {3014, " .mvd-DFN-glosscollapsed { font-style : italic;\n\t\tfont-weight : normal;\n\t\tdisplay : 'none';"
-             "\n\t\tcolor : blue;}\n"},
-      {3018, "The following file needs to be writable:\n\n\"\"%s\"\"\n\nWould you like to make this file writable?"},
-      {3019, "Unable to make the file\n\n\"\"%s\"\"\n\nwritable."},
-      {3020, "The \"Special Effects\" component is not\nproperly installed.  Please reinstall and try again."},
-  };
-  for (const auto& c : cases) {
-    CString s;
-    EXPECT_EQ(LoadStringResource(&s, c.id, c.id == 3001 ? "telvanix.dll" : nullptr), 1) << c.id;
-    EXPECT_EQ(s, c.text) << c.id;
-  }
-}
-
 TEST(LoadStringResource, EveryIdBelowThe255Limit) {
   for (UINT id = 3000; id <= 3020; ++id) {
     CString s;

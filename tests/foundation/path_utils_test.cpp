@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "golden_cases.h"
 #include "test_util.h"
 
 using namespace telvanix;
@@ -30,11 +32,42 @@ std::string Split(const char* path) {
 
 }  // namespace
 
-TEST(SplitPath, Parts) {
-  EXPECT_EQ(Split("C:\\a\\b\\x.tar.gz"), "C:|\\a\\b\\|x.tar|.gz");
-  EXPECT_EQ(Split("dir.d/page"), "|dir.d/|page|");
-  EXPECT_EQ(Split(".hidden"), "|||.hidden");
-  EXPECT_EQ(Split(""), "|||");
+// Each line of a case is "OPERATION|ARGUMENT|ARGUMENT": split (path parts),
+// url (address and bookmark), topic (path parts and bookmark), full (the
+// normalised full name against a base) or relative (the first path
+// relative to the second); each line is printed with its result.
+std::string DescribePaths(const std::string&, const std::string& input) {
+  std::ostringstream out;
+  std::istringstream lines(input);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.empty() || line[0] == '#')
+      continue;
+    const size_t bar = line.find('|');
+    const std::string op = line.substr(0, bar), a = line.substr(bar + 1);
+    const size_t bar2 = a.find('|');
+    const std::string first = a.substr(0, bar2), second = bar2 == std::string::npos ? "" : a.substr(bar2 + 1);
+    char drive[kMaxDrive], dir[kMaxDir], name[kMaxFname], ext[kMaxExt], bookmark[kMaxBookmark];
+    out << line << "\n  -> ";
+    if (op == "split") {
+      out << Split(first.c_str());
+    } else if (op == "url") {
+      out << SplitUrlAndBookMark(first.c_str(), dir, bookmark) << " " << dir << "|" << bookmark;
+    } else if (op == "topic") {
+      out << SplitPathAndBookMark(first.c_str(), drive, dir, name, ext, bookmark) << " " << drive << "|" << dir << "|"
+          << name << "|" << ext << "|" << bookmark;
+    } else if (op == "full") {
+      out << GetNormalizedFullPathName(first.c_str(), second.c_str());
+    } else if (op == "relative") {
+      out << GetRelativePathNameByFilePathNames(first.c_str(), second.c_str());
+    }
+    out << "\n";
+  }
+  return out.str();
+}
+
+TEST(PathUtils, GoldenPaths) { test::RunGoldenCases("paths", ".paths", DescribePaths, 1); }
+
+TEST(SplitPath, NullAndSomeOutputs) {
   EXPECT_EQ(Split(nullptr), "|||");
   char ext[kMaxExt];
   SplitPath("a\\b.c", nullptr, nullptr, nullptr, ext);
@@ -77,48 +110,23 @@ TEST(ChangeSlashInPath, BothWays) {
   EXPECT_STREQ(dbcs, "\x95\x5C/z");
 }
 
-TEST(SplitUrlAndBookMark, Cases) {
+TEST(SplitUrlAndBookMark, NullAndLong) {
   char address[kMaxBookmark], bookmark[kMaxBookmark];
-  auto split = [&](const char* url) {
-    EXPECT_EQ(SplitUrlAndBookMark(url, address, bookmark), 1) << url;
-    return std::string(address) + "|" + bookmark;
-  };
-  EXPECT_EQ(split("page.htm#top#x"), "page.htm|#top#x");
-  EXPECT_EQ(split("page.htm"), "page.htm|");
   EXPECT_EQ(SplitUrlAndBookMark("#only", address, nullptr), 1);
   EXPECT_STREQ(address, "");
   EXPECT_EQ(SplitUrlAndBookMark(nullptr, address, bookmark), 0);
   const std::string longUrl = std::string(400, 'u') + "#" + std::string(400, 'b');
-  EXPECT_EQ(split(longUrl.c_str()), std::string(kMaxBookmark - 1, 'u') + "|#" + std::string(kMaxBookmark - 2, 'b'));
+  EXPECT_EQ(SplitUrlAndBookMark(longUrl.c_str(), address, bookmark), 1);
+  EXPECT_EQ(std::string(address) + "|" + bookmark,
+            std::string(kMaxBookmark - 1, 'u') + "|#" + std::string(kMaxBookmark - 2, 'b'));
 }
 
-TEST(SplitPathAndBookMark, OnlyTopicsHaveBookmarks) {
+TEST(SplitPathAndBookMark, NullAndSomeOutputs) {
   char drive[kMaxDrive], folder[kMaxDir], name[kMaxFname], ext[kMaxExt], bookmark[kMaxBookmark];
-  auto split = [&](const char* path) {
-    EXPECT_EQ(SplitPathAndBookMark(path, drive, folder, name, ext, bookmark), 1) << path;
-    return std::string(drive) + "|" + folder + "|" + name + "|" + ext + "|" + bookmark;
-  };
-  EXPECT_EQ(split("dir\\page.htm#top"), "|dir\\|page|.htm|#top");
-  EXPECT_EQ(split("C:/d/Page.HTML#b"), "C:|/d/|Page|.HTML|#b");
-  EXPECT_EQ(split("pic.gif#x"), "||pic|.gif#x|");
   EXPECT_EQ(SplitPathAndBookMark("a.b#c.d", nullptr, nullptr, name, ext, nullptr), 1);
   EXPECT_STREQ(name, "a.b#c");
   EXPECT_STREQ(ext, ".d");
   EXPECT_EQ(SplitPathAndBookMark(nullptr, drive, folder, name, ext, bookmark), 0);
-}
-
-TEST(GetNormalizedFullPathName, AgainstABase) {
-  EXPECT_EQ(GetNormalizedFullPathName("x.gif", "C:\\a\\b\\t.htm"), "C:\\a\\b\\x.gif");
-  EXPECT_EQ(GetNormalizedFullPathName("..\\img\\x.gif", "C:\\a\\b\\t.htm"), "C:\\a\\img\\x.gif");
-  EXPECT_EQ(GetNormalizedFullPathName("../img/./x.gif", "C:\\a\\b\\t.htm"), "C:\\a\\img\\x.gif");
-  EXPECT_EQ(GetNormalizedFullPathName("../img/./x.gif", "/home/u/p/t.htm"), "/home/u/img/x.gif");
-  EXPECT_EQ(GetNormalizedFullPathName("..\\..\\..\\..\\x", "C:\\a\\t.htm"), "C:\\x");
-  EXPECT_EQ(GetNormalizedFullPathName("sub//y.htm", "/p/t.htm"), "/p/sub/y.htm");
-  // Rooted names ignore the base.
-  EXPECT_EQ(GetNormalizedFullPathName("/abs/x.htm", "C:\\a\\t.htm"), "/abs/x.htm");
-  EXPECT_EQ(GetNormalizedFullPathName("D:\\q\\..\\r.htm", "C:\\a\\t.htm"), "D:\\r.htm");
-  EXPECT_EQ(GetNormalizedFullPathName("C:/a/b/../c/", nullptr), "C:\\a\\c\\");
-  EXPECT_EQ(GetNormalizedFullPathName("\\\\srv\\share\\..\\..\\x", nullptr), "\\\\srv\\share\\x");
 }
 
 TEST(GetNormalizedFullPathName, WithoutBaseUsesTheCurrentFolder) {
@@ -132,6 +140,7 @@ TEST(GetNormalizedFullPathName, WithoutBaseUsesTheCurrentFolder) {
 }
 
 TEST(GetNormalizedFullPathName, NullAndOverLong) {
+  EXPECT_EQ(GetNormalizedFullPathName("C:/a/b/../c/", nullptr), "C:\\a\\c\\");
   EXPECT_TRUE(GetNormalizedFullPathName(nullptr, "C:\\a\\t.htm").IsEmpty());
   const std::string fits = "C:\\" + std::string(kMaxPath - 4, 'a');  // 259 characters
   EXPECT_EQ(GetNormalizedFullPathName(fits.c_str(), nullptr), fits.c_str());
@@ -141,17 +150,7 @@ TEST(GetNormalizedFullPathName, NullAndOverLong) {
   EXPECT_EQ(GetNormalizedFullPathName(shrinking.c_str(), nullptr), "C:\\b");
 }
 
-TEST(GetRelativePathNameByFilePathNames, Cases) {
-  EXPECT_EQ(GetRelativePathNameByFilePathNames("C:\\a\\b\\img\\x.gif", "C:\\a\\b\\topics\\t.htm"), "..\\img\\x.gif");
-  EXPECT_EQ(GetRelativePathNameByFilePathNames("D:\\a\\b\\img\\x.gif", "C:\\a\\b\\topics\\t.htm"),
-            "D:\\a\\b\\img\\x.gif");
-  EXPECT_EQ(GetRelativePathNameByFilePathNames("c:\\A\\B\\img\\x.gif", "C:\\a\\b\\topics\\t.htm"), "..\\img\\x.gif");
-  EXPECT_EQ(GetRelativePathNameByFilePathNames("C:\\a\\x.gif", "C:\\a\\t.htm"), "x.gif");
-  EXPECT_EQ(GetRelativePathNameByFilePathNames("C:\\a\\sub\\x.gif", "C:\\a\\t.htm"), "sub\\x.gif");
-  EXPECT_EQ(GetRelativePathNameByFilePathNames("/a/b/img/x.gif", "/a/b/topics/sub/t.htm"), "../../img/x.gif");
-  // The ".." takes the separator the base folder uses at that place.
-  EXPECT_EQ(GetRelativePathNameByFilePathNames("C:\\a\\x.gif", "C:\\a\\t1/t2\\t.htm"), "../..\\x.gif");
-  EXPECT_EQ(GetRelativePathNameByFilePathNames("x.gif", "C:\\a\\t.htm"), "x.gif");
+TEST(GetRelativePathNameByFilePathNames, Null) {
   EXPECT_TRUE(GetRelativePathNameByFilePathNames(nullptr, "C:\\a\\t.htm").IsEmpty());
   EXPECT_EQ(GetRelativePathNameByFilePathNames("C:\\x.gif", nullptr), "C:\\x.gif");
 }
