@@ -406,6 +406,8 @@ int CCssStyleFormat::ReadValue(const CPropertyRow& row, const char* text, const 
   switch (row.read) {
     case EmPropertyRead::kKeyword:
       return ParsePropertyToValue(*into.code, text, row.keywords.rows, row.keywords.bytes);
+    case EmPropertyRead::kKeywordKeepsNumber:
+      return ParsePropertyToValueAndNumber(*into.code, *into.number, text, row.keywords.rows, row.keywords.bytes);
     case EmPropertyRead::kKeywordOrNumber: {
       EmPropertyValue code = emValueNone;
       CSttNumber number;

@@ -80,7 +80,7 @@ const F::CPropertyRow* F::GetPropertyRows(int& count) {
     {emPropertyWordSpacing, R::kNumber, S::At<&F::m_numWordSpacing>, kNone, {}},
     {emPropertyLetterSpacing, R::kNumber, S::At<&F::m_numLetterSpacing>, kNone, {}},
     {emPropertyTextDecoration, R::kKeyword, S::At<&F::m_emTextDecoration>, Table(ms_tTextDecorationTable), {}},
-    {emPropertyVerticalAlign, R::kKeywordOrNumber, S::AtPair<&F::m_emVerticalAlign, &F::m_numVerticalAlign>,
+    {emPropertyVerticalAlign, R::kKeywordKeepsNumber, S::AtPair<&F::m_emVerticalAlign, &F::m_numVerticalAlign>,
      Table(ms_tVerticalAlignTable), {}},
     {emPropertyTextTransform, R::kKeyword, S::At<&F::m_emTextTransform>, Table(ms_tTextTransformTable), {}},
     {emPropertyTextAlign, R::kKeyword, S::At<&F::m_emTextAlign>, Table(ms_tTextAlignTable), {}},

@@ -12,6 +12,7 @@ namespace telvanix {
 enum class EmPropertyRead : unsigned char {
   kKeyword,          // first word, looked up in the row's keyword table
   kKeywordOrNumber,  // a keyword, else a number (code emValueNumber); a keyword clears the number
+  kKeywordKeepsNumber,  // as kKeywordOrNumber, but a keyword leaves the number as it was
   kNumber,           // CSttNumber::Assign; a rejected text keeps the earlier value
   kColor,            // CSttColor::Assign, likewise
   kUrl,              // CSttUrl::Assign, likewise
@@ -70,7 +71,7 @@ struct CCssStyleFormat::CPropertyRow {
   // The value's place in a format; null for a shorthand, whose parts hold
   // its value.
   CSlot (*place)(CCssStyleFormat&);
-  CssKeywordTable keywords;  // with kKeyword, kKeywordOrNumber and kFontSize
+  CssKeywordTable keywords;  // with kKeyword, the two keyword-or-number kinds and kFontSize
   // Shorthand parts: the four sides (kFourSides), the width, style and
   // colour of a side (kBorderSides; "border" names the four side
   // shorthands), what the font, background and list-style readers set;
