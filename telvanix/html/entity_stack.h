@@ -1,7 +1,9 @@
-// The stack of open elements that the tag-matching pass and the tree builder
-// keep while they walk a token list. It is a fixed array that lives on the
-// call stack of one pass: pushing never allocates, and nesting deeper than the
-// array simply stops growing instead of writing past it.
+// The stack of open elements that the tag-matching passes and the tree builder
+// keep while they walk a token list. It is a fixed array (128 KiB), so
+// pushing never allocates, and nesting deeper than the array simply stops
+// growing instead of writing past it. Ownership: a pass holds its own stack by
+// value on its call stack, as a local or as a member of the pass's object
+// (the tag pairing holds one); none is made with new or kept past its pass.
 #pragma once
 
 #include "telvanix/platform/export.h"

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "telvanix/html/tag_item.h"
+#include "telvanix/html/tag_pairing.h"
 #include "telvanix/html/token_item.h"
 #include "telvanix/html/token_list.h"
 
@@ -21,9 +22,6 @@ constexpr int kIns = 0x22000, kDel = 0x22010;
 using Flag = CHtmlTokenItem::EmTokenFlag;
 constexpr Flag kDiscarded = CHtmlTokenItem::emTokenDiscarded;
 constexpr Flag kPairedUnknown = CHtmlTokenItem::emTokenPairedUnknown;
-constexpr Flag kStrayEnd = CHtmlTokenItem::emTokenStrayEndTag;
-constexpr Flag kUnclosed = CHtmlTokenItem::emTokenUnclosed;
-constexpr Flag kPaired = CHtmlTokenItem::emTokenPaired;
 constexpr Flag kRecovered = CHtmlTokenItem::emTokenRecoveryInserted;
 constexpr Flag kOutside = CHtmlTokenItem::emTokenOutsideHtml;
 constexpr Flag kMisplaced = CHtmlTokenItem::emTokenMisplaced;
@@ -218,42 +216,114 @@ const CHtmlEntityTree::OutlineRecord* CHtmlEntityTree::GetOutlineRecord(int nRec
 
 // ---- tag matching ----
 
-int CHtmlEntityTree::CheckMatchTags(int nFlags) {
-  if (m_pTokenList == nullptr) return 1;
-  CHtmlTokenList& list = *m_pTokenList;
-  CHtmlTokenList::CTokenItemList& items = list.GetTokenItemList();
-  CHtmlEntityStack stack(0);
-  m_nMismatchCount = 0;
+namespace {
 
-  // What lies before the first HTML start tag or after the last HTML end tag
-  // is discarded by the outline repair, so it must leave no trace here: else
-  // the repair leans on tokens it then drops (a BODY after "</HTML>" kept
-  // BODY from being inserted; an unknown tag inside was made a container by
-  // its end tag outside), and the saved page needs repairing again. At the
-  // first HTML start tag the records restart and what was open is
-  // forgotten; at the end, everything is taken back to how it stood at the
-  // last HTML end tag.
-  const bool bHtml = (nFlags & emBuildHtml) != 0;
-  bool bHtmlEndSeen = false;
-  bool bAfterHtmlEnd = false;  // a token came after the last HTML end tag
-  OutlineRecord atHtmlEnd[emOutlineRecordCount];
-  std::vector<EntityStackItem> openAtHtmlEnd;
-  int nMismatchAtHtmlEnd = 0, bHasTextAtHtmlEnd = 0;
+// What lies before the first HTML start tag or after the last HTML end tag is
+// discarded by the outline repair, so it must leave no trace in the matching:
+// else the repair leans on tokens it then drops (a BODY after "</HTML>" kept
+// BODY from being inserted; an unknown tag inside was made a container by its
+// end tag outside), and the saved page needs repairing again. The journal
+// keeps how the pass stood at the last HTML end tag and every tag change
+// since, so that the end of the pass can take back what came after it.
+class CMatchJournal {
+ public:
+  using OutlineRecord = CHtmlEntityTree::OutlineRecord;
+  static constexpr int kRecords = CHtmlEntityTree::emOutlineRecordCount;
+
+  explicit CMatchJournal(int& nMismatchCount) : m_nMismatchCount(nMismatchCount) {}
+
+  // Pairing events: a change is recorded only once there is something to
+  // take it back to.
+  void WillChange(CHtmlTagItem* pTag) {
+    if (m_bSnapshot) m_Changes.push_back({pTag, pTag->GetTokenFlag(), pTag->GetTagIndex()});
+  }
+  void Mismatch() { ++m_nMismatchCount; }
+
+  // A token that the pass does not pass over.
+  void NoteToken() { m_bTokenAfter = m_bSnapshot; }
+
+  // The first HTML start tag: what came before is forgotten.
+  void Restart() {
+    m_bSnapshot = m_bTokenAfter = false;
+    m_Changes.clear();
+  }
+
+  // At an HTML end tag, once it is paired.
+  void Snapshot(const OutlineRecord* pRecords, CHtmlEntityStack& stack, int bHasText) {
+    std::copy(pRecords, pRecords + kRecords, m_Records);
+    m_Open.clear();
+    for (int nLevel = 1; nLevel <= stack.GetStackLevel(); ++nLevel) m_Open.push_back(*stack.GetEntityStackItem(nLevel));
+    m_nMismatchAtSnapshot = m_nMismatchCount;
+    m_bHasText = bHasText;
+    m_Changes.clear();
+    m_bSnapshot = true;
+    m_bTokenAfter = false;
+  }
+
+  // At the end of the pass: the records of HEAD onwards as they stood at the
+  // last HTML end tag (the HTML record keeps its last end tag), and, when
+  // tokens followed that end tag, the tags, the open elements, the count and
+  // the text mark as well.
+  void RollBack(OutlineRecord* pRecords, CHtmlEntityStack& stack, int& bHasText) {
+    if (!m_bSnapshot) return;
+    std::copy(m_Records + CHtmlEntityTree::emOutlineHead, m_Records + kRecords,
+              pRecords + CHtmlEntityTree::emOutlineHead);
+    if (!m_bTokenAfter) return;
+    // Latest first, so that a tag changed twice ends as it was first found.
+    for (auto it = m_Changes.rbegin(); it != m_Changes.rend(); ++it) {
+      it->pTag->ResetTokenFlag(static_cast<CHtmlTokenItem::EmTokenFlag>(it->pTag->GetTokenFlag() & ~it->dwFlags));
+      it->pTag->ChangeUnknownTagIndex(it->nIndex);
+    }
+    stack.BackStackLevel(0);
+    for (const EntityStackItem& item : m_Open) stack.Push(item.m_pTag, item.m_Position);
+    m_nMismatchCount = m_nMismatchAtSnapshot;
+    bHasText = m_bHasText;
+  }
+
+ private:
   struct TagState {
     CHtmlTagItem* pTag;
     DWORD dwFlags;
     int nIndex;
   };
-  std::vector<TagState> changedAfterHtmlEnd;
-  auto willChange = [&](CHtmlTagItem* pTag) {
-    if (bHtmlEndSeen) changedAfterHtmlEnd.push_back({pTag, pTag->GetTokenFlag(), pTag->GetTagIndex()});
-  };
+  int& m_nMismatchCount;
+  bool m_bSnapshot = false;    // an HTML end tag was met
+  bool m_bTokenAfter = false;  // a token came after the last one
+  OutlineRecord m_Records[kRecords];
+  std::vector<EntityStackItem> m_Open;
+  int m_nMismatchAtSnapshot = 0;
+  int m_bHasText = 0;
+  std::vector<TagState> m_Changes;
+};
+
+// With an HTML element present, text at the very start or end of the list
+// lies outside it.
+void DiscardTextOutsideHtml(CHtmlTokenList& list) {
+  for (CHtmlTokenItem* pToken : {list.GetTokenItem(list.GetHeadPosition()), list.GetTokenItem(list.GetTailPosition())}) {
+    if (pToken != nullptr && pToken->IsTextToken()) {
+      pToken->SetTokenFlag(kDiscarded);
+      pToken->SetTokenFlag(kOutside);
+    }
+  }
+}
+
+}  // namespace
+
+int CHtmlEntityTree::CheckMatchTags(int nFlags) {
+  if (m_pTokenList == nullptr) return 1;
+  CHtmlTokenList& list = *m_pTokenList;
+  CHtmlTokenList::CTokenItemList& items = list.GetTokenItemList();
+  m_nMismatchCount = 0;
+  CMatchJournal journal(m_nMismatchCount);
+  using CPairing = CTagPairing<CMatchJournal>;
+  CPairing pairing(journal, CPairing::emPassedUnknownStops, CPairing::emOpenUnknownEmpty);
+  const bool bHtml = (nFlags & emBuildHtml) != 0;
 
   for (POSITION pos = items.GetHeadPosition(); pos != nullptr;) {
     POSITION posToken = pos;
     CHtmlTokenItem* pToken = items.GetNext(pos);
     if (pToken == nullptr || pToken->IsDiscardedToken()) continue;
-    bAfterHtmlEnd = bHtmlEndSeen;
+    journal.NoteToken();
     if (pToken->IsTextToken()) {
       m_bHasText = 1;
       continue;
@@ -265,124 +335,22 @@ int CHtmlEntityTree::CheckMatchTags(int nFlags) {
       if (pTag->GetTagId() == kHtml && m_OutlineRecords[emOutlineHtml].m_posFirst == nullptr) {
         // An HTML end tag before it is as much outside as the rest.
         for (OutlineRecord& rec : m_OutlineRecords) rec = OutlineRecord{nullptr, nullptr, 0, 0};
-        stack.BackStackLevel(0);
-        bHtmlEndSeen = bAfterHtmlEnd = false;
-        changedAfterHtmlEnd.clear();
+        pairing.Forget();
+        journal.Restart();
       }
       CollectHtmlMatchInfo(pTag, posToken);
     } else if (nFlags & emBuildXml) {
       CollectXmlMatchInfo(pTag, posToken);
     }
 
-    if (!pTag->IsEndTag()) {
-      if (Row(pTag).m_nCntType != 0 || pTag->IsUnknownTag()) stack.Push(pTag, posToken);
-      continue;
-    }
-
-    if (stack.GetStackLevel() < 1) {
-      ++m_nMismatchCount;
-      willChange(pTag);
-      pTag->SetTokenFlag(kStrayEnd);
-    } else {
-      const int nBaseId = pTag->GetTagId() & ~kEndBit;
-      bool bMatched = false;
-      for (int nLevel = stack.GetStackLevel(); nLevel >= 1; --nLevel) {
-        EntityStackItem* pItem = stack.GetEntityStackItem(nLevel);
-        CHtmlTagItem* pOpen = pItem->m_pTag;
-        if (pOpen == nullptr) break;
-        if (pItem->m_nTagId == nBaseId) {
-          willChange(pOpen);
-          willChange(pTag);
-          if (pTag->IsUnknownTag()) {
-            pOpen->ChangeUnknownTagIndex(4);
-            pTag->ChangeUnknownTagIndex(4);
-            pOpen->SetTokenFlag(kPairedUnknown);
-            pTag->SetTokenFlag(kPairedUnknown);
-          }
-          pOpen->SetTokenFlag(kPaired);
-          pTag->SetTokenFlag(kPaired);
-          stack.BackStackLevel(nLevel - 1);
-          bMatched = true;
-          break;
-        }
-        // An unknown tag passed over by another end tag is taken as empty, and
-        // the walk ends there: the end tag counts as unmatched even when its
-        // start tag is open further down.
-        if (pOpen->IsUnknownTag()) {
-          willChange(pOpen);
-          pOpen->ChangeUnknownTagIndex(2);
-          break;
-        }
-        if (Row(pOpen).m_nCntType == 0) {
-          willChange(pTag);
-          pTag->SetTokenFlag(kStrayEnd);
-        } else if (Row(pOpen).m_nOcrType == 2) {
-          willChange(pOpen);
-          pOpen->SetTokenFlag(kUnclosed);
-          ++m_nMismatchCount;
-        } else if (Row(pOpen).m_nOcrType == 1) {
-          willChange(pOpen);
-          pOpen->SetTokenFlag(kUnclosed);
-        }
-      }
-      if (!bMatched) {
-        ++m_nMismatchCount;
-        willChange(pTag);
-        pTag->SetTokenFlag(kStrayEnd);
-      }
-    }
-
-    if (bHtml && pTag->GetTagId() == (kHtml | kEndBit)) {
-      std::copy(m_OutlineRecords, m_OutlineRecords + emOutlineRecordCount, atHtmlEnd);
-      openAtHtmlEnd.clear();
-      for (int nLevel = 1; nLevel <= stack.GetStackLevel(); ++nLevel)
-        openAtHtmlEnd.push_back(*stack.GetEntityStackItem(nLevel));
-      nMismatchAtHtmlEnd = m_nMismatchCount;
-      bHasTextAtHtmlEnd = m_bHasText;
-      changedAfterHtmlEnd.clear();
-      bHtmlEndSeen = true;
-      bAfterHtmlEnd = false;
-    }
+    pairing.Take(pTag, posToken);
+    if (bHtml && pTag->GetTagId() == (kHtml | kEndBit)) journal.Snapshot(m_OutlineRecords, pairing.Stack(), m_bHasText);
   }
 
-  if (bHtmlEndSeen) {
-    std::copy(atHtmlEnd + emOutlineHead, atHtmlEnd + emOutlineRecordCount, m_OutlineRecords + emOutlineHead);
-    if (bAfterHtmlEnd) {
-      for (auto it = changedAfterHtmlEnd.rbegin(); it != changedAfterHtmlEnd.rend(); ++it) {
-        it->pTag->ResetTokenFlag(static_cast<CHtmlTokenItem::EmTokenFlag>(it->pTag->GetTokenFlag() & ~it->dwFlags));
-        it->pTag->ChangeUnknownTagIndex(it->nIndex);
-      }
-      stack.BackStackLevel(0);
-      for (const EntityStackItem& item : openAtHtmlEnd) stack.Push(item.m_pTag, item.m_Position);
-      m_nMismatchCount = nMismatchAtHtmlEnd;
-      m_bHasText = bHasTextAtHtmlEnd;
-    }
-  }
-
-  while (stack.GetStackLevel() > 0) {
-    CHtmlTagItem* pOpen = stack.GetTop()->m_pTag;
-    if (pOpen != nullptr) {
-      if (pOpen->IsUnknownTag())
-        pOpen->ChangeUnknownTagIndex(2);
-      else if (Row(pOpen).m_nCntType != 0)
-        pOpen->SetTokenFlag(kUnclosed);
-    }
-    stack.Pop();
-  }
-
+  journal.RollBack(m_OutlineRecords, pairing.Stack(), m_bHasText);
+  pairing.CloseRest();
   const OutlineRecord& html = m_OutlineRecords[emOutlineHtml];
-  if (html.m_posFirst != nullptr && html.m_posLast != nullptr) {
-    CHtmlTokenItem* pFirst = list.GetTokenItem(list.GetHeadPosition());
-    CHtmlTokenItem* pLast = list.GetTokenItem(list.GetTailPosition());
-    if (pFirst != nullptr && pFirst->IsTextToken()) {
-      pFirst->SetTokenFlag(kDiscarded);
-      pFirst->SetTokenFlag(kOutside);
-    }
-    if (pLast != nullptr && pLast->IsTextToken()) {
-      pLast->SetTokenFlag(kDiscarded);
-      pLast->SetTokenFlag(kOutside);
-    }
-  }
+  if (html.m_posFirst != nullptr && html.m_posLast != nullptr) DiscardTextOutsideHtml(list);
   return m_nMismatchCount != 0 ? 1 : 0;
 }
 

@@ -4,9 +4,9 @@
 #include <exception>
 #include <strings.h>
 
-#include "telvanix/html/entity_stack.h"
 #include "telvanix/html/entity_tree.h"
 #include "telvanix/html/markup_scan.h"
+#include "telvanix/html/tag_pairing.h"
 
 namespace telvanix {
 
@@ -447,64 +447,15 @@ int CHtmlTokenList::InsertTokenList(POSITION pos, CHtmlTokenList* pOther, int bB
 // ---- Tag pairing ----
 
 int CHtmlTokenList::MarkTags() {
-  CHtmlEntityStack* stack = new CHtmlEntityStack(0);  // 128 KiB: off the call stack
+  TagPairingEvents events;
+  CTagPairing<> pairing(events, CTagPairing<>::emPassedUnknownWalkOn, CTagPairing<>::emOpenUnknownByXmlType);
   for (POSITION pos = m_TokenList.GetHeadPosition(); pos;) {
     POSITION here = pos;
     CHtmlTokenItem* token = m_TokenList.GetNext(pos);
-    if (!token || token->IsDiscardedToken() || !token->IsTagToken())
-      continue;
-    CHtmlTagItem* tag = static_cast<CHtmlTagItem*>(token);
-    if (!tag->IsEndTag()) {
-      if (tag->GetCntType() != 0 || tag->IsUnknownTag())
-        stack->Push(tag, here);
-      continue;
-    }
-    if (stack->GetStackLevel() < 1) {
-      tag->SetTokenFlag(CHtmlTokenItem::emTokenStrayEndTag);
-      continue;
-    }
-    int wanted = tag->GetTagId() & ~static_cast<int>(CHtmlTagItem::emTagIdEndBit);
-    bool found = false;
-    for (int level = stack->GetStackLevel(); level >= 1; --level) {
-      EntityStackItem* item = stack->GetEntityStackItem(level);
-      CHtmlTagItem* open = item ? item->m_pTag : nullptr;
-      if (!open)
-        break;
-      if (open->GetTagId() == wanted) {
-        if (open->IsUnknownTag()) {
-          open->ChangeUnknownTagIndex(CHtmlTagItem::emUnknownContainerTagIndex);
-          tag->ChangeUnknownTagIndex(CHtmlTagItem::emUnknownContainerTagIndex);
-          open->SetTokenFlag(CHtmlTokenItem::emTokenPairedUnknown);
-          tag->SetTokenFlag(CHtmlTokenItem::emTokenPairedUnknown);
-        }
-        open->SetTokenFlag(CHtmlTokenItem::emTokenPaired);
-        tag->SetTokenFlag(CHtmlTokenItem::emTokenPaired);
-        stack->BackStackLevel(level - 1);
-        found = true;
-        break;
-      }
-      if (open->IsUnknownTag())
-        open->ChangeUnknownTagIndex(CHtmlTagItem::emUnknownEmptyTagIndex);
-      else if (open->GetCntType() == 0)
-        tag->SetTokenFlag(CHtmlTokenItem::emTokenStrayEndTag);
-      else if (open->GetOcrType() == 1 || open->GetOcrType() == 2)
-        open->SetTokenFlag(CHtmlTokenItem::emTokenUnclosed);
-    }
-    if (!found)
-      tag->SetTokenFlag(CHtmlTokenItem::emTokenStrayEndTag);
+    if (token && !token->IsDiscardedToken() && token->IsTagToken())
+      pairing.Take(static_cast<CHtmlTagItem*>(token), here);
   }
-  while (stack->GetStackLevel() > 0) {
-    CHtmlTagItem* open = stack->GetTop()->m_pTag;
-    if (open) {
-      if (open->IsUnknownTag())
-        open->ChangeUnknownTagIndex(open->GetXmlType() == 7 ? CHtmlTagItem::emUnknownXmlPiTagIndex
-                                                            : CHtmlTagItem::emUnknownEmptyTagIndex);
-      else if (open->GetCntType() != 0)
-        open->SetTokenFlag(CHtmlTokenItem::emTokenUnclosed);
-    }
-    stack->Pop();
-  }
-  delete stack;
+  pairing.CloseRest();
   return 1;
 }
 
