@@ -1,16 +1,16 @@
 // The document pack: source modes, parse levels and their accumulating
 // flags, saving to files and buffers with each save flag, and the layout
-// printer (page-shaped cases under data/html/layout: NAME.html beside the
-// expected NAME.saveN for each save flag N that is checked).
+// printer (page-shaped cases under data/html/layout: NAME.html saved
+// unchanged with each save flag, 2 to 4, gives NAME.expected).
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
+#include <utility>
 
+#include "golden_cases.h"
 #include "html/html_test_util.h"
 #include "telvanix/html/entity_tree.h"
 #include "telvanix/html/html_pack.h"
-#include "test_util.h"
 
 namespace telvanix {
 namespace {
@@ -32,42 +32,41 @@ class CPrintTypePack : public CHtmlPack {
 };
 
 TEST(HtmlPackCases, LayoutSavesGiveTheirExpectedText) {
-  namespace fs = std::filesystem;
-  fs::path dir = fs::path(TELVANIX_TEST_DATA_DIR) / "html" / "layout";
-  int checks = 0;
-  for (const auto& entry : fs::directory_iterator(dir)) {
-    if (entry.path().extension() != ".html")
-      continue;
-    std::string name = entry.path().stem().string();
-    std::string page = test::ReadDataFile("html/layout/" + name + ".html");
+  test::RunGoldenCases("html/layout", ".html", [](const std::string&, const std::string& page) {
+    std::string out;
     for (int flag = 2; flag <= 4; ++flag) {
-      fs::path expectedPath = dir / (name + ".save" + std::to_string(flag));
-      if (!fs::exists(expectedPath))
-        continue;
-      SCOPED_TRACE(name + " save " + std::to_string(flag));
-      CByteString source = Buffer(page);
-      CHtmlPack pack(source, nullptr);
-      ASSERT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
-      EXPECT_EQ(test::ReadDataFile("html/layout/" + expectedPath.filename().string()),
-                SaveToString(pack, static_cast<CHtmlPack::EmSaveFlag>(flag)));
-      ++checks;
+      test::ParsedPack pack(page, CHtmlPack::emParseAttributes);
+      EXPECT_EQ(1, pack.parsed);
+      out += "== save " + std::to_string(flag) + "\n" + test::ShowCarriageReturns(pack.Saved(flag)) + "\n";
     }
-  }
-  EXPECT_GE(checks, 6);
+    return out;
+  }, 4);
 }
 
-TEST(HtmlPack, SourceModes) {
-  CHtmlPack empty;
+TEST(HtmlPack, SourceModesAndPagesThatCannotBeRead) {
+  CHtmlPack empty, file("/no/such/page.htm");
   EXPECT_EQ(1, empty.GetSourceMode());
   EXPECT_EQ(1, empty.IsParsed());
-  CHtmlPack file("/no/such/page.htm");
   EXPECT_EQ(2, file.GetSourceMode());
   EXPECT_EQ(0, file.IsParsed());
-  CByteString bytes = Buffer("<p>");
-  CHtmlPack buffer(bytes, nullptr);
-  EXPECT_EQ(3, buffer.GetSourceMode());
-  CHtmlPack bufferWithPath(bytes, "/x/page.htm");
-  EXPECT_EQ(2, bufferWithPath.GetSourceMode());
+  EXPECT_EQ(0, file.Parse(CHtmlPack::emParseTokens));
+  CByteString bytes = Buffer("<p>"), none;
+  EXPECT_EQ(3, CHtmlPack(bytes, nullptr).GetSourceMode());
+  EXPECT_EQ(2, CHtmlPack(bytes, "/x/page.htm").GetSourceMode());
+  EXPECT_EQ(0, CHtmlPack(none, nullptr).Parse(CHtmlPack::emParseTokens));
+  test::TempDir dir;
+  dir.Write("empty.htm", "");
+  CHtmlPack emptyFile((dir / "empty.htm").c_str());
+  EXPECT_EQ(0, emptyFile.Parse(CHtmlPack::emParseTokens));  // an empty file cannot be mapped
+  EXPECT_EQ(0, emptyFile.OpenMappingView((dir / "empty.htm").c_str()));
+  EXPECT_EQ(1, emptyFile.CloseMappingView());
+  // An empty pack parses to nothing and saves nothing.
+  EXPECT_EQ(1, empty.Parse(CHtmlPack::emParseAttributes));
+  EXPECT_EQ(0x3, empty.GetAnalyseFlags());  // no original mark for an empty pack
+  EXPECT_EQ(0, empty.IsTokenListModified());
+  EXPECT_EQ("", SaveToString(empty, CHtmlPack::emSave));
+  EXPECT_EQ(0, empty.Save(static_cast<CByteString*>(nullptr), CHtmlPack::emSave));
+  EXPECT_EQ(0, empty.Save(static_cast<const char*>(nullptr), CHtmlPack::emSave));
 }
 
 TEST(HtmlPack, ParseLevelsAccumulateFlags) {
@@ -82,51 +81,23 @@ TEST(HtmlPack, ParseLevelsAccumulateFlags) {
   ASSERT_NE(nullptr, head);
   EXPECT_EQ(0x101u, head->GetTokenFlag() & 0x103u);
   EXPECT_EQ(nullptr, pack.GetEntityTree());
-  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
-  EXPECT_EQ(0x103, pack.GetAnalyseFlags());
-  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseTree));
-  EXPECT_EQ(0x107, pack.GetAnalyseFlags());
+  const std::pair<CHtmlPack::EmParseFlag, int> levels[] = {{CHtmlPack::emParseAttributes, 0x103},
+                                                          {CHtmlPack::emParseTree, 0x107},
+                                                          {CHtmlPack::emParseXmlTree, 0x20107},
+                                                          {CHtmlPack::emParseHtmlTree, 0x30107}};
+  for (auto [level, flags] : levels) {
+    EXPECT_EQ(1, pack.Parse(level));
+    EXPECT_EQ(flags, pack.GetAnalyseFlags());
+  }
   EXPECT_NE(nullptr, pack.GetEntityTree());
-  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseXmlTree));
-  EXPECT_EQ(0x20107, pack.GetAnalyseFlags());
-  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseHtmlTree));
-  EXPECT_EQ(0x30107, pack.GetAnalyseFlags());
   // Tokenised once: deeper parses keep the same tokens.
   EXPECT_EQ(head, pack.GetTokenList()->GetHead());
-}
-
-TEST(HtmlPack, RepairedOutlineCountsAsAChange) {
-  // The saved text of the repair is pinned by tree/p_p_outline.
-  CByteString bytes = Buffer("<P>a<P>bc");
-  CHtmlPack pack(bytes, nullptr);
-  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseHtmlTree));
-  EXPECT_EQ(1, pack.IsTokenListModified());
-  EXPECT_EQ(1, pack.RebuildEntityTree());
-}
-
-TEST(HtmlPack, EmptyPackParses) {
-  CHtmlPack pack;
-  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseTokens));
-  EXPECT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
-  EXPECT_EQ(0x3, pack.GetAnalyseFlags());  // no original mark for an empty pack
-  EXPECT_EQ(0, pack.IsTokenListModified());
-  EXPECT_EQ("", SaveToString(pack, CHtmlPack::emSave));
-  EXPECT_EQ(0, pack.Save(static_cast<CByteString*>(nullptr), CHtmlPack::emSave));
-  EXPECT_EQ(0, pack.Save(static_cast<const char*>(nullptr), CHtmlPack::emSave));
-}
-
-TEST(HtmlPack, MissingSourcesFail) {
-  CByteString none;
-  CHtmlPack buffer(none, nullptr);
-  EXPECT_EQ(0, buffer.Parse(CHtmlPack::emParseTokens));
-  CHtmlPack missing("/no/such/dir/page.htm");
-  EXPECT_EQ(0, missing.Parse(CHtmlPack::emParseTokens));
-  test::TempDir dir;
-  dir.Write("empty.htm", "");
-  CHtmlPack empty((dir / "empty.htm").c_str());
-  EXPECT_EQ(0, empty.Parse(CHtmlPack::emParseTokens));  // an empty file cannot be mapped
-  EXPECT_EQ(0, empty.OpenMappingView((dir / "empty.htm").c_str()));
-  EXPECT_EQ(1, empty.CloseMappingView());
+  // A repaired outline counts as a change (tree/p_p_outline pins its text).
+  CByteString repaired = Buffer("<P>a<P>bc");
+  CHtmlPack outline(repaired, nullptr);
+  EXPECT_EQ(1, outline.Parse(CHtmlPack::emParseHtmlTree));
+  EXPECT_EQ(1, outline.IsTokenListModified());
+  EXPECT_EQ(1, outline.RebuildEntityTree());
 }
 
 TEST(HtmlPack, FilePackReadsThroughAMapping) {

@@ -27,6 +27,14 @@ inline CByteString Buffer(const std::string& text) {
   return b;
 }
 
+// Carriage returns shown as "\r", so that expected files stay plain
+// line-feed text.
+inline std::string ShowCarriageReturns(const std::string& s) {
+  std::string out;
+  for (char c : s) out += c == '\r' ? std::string("\\r") : std::string(1, c);
+  return out;
+}
+
 // A buffer pack over its own copy of the page, parsed to the given level.
 struct ParsedPack {
   explicit ParsedPack(const std::string& text, int nLevel) : source(Buffer(text)), pack(source, nullptr) {

@@ -15,19 +15,8 @@
 namespace telvanix {
 namespace {
 
-// Carriage returns are shown as "\r" so that the expected files stay plain
-// line-feed text.
-std::string ShowCarriageReturns(const std::string& s) {
-  std::string out;
-  for (char c : s) {
-    if (c == '\r') out += "\\r";
-    else out += c;
-  }
-  return out;
-}
-
 std::string Describe(test::ParsedPack& page) {
-  std::string out = "== saved\n" + ShowCarriageReturns(page.Saved()) + "\n";
+  std::string out = "== saved\n" + test::ShowCarriageReturns(page.Saved()) + "\n";
   CHtmlEntityTree* pTree = page.pack.GetEntityTree();
   out += "== mismatches\n" + std::to_string(pTree != nullptr ? pTree->GetMismatchCount() : -1) + "\n";
   out += "== tree\n" + test::DumpTree(page.List());

@@ -2,6 +2,8 @@
 // walking, and deleting a very deep tree without recursion.
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "html/html_test_util.h"
 #include "telvanix/html/tree_node.h"
 
@@ -12,23 +14,19 @@ using test::CountedObject;
 using test::FakePos;
 
 TEST(TreeNodeTest, TextAndTagLeavesAreToldApartByBit30Only) {
-  CHtmlTokenNode text(nullptr, FakePos(1), 0x40000000);
+  CHtmlTokenNode text(nullptr, FakePos(1), 0x40000000), endTag(nullptr, FakePos(2), 0x21000 | 0x10000000),
+      unknownTag(nullptr, FakePos(3), 0x20000000 | 0x1234);
   EXPECT_EQ(text.IsTextNode(), 1);
   EXPECT_EQ(text.IsTagNode(), 0);
   EXPECT_EQ(text.IsTokenNode(), 1);
   EXPECT_EQ(text.IsEntityNode(), 0);
   EXPECT_EQ(text.GetNodeType(), CHtmlTreeNode::emTokenNode);
-
-  CHtmlTokenNode endTag(nullptr, FakePos(2), 0x21000 | 0x10000000);
   EXPECT_EQ(endTag.IsTagNode(), 1);
   EXPECT_EQ(endTag.IsTextNode(), 0);
-
-  CHtmlTokenNode unknownTag(nullptr, FakePos(3), 0x20000000 | 0x1234);
   EXPECT_EQ(unknownTag.IsTagNode(), 1);
   // Token lookups need a list and a position.
-  CHtmlTokenNode unplaced(nullptr, nullptr, 0x21000);
-  EXPECT_EQ(unplaced.GetTagItem(nullptr), nullptr);
-  EXPECT_EQ(unplaced.GetTextItem(nullptr), nullptr);
+  EXPECT_EQ(text.GetTagItem(nullptr), nullptr);
+  EXPECT_EQ(text.GetTextItem(nullptr), nullptr);
 }
 
 TEST(TreeNodeTest, TagFormatIsOwnedAndReplaced) {
@@ -137,40 +135,26 @@ TEST(TreeNodeTest, ChildrenAreWalkedInOrderAndSiblingsFound) {
   EXPECT_EQ(pP->GetNextChild(none), nullptr);
 }
 
-TEST(TreeNodeTest, DeletingAVeryDeepTreeDoesNotRecurse) {
-  // Deep enough that one destructor frame per level would exhaust the call
-  // stack (and certainly the sanitizers' larger frames).
-  constexpr int kDepth = 300000;
-  int nFormats = 0;
-  CHtmlEntityNode* pRoot = new CHtmlEntityNode(nullptr, nullptr, 0);
-  CHtmlEntityNode* pCurrent = pRoot;
-  for (int i = 0; i < kDepth; ++i) {
-    CHtmlEntityNode* pChild = new CHtmlEntityNode(pCurrent, FakePos(i + 1), 0x21020);
-    pCurrent->AddChildNode(pChild);
-    CHtmlTokenNode* pLeaf = new CHtmlTokenNode(pChild, FakePos(i + 1), 0x21020);
-    pLeaf->SetTagFormat(new CountedObject(&nFormats));
-    pChild->AddChildNode(pLeaf);
-    pCurrent = pChild;
-  }
-  pCurrent->AddChildNode(new CHtmlTokenNode(pCurrent, FakePos(kDepth + 1), 0x40000000));
-  delete pRoot;
-  EXPECT_EQ(nFormats, kDepth);
-}
-
-TEST(TreeNodeTest, DeletingAWideTreeDeletesEveryNode) {
-  int nFormats = 0;
-  CHtmlEntityNode* pRoot = new CHtmlEntityNode(nullptr, nullptr, 0);
-  for (int i = 0; i < 50; ++i) {
-    CHtmlEntityNode* pChild = new CHtmlEntityNode(pRoot, FakePos(i + 1), 0x21000);
-    pRoot->AddChildNode(pChild);
-    for (int j = 0; j < 25; ++j) {
-      CHtmlTokenNode* pLeaf = new CHtmlTokenNode(pChild, FakePos(1000 + j), 0x40000000);
-      pLeaf->SetTagFormat(new CountedObject(&nFormats));
-      pChild->AddChildNode(pLeaf);
+// Deep enough that one destructor frame per level would exhaust the call
+// stack; then wide: every node and every format goes.
+TEST(TreeNodeTest, DeletingDeepAndWideTreesDeletesEveryNodeWithoutRecursion) {
+  for (auto [nDepth, nWidth] : {std::pair{300000, 1}, std::pair{1, 1250}}) {
+    int nFormats = 0;
+    CHtmlEntityNode* pRoot = new CHtmlEntityNode(nullptr, nullptr, 0);
+    CHtmlEntityNode* pCurrent = pRoot;
+    for (int i = 0; i < nDepth; ++i) {
+      CHtmlEntityNode* pChild = new CHtmlEntityNode(pCurrent, FakePos(i + 1), 0x21020);
+      pCurrent->AddChildNode(pChild);
+      for (int j = 0; j < nWidth; ++j) {
+        CHtmlTokenNode* pLeaf = new CHtmlTokenNode(pChild, FakePos(i + 1), 0x21020);
+        pLeaf->SetTagFormat(new CountedObject(&nFormats));
+        pChild->AddChildNode(pLeaf);
+      }
+      pCurrent = pChild;
     }
+    delete pRoot;
+    EXPECT_EQ(nFormats, nDepth * nWidth);
   }
-  delete pRoot;
-  EXPECT_EQ(nFormats, 50 * 25);
 }
 
 }  // namespace
