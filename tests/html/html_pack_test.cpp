@@ -4,6 +4,8 @@
 // unchanged with each save flag, 2 to 4, gives NAME.expected).
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <sstream>
 #include <string>
 #include <utility>
 
@@ -38,6 +40,40 @@ TEST(HtmlPackCases, LayoutSavesGiveTheirExpectedText) {
       test::ParsedPack pack(page, CHtmlPack::emParseAttributes);
       EXPECT_EQ(1, pack.parsed);
       out += "== save " + std::to_string(flag) + "\n" + test::ShowCarriageReturns(pack.Saved(flag)) + "\n";
+    }
+    return out;
+  }, 4);
+}
+
+// tests/data/html/edits/NAME.edit: a page, then lines of edits made to it
+// before each save: "== insert after N: TAG" (or before) puts a new tag at
+// the N-th token (from 0, counted as the list stands), "== keep indent N"
+// sets the N-th token's manual indent before to keep, "== save F" saves with
+// flag F into NAME.expected.
+TEST(HtmlPackCases, EditedPagesSaveWithTheirLayout) {
+  test::RunGoldenCases("html/edits", ".edit", [](const std::string&, const std::string& input) {
+    const std::size_t end = input.find("\n== ");
+    test::ParsedPack page(input.substr(0, end), CHtmlPack::emParseAttributes);
+    CHtmlTokenList* list = page.List();
+    auto at = [list](int n) {
+      POSITION pos = list->GetHeadPosition();
+      while (n-- > 0 && pos != nullptr) list->GetNext(pos);
+      return pos;
+    };
+    std::string out;
+    std::istringstream edits(end == std::string::npos ? "" : input.substr(end + 1));
+    for (std::string line; std::getline(edits, line);) {
+      char where[8] = "", tag[128] = "";
+      int n = 0;
+      if (std::sscanf(line.c_str(), "== insert %7s %d: %127[^\n]", where, &n, tag) == 3 && at(n) != nullptr)
+        std::string(where) == "after" ? list->InsertAfter(at(n), new CHtmlTagItem(tag))
+                                      : list->InsertBefore(at(n), new CHtmlTagItem(tag));
+      else if (std::sscanf(line.c_str(), "== keep indent %d", &n) == 1 && at(n) != nullptr)
+        list->GetTokenItem(at(n))->SetManualIndentBefore(CHtmlTokenItem::emManualIndentKeep);
+      else if (std::sscanf(line.c_str(), "== save %d", &n) == 1)
+        out += "== save " + std::to_string(n) + "\n" + test::ShowCarriageReturns(page.Saved(n)) + "\n";
+      else
+        ADD_FAILURE() << "cannot do: " << line;
     }
     return out;
   }, 4);
@@ -165,64 +201,6 @@ TEST(HtmlPack, SaveFlagOneRefusesExistingTargets) {
   // A buffer pack has no file of its own.
   EXPECT_EQ(0, pack.Save(static_cast<const char*>(nullptr), CHtmlPack::emSave));
   EXPECT_EQ(0, pack.Save((dir / "no/such/dir/x.htm").c_str(), CHtmlPack::emSave));
-}
-
-TEST(HtmlPack, InsertedTagGetsALineOfItsOwn) {
-  CByteString bytes = Buffer("<div>abc");
-  CHtmlPack pack(bytes, nullptr);
-  ASSERT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
-  CHtmlTokenList* list = pack.GetTokenList();
-  list->InsertAfter(list->GetTailPosition(), new CHtmlTagItem("<p>"));
-  // After text on the same line: a line break and the current indentation.
-  EXPECT_EQ("<div>abc\r\n <p>", SaveToString(pack, CHtmlPack::emSaveLayout));
-  // At the very start of the list nothing is written before it.
-  list->InsertBefore(list->GetHeadPosition(), new CHtmlTagItem("<p>"));
-  EXPECT_EQ("<p>\r\n<div>abc\r\n <p>", SaveToString(pack, CHtmlPack::emSaveLayout));
-}
-
-TEST(HtmlPack, OriginalRunsKeepTheirLayoutUnderFlagTwo) {
-  CByteString bytes = Buffer("<div>abc</div>\r\n<p>x</p>");
-  CHtmlPack pack(bytes, nullptr);
-  ASSERT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
-  CHtmlTokenList* list = pack.GetTokenList();
-  POSITION text = list->GetHeadPosition();
-  list->GetNext(text);
-  list->InsertAfter(text, new CHtmlTagItem("<p>"));
-  // The inserted P breaks the line; the original </div> after a token that
-  // is not original gets its own before step too; the rest is as read.
-  EXPECT_EQ("<div>abc\r\n<p>\r\n</div>\r\n<p>x</p>", SaveToString(pack, CHtmlPack::emSave));
-}
-
-TEST(HtmlPack, ObjectParametersIndentUnderFlagFour) {
-  CByteString bytes = Buffer("<body>\r\n<object id=o>\r\n<param name=a>\r\n<param name=b>\r\n</object>\r\n</body>");
-  CHtmlPack pack(bytes, nullptr);
-  ASSERT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
-  CHtmlTokenList* list = pack.GetTokenList();
-  for (POSITION pos = list->GetTagHeadPosition("param"); pos; list->GetNextTag("param", pos))
-    list->GetTokenItem(pos)->SetManualIndentBefore(CHtmlTokenItem::emManualIndentKeep);
-  EXPECT_EQ("<body><object id=o>\r\n  <param name=a>\r\n  <param name=b>\r\n </object>\r\n</body>",
-            SaveToString(pack, CHtmlPack::emSaveLayoutObject));
-  // Without the OBJECT print types the parameters keep the body's level.
-  EXPECT_EQ("<body><object id=o>\r\n <param name=a>\r\n <param name=b></object>\r\n</body>",
-            SaveToString(pack, CHtmlPack::emSaveLayout));
-}
-
-TEST(HtmlPack, TakenOverIndentationIsKept) {
-  // A tag at a line start that already has blanks takes those blanks over
-  // as the indentation (tabs included) and writes nothing before itself; a
-  // later tag on a new line reuses them.
-  CByteString bytes = Buffer("<div>\r\n\t\t<b>x</b></div>");
-  CHtmlPack pack(bytes, nullptr);
-  ASSERT_EQ(1, pack.Parse(CHtmlPack::emParseAttributes));
-  CHtmlTokenList* list = pack.GetTokenList();
-  list->InsertAfter(list->GetHeadPosition(), new CHtmlTagItem("<p>"));
-  POSITION text = list->GetTagHeadPosition("b");
-  list->GetNext(text);
-  ASSERT_NE(nullptr, list->GetTextItem(text));
-  CHtmlTagItem* br = new CHtmlTagItem("<br>");
-  br->SetManualIndentBefore(CHtmlTokenItem::emManualIndentKeep);
-  list->InsertAfter(text, br);
-  EXPECT_EQ("<div>\r\n\t\t<p><b>x\r\n\t\t<br></b></div>", SaveToString(pack, CHtmlPack::emSave));
 }
 
 TEST(HtmlPack, PrintTypesFromCodeAndManualFlags) {

@@ -12,100 +12,84 @@
 
 namespace telvanix::test {
 
-// The flags the tree pass sets, as letters: u paired unknown, s stray end,
-// o left open, p paired, i inserted by repair, x outside HTML, m misplaced,
-// r reopened copy.
+// The flags the tree pass sets (0x1000 up to 0x80000), as letters: u paired
+// unknown, s stray end, o left open, p paired, i inserted by repair, x outside
+// HTML, m misplaced, r reopened copy.
 inline std::string TreeFlagLetters(DWORD dwFlags) {
-  static const struct {
-    DWORD bit;
-    char letter;
-  } kLetters[] = {{0x1000, 'u'}, {0x2000, 's'}, {0x4000, 'o'},  {0x8000, 'p'},
-                  {0x10000, 'i'}, {0x20000, 'x'}, {0x40000, 'm'}, {0x80000, 'r'}};
   std::string out;
-  for (const auto& l : kLetters)
-    if (dwFlags & l.bit) out += l.letter;
+  for (int bit = 0; bit < 8; ++bit)
+    if (dwFlags & (0x1000u << bit)) out += "usopixmr"[bit];
   return out;
 }
 
+inline std::string PrintableText(CHtmlTokenItem* pToken) {
+  CString text = pToken->GetPrintableText(CHtmlTokenItem::emTextTokenOnly);
+  return std::string(static_cast<const char*>(text), static_cast<std::size_t>(text.GetLength()));
+}
+
+// A token's text with line breaks shown; text tokens in quotes.
 inline std::string TokenText(CHtmlTokenItem* pToken) {
   if (pToken == nullptr) return "(null)";
-  CString text = pToken->GetPrintableText(CHtmlTokenItem::emTextTokenOnly);
-  std::string s(static_cast<const char*>(text), text.GetLength());
   std::string out;
-  for (char c : s) {
-    if (c == '\r') out += "\\r";
-    else if (c == '\n') out += "\\n";
-    else out += c;
-  }
+  for (char c : PrintableText(pToken)) out += c == '\r' ? "\\r" : c == '\n' ? "\\n" : std::string(1, c);
   return pToken->IsTextToken() ? "\"" + out + "\"" : out;
 }
 
-inline std::string Trimmed(const std::string& s) {
-  std::size_t b = s.find_first_not_of(" \t\r\n");
-  if (b == std::string::npos) return "";
-  std::size_t e = s.find_last_not_of(" \t\r\n");
-  return s.substr(b, e - b + 1);
+inline std::string TokenLine(CHtmlTokenItem* pToken, bool bFlags) {
+  std::string line = TokenText(pToken), letters = pToken != nullptr ? TreeFlagLetters(pToken->GetTokenFlag()) : "";
+  return bFlags && !letters.empty() ? line + " [" + letters + "]" : line;
 }
 
-inline std::string TokenLine(CHtmlTokenItem* pToken, bool bFlags) {
-  std::string line = TokenText(pToken);
-  if (bFlags && pToken != nullptr) {
-    std::string letters = TreeFlagLetters(pToken->GetTokenFlag());
-    if (!letters.empty()) line += " [" + letters + "]";
-  }
-  return line;
+inline std::string Trimmed(const std::string& s) {
+  const std::size_t b = s.find_first_not_of(" \t\r\n");
+  return b == std::string::npos ? "" : s.substr(b, s.find_last_not_of(" \t\r\n") - b + 1);
 }
 
 // An element prints as its start tag, with its children below it; its own
 // start-tag leaf (the first child) is not repeated. A leaf whose id differs
-// from its token's id, or an element without its start leaf, is called out.
-// Without flags the picture is of the shape only: text is trimmed of white
-// space and neighbouring text leaves are shown as one (a saved page joins the
-// runs that a discarded tag used to separate).
+// from its token's id, an element without its start leaf, or a child whose
+// parent is not the element is called out. Without flags the picture is of
+// the shape only: text is trimmed of white space and neighbouring text leaves
+// are shown as one (a saved page joins the runs that a discarded tag used to
+// separate).
 inline void DumpNode(CHtmlTokenList* pList, CHtmlTreeNode* pNode, int nDepth, bool bFlags, std::string& out) {
-  std::string indent(static_cast<std::size_t>(nDepth) * 2, ' ');
+  const std::string indent(static_cast<std::size_t>(nDepth) * 2, ' ');
   CHtmlTokenItem* pToken = pList->GetTokenItem(pNode->GetTokenPosition());
   if (pNode->IsTokenNode()) {
-    out += indent + TokenLine(pToken, bFlags);
-    int nExpectedId = pToken != nullptr && pToken->IsTextToken() ? 0x40000000
-                      : pToken != nullptr                         ? pToken->GetSafeTagItemPtr()->GetTagId()
-                                                                  : -1;
-    if (pNode->GetTagId() != nExpectedId) out += " !id";
-    out += "\n";
+    const int nExpectedId = pToken == nullptr ? -1 : pToken->IsTextToken() ? 0x40000000 : pToken->GetSafeTagItemPtr()->GetTagId();
+    out += indent + TokenLine(pToken, bFlags) + (pNode->GetTagId() != nExpectedId ? " !id\n" : "\n");
     return;
   }
   CHtmlEntityNode* pEntity = static_cast<CHtmlEntityNode*>(pNode);
   POSITION pos = pEntity->GetFirstChildPosition();
-  if (pEntity->GetParentNode() != nullptr) {
-    out += indent + "+ " + TokenLine(pToken, bFlags);
+  const bool bRoot = pEntity->GetParentNode() == nullptr;
+  if (!bRoot) {
     CHtmlTokenNode* pStart = pEntity->GetStartTagNode();
-    if (pStart == nullptr || pStart->GetTagId() != pEntity->GetTagId())
-      out += " !nostart";
-    else
-      pEntity->GetNextChild(pos);
-    out += "\n";
+    const bool bStart = pStart != nullptr && pStart->GetTagId() == pEntity->GetTagId();
+    if (bStart) pEntity->GetNextChild(pos);
+    out += indent + "+ " + TokenLine(pToken, bFlags) + (bStart ? "\n" : " !nostart\n");
   }
-  const int nChildDepth = pEntity->GetParentNode() != nullptr ? nDepth + 1 : nDepth;
+  const int nChildDepth = bRoot ? nDepth : nDepth + 1;
   std::string text;  // shape mode: the text run being joined
   bool bInText = false;
-  for (; pos != nullptr;) {
+  auto flushText = [&] {
+    if (bInText) out += std::string(static_cast<std::size_t>(nChildDepth) * 2, ' ') + "\"" + Trimmed(text) + "\"\n";
+    text.clear();
+    bInText = false;
+  };
+  while (pos != nullptr) {
     CHtmlTreeNode* pChild = pEntity->GetNextChild(pos);
     if (pChild->GetParentNode() != pEntity) out += indent + "  !parent\n";
     CHtmlTokenItem* pChildToken = pList->GetTokenItem(pChild->GetTokenPosition());
     if (!bFlags && pChild->IsTokenNode() && pChildToken != nullptr && pChildToken->IsTextToken()) {
-      CString s = pChildToken->GetPrintableText(CHtmlTokenItem::emTextTokenOnly);
-      text += std::string(static_cast<const char*>(s), s.GetLength());
+      text += PrintableText(pChildToken);
       bInText = true;
       continue;
     }
-    if (bInText) {
-      out += std::string(static_cast<std::size_t>(nChildDepth) * 2, ' ') + "\"" + Trimmed(text) + "\"\n";
-      text.clear();
-      bInText = false;
-    }
+    flushText();
     DumpNode(pList, pChild, nChildDepth, bFlags, out);
   }
-  if (bInText) out += std::string(static_cast<std::size_t>(nChildDepth) * 2, ' ') + "\"" + Trimmed(text) + "\"\n";
+  flushText();
 }
 
 inline std::string DumpTree(CHtmlTokenList* pList, bool bFlags = true) {
@@ -120,8 +104,7 @@ inline std::string DumpTree(CHtmlTokenList* pList, bool bFlags = true) {
 inline std::string DumpDiscarded(CHtmlTokenList* pList) {
   std::string out;
   for (POSITION pos = pList->GetHeadPosition(); pos != nullptr;) {
-    CHtmlTokenItem* pToken = pList->GetTokenItem(pos);
-    pList->GetNext(pos);
+    CHtmlTokenItem* pToken = pList->GetNext(pos);
     if (pToken != nullptr && pToken->IsDiscardedToken()) out += TokenLine(pToken, true) + "\n";
   }
   return out;
@@ -130,8 +113,7 @@ inline std::string DumpDiscarded(CHtmlTokenList* pList) {
 inline int CountTokensWithFlag(CHtmlTokenList* pList, DWORD dwFlag) {
   int n = 0;
   for (POSITION pos = pList->GetHeadPosition(); pos != nullptr;) {
-    CHtmlTokenItem* pToken = pList->GetTokenItem(pos);
-    pList->GetNext(pos);
+    CHtmlTokenItem* pToken = pList->GetNext(pos);
     if (pToken != nullptr && (pToken->GetTokenFlag() & dwFlag) != 0) ++n;
   }
   return n;

@@ -29,7 +29,7 @@ TEST(TreeNodeTest, TextAndTagLeavesAreToldApartByBit30Only) {
   EXPECT_EQ(text.GetTextItem(nullptr), nullptr);
 }
 
-TEST(TreeNodeTest, TagFormatIsOwnedAndReplaced) {
+TEST(TreeNodeTest, TagFormatsAndParametersAreOwned) {
   int nDeleted = 0;
   {
     CHtmlTokenNode leaf(nullptr, FakePos(1), 0x21000);
@@ -39,8 +39,7 @@ TEST(TreeNodeTest, TagFormatIsOwnedAndReplaced) {
     EXPECT_EQ(leaf.GetTagFormat(), pFirst);
     EXPECT_EQ(leaf.SetTagFormat(new CountedObject(&nDeleted)), 1);
     EXPECT_EQ(nDeleted, 1);
-    // Setting the one it already holds must not delete it.
-    EXPECT_EQ(leaf.SetTagFormat(leaf.GetTagFormat()), 1);
+    EXPECT_EQ(leaf.SetTagFormat(leaf.GetTagFormat()), 1);  // the one it holds is not deleted
     EXPECT_EQ(nDeleted, 1);
     EXPECT_EQ(leaf.RemoveTagFormat(), 1);
     EXPECT_EQ(nDeleted, 2);
@@ -49,47 +48,36 @@ TEST(TreeNodeTest, TagFormatIsOwnedAndReplaced) {
     leaf.SetTagFormat(new CountedObject(&nDeleted));
   }
   EXPECT_EQ(nDeleted, 3);
-}
 
-TEST(TreeNodeTest, ExParamIsOwnedAndCopiedByValue) {
-  CHtmlTreeNode::CExParam param(7);
-  CHtmlTreeNode::CExParam copy(param);
-  EXPECT_EQ(copy.GetParam(), 7);
-  CHtmlTreeNode::CExParam other(1);
+  CHtmlTreeNode::CExParam param(7), other(1);
+  EXPECT_EQ(CHtmlTreeNode::CExParam(param).GetParam(), 7);
   other = param;
-  EXPECT_EQ(other.GetParam(), 7);
   other.SetParam(9);
   EXPECT_EQ(param.GetParam(), 7);
-
   CHtmlEntityNode node(nullptr, FakePos(1), 0x21020);
   EXPECT_EQ(node.GetExParam(), nullptr);
   node.SetExParam(new CHtmlTreeNode::CExParam(3));
-  ASSERT_NE(node.GetExParam(), nullptr);
-  EXPECT_EQ(node.GetExParam()->GetParam(), 3);
   node.SetExParam(new CHtmlTreeNode::CExParam(4));  // the first is deleted (sanitizers see a leak otherwise)
+  ASSERT_NE(node.GetExParam(), nullptr);
   EXPECT_EQ(node.GetExParam()->GetParam(), 4);
 }
 
 TEST(TreeNodeTest, LeafCopiesAreShallow) {
   CHtmlEntityNode parent(nullptr, nullptr, 0);
-  CHtmlTokenNode leaf(&parent, FakePos(5), 0x20020);
+  CHtmlTokenNode leaf(&parent, FakePos(5), 0x20020), assigned(nullptr, nullptr, 0x40000000), blank(nullptr, nullptr, 0);
   int nDeleted = 0;
   leaf.SetTagFormat(new CountedObject(&nDeleted));
   CHtmlTokenNode copy(leaf);
-  EXPECT_EQ(copy.GetParentNode(), &parent);
-  EXPECT_EQ(copy.GetTokenPosition(), FakePos(5));
-  EXPECT_EQ(copy.GetTagId(), 0x20020);
-  EXPECT_EQ(copy.GetTagFormat(), leaf.GetTagFormat());
-  // Only one of the two may delete the shared format.
-  CRglObject* pShared = copy.GetTagFormat();
-  CHtmlTokenNode assigned(nullptr, nullptr, 0x40000000);
   assigned = copy;
-  EXPECT_EQ(assigned.GetTagFormat(), pShared);
-  EXPECT_EQ(assigned.GetParentNode(), &parent);
-  copy.SetTagFormat(nullptr);  // deletes the shared object once
+  for (CHtmlTokenNode* pCopy : {&copy, &assigned}) {
+    EXPECT_EQ(pCopy->GetParentNode(), &parent);
+    EXPECT_EQ(pCopy->GetTokenPosition(), FakePos(5));
+    EXPECT_EQ(pCopy->GetTagId(), 0x20020);
+    EXPECT_EQ(pCopy->GetTagFormat(), leaf.GetTagFormat());
+  }
+  // Only one of them may delete the shared format; the others forget it.
+  copy.SetTagFormat(nullptr);
   EXPECT_EQ(nDeleted, 1);
-  // Forget it in the others without deleting again.
-  CHtmlTokenNode blank(nullptr, nullptr, 0);
   leaf = blank;
   assigned = blank;
   EXPECT_EQ(nDeleted, 1);
@@ -102,37 +90,27 @@ TEST(TreeNodeTest, ChildrenAreWalkedInOrderAndSiblingsFound) {
   EXPECT_EQ(root.GetLastChild(), nullptr);
   EXPECT_EQ(root.GetFirstChildPosition(), nullptr);
   EXPECT_EQ(root.GetStartTagNode(), nullptr);
-
   CHtmlEntityNode* pP = new CHtmlEntityNode(&root, FakePos(1), 0x21000);
   root.AddChildNode(pP);
-  CHtmlTokenNode* pStart = new CHtmlTokenNode(pP, FakePos(1), 0x21000);
-  CHtmlTokenNode* pText = new CHtmlTokenNode(pP, FakePos(2), 0x40000000);
-  CHtmlTokenNode* pEnd = new CHtmlTokenNode(pP, FakePos(3), 0x21000 | 0x10000000);
-  pP->AddChildNode(pStart);
-  pP->AddChildNode(pText);
-  pP->AddChildNode(pEnd);
-
+  CHtmlTreeNode* const children[] = {new CHtmlTokenNode(pP, FakePos(1), 0x21000),
+                                     new CHtmlTokenNode(pP, FakePos(2), 0x40000000),
+                                     new CHtmlTokenNode(pP, FakePos(3), 0x21000 | 0x10000000)};
+  for (CHtmlTreeNode* pChild : children) pP->AddChildNode(pChild);
   EXPECT_EQ(pP->GetChildCount(), 3);
-  EXPECT_EQ(pP->GetStartTagNode(), pStart);
-  EXPECT_EQ(pP->GetFirstChild(), pStart);
-  EXPECT_EQ(pP->GetLastChild(), pEnd);
-
-  CHtmlTreeNode* const children[] = {pStart, pText, pEnd};
-  POSITION pos = pP->GetFirstChildPosition();
+  EXPECT_EQ(pP->GetStartTagNode(), children[0]);
+  EXPECT_EQ(pP->GetFirstChild(), children[0]);
+  EXPECT_EQ(pP->GetLastChild(), children[2]);
+  POSITION pos = pP->GetFirstChildPosition(), back = pP->GetLastChildPosition();
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(pP->GetNextChild(pos), children[i]);
+    EXPECT_EQ(pP->GetPrevChild(back), children[2 - i]);
     EXPECT_EQ(children[i]->GetNextSiblingNode(), i < 2 ? children[i + 1] : nullptr);
     EXPECT_EQ(children[i]->GetPrevSiblingNode(), i > 0 ? children[i - 1] : nullptr);
   }
   EXPECT_EQ(pos, nullptr);
-  POSITION back = pP->GetLastChildPosition();
-  EXPECT_EQ(pP->GetPrevChild(back), pEnd);
-  EXPECT_EQ(pP->GetPrevChild(back), pText);
+  EXPECT_EQ(pP->GetNextChild(pos), nullptr);
   EXPECT_EQ(root.GetNextSiblingNode(), nullptr);
   EXPECT_EQ(pP->GetParentNode(), &root);
-
-  POSITION none = nullptr;
-  EXPECT_EQ(pP->GetNextChild(none), nullptr);
 }
 
 // Deep enough that one destructor frame per level would exhaust the call
