@@ -31,22 +31,17 @@ struct Page {
 
   // The n-th token (discarded ones count) whose printed text is exactly text.
   POSITION FindPos(const char* text, int n = 0) {
-    for (POSITION pos = list.GetHeadPosition(); pos != nullptr; list.GetNext(pos)) {
-      CHtmlTokenItem* pToken = list.GetTokenItem(pos);
-      if (test::Str(pToken->GetPrintableText(CHtmlTokenItem::emTextTokenOnly)) == text && n-- == 0) return pos;
-    }
+    for (POSITION pos = list.GetHeadPosition(); pos != nullptr; list.GetNext(pos))
+      if (test::PrintableText(list.GetTokenItem(pos)) == text && n-- == 0) return pos;
     return nullptr;
   }
   CHtmlTokenItem* Find(const char* text, int n = 0) { return list.GetTokenItem(FindPos(text, n)); }
-  // Every token in list order, discarded ones too, as "text[flags]".
+  // Every token in list order, discarded ones marked "(d)".
   std::string Tokens() {
     std::string out;
     for (POSITION pos = list.GetHeadPosition(); pos != nullptr;) {
-      CHtmlTokenItem* pToken = list.GetTokenItem(pos);
-      list.GetNext(pos);
-      out += test::TokenText(pToken);
-      if (pToken->IsDiscardedToken()) out += "(d)";
-      out += " ";
+      CHtmlTokenItem* pToken = list.GetNext(pos);
+      out += test::TokenText(pToken) + (pToken->IsDiscardedToken() ? "(d) " : " ");
     }
     return out;
   }
