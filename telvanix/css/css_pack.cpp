@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "telvanix/css/css_scan_core.h"
+#include "telvanix/css/internal/css_scan_core.h"
 #include "telvanix/css/css_style.h"
 #include "telvanix/foundation/hash_fold.h"
 #include "telvanix/foundation/path_utils.h"

@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "telvanix/css/css_pack.h"
-#include "telvanix/css/css_scan_core.h"
+#include "telvanix/css/internal/css_scan_core.h"
 
 namespace telvanix {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "telvanix/css/css_pack.h"
-#include "telvanix/css/css_scan_core.h"
+#include "telvanix/css/internal/css_scan_core.h"
 #include "telvanix/css/style_format.h"
 #include "telvanix/foundation/hash_fold.h"
 #include "telvanix/foundation/text_utils.h"

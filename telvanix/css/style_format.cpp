@@ -1,6 +1,6 @@
 #include "telvanix/css/style_format.h"
 
-#include "telvanix/css/style_format_table.h"
+#include "telvanix/css/internal/style_format_table.h"
 
 #include <cstring>
 #include <strings.h>
@@ -8,7 +8,7 @@
 #include "telvanix/css/css_pack.h"
 #include "telvanix/css/css_scanner.h"
 #include "telvanix/css/style_property.h"
-#include "telvanix/css/value_runs.h"
+#include "telvanix/css/internal/value_runs.h"
 #include "telvanix/foundation/text_utils.h"
 
 namespace telvanix {

@@ -1,6 +1,6 @@
 // One row per property the style format stores, in identifier order. A new
 // property is a member with its getter in style_format.h and one row here.
-#include "telvanix/css/style_format_table.h"
+#include "telvanix/css/internal/style_format_table.h"
 
 #include <array>
 

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "telvanix/css/css_pack.h"
-#include "telvanix/css/css_scan_core.h"
+#include "telvanix/css/internal/css_scan_core.h"
 #include "telvanix/css/css_scanner.h"
 #include "telvanix/css/style_format.h"
 #include "telvanix/foundation/text_utils.h"

@@ -1,4 +1,4 @@
-#include "telvanix/css/value_runs.h"
+#include "telvanix/css/internal/value_runs.h"
 
 #include "telvanix/css/css_pack.h"
 #include "telvanix/foundation/text_utils.h"

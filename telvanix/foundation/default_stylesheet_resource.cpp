@@ -1,7 +1,7 @@
 // Raw-data resource 4001: the default stylesheet that gives every tag its
 // built-in formatting. Stored as written, CR LF line ends, 2,089 bytes; the
 // odd spellings in comments and selectors are part of the stored text.
-#include "telvanix/foundation/module_resources_data.h"
+#include "telvanix/foundation/internal/module_resources_data.h"
 
 namespace telvanix {
 

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <string>
 
-#include "telvanix/foundation/module_resources_data.h"
+#include "telvanix/foundation/internal/module_resources_data.h"
 
 namespace telvanix {
 

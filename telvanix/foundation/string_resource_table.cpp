@@ -1,6 +1,6 @@
 // The library's string table, ids 3000 to 3020 (3002 is not used). The
 // doubled quotes of 3018 and 3019 are part of the stored texts.
-#include "telvanix/foundation/module_resources_data.h"
+#include "telvanix/foundation/internal/module_resources_data.h"
 
 namespace telvanix {
 

@@ -1,6 +1,6 @@
 #include "telvanix/sitemap/file_sitemap.h"
 
-#include "telvanix/sitemap/owned_array.h"
+#include "telvanix/sitemap/internal/owned_array.h"
 
 namespace telvanix {
 

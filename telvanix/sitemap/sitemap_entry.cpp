@@ -1,7 +1,7 @@
 #include "telvanix/sitemap/sitemap_entry.h"
 
-#include "telvanix/sitemap/owned_array.h"
-#include "telvanix/sitemap/text_field.h"
+#include "telvanix/sitemap/internal/owned_array.h"
+#include "telvanix/sitemap/internal/text_field.h"
 
 namespace telvanix {
 

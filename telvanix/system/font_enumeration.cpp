@@ -1,7 +1,7 @@
 // Font families from fontconfig, described the way a font enumeration
 // describes them: face name, weight, italic, pitch and family class,
 // character set and font type of each family's regular face.
-#include "telvanix/system/font_enumeration.h"
+#include "telvanix/system/internal/font_enumeration.h"
 
 #include <strings.h>
 

@@ -8,7 +8,7 @@
 #include "telvanix/foundation/module_resources.h"
 #include "telvanix/foundation/text_utils.h"
 #include "telvanix/platform/gdi_font.h"
-#include "telvanix/system/font_enumeration.h"
+#include "telvanix/system/internal/font_enumeration.h"
 
 namespace telvanix {
 
