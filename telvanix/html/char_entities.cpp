@@ -3,55 +3,26 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <string>
 
+#include "telvanix/html/char_entity_index.h"
 #include "telvanix/html/html_pack.h"
 
 namespace telvanix {
 
-int CHtmlPack::ms_nHtmlCharTableSize = 0;
-
 namespace {
 
-constexpr int kTableRows = 128;
 constexpr int kMaxReferenceChars = 31;
 // Longest encoded form of one unit: "&" + six-letter name + ";".
 constexpr int kMaxEncodedUnit = 8;
 constexpr int kStackUnits = 1024;
 
-// Name of the first table row (in table order) for each code 160 to 255.
-const char* g_rgNameByCode[256];
-std::once_flag g_tableOnce;
-
 inline bool IsAsciiLetter(unsigned char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 inline bool IsDigit(unsigned char c) { return c >= '0' && c <= '9'; }
 
-DWORD EntityHash(const unsigned char* p, const unsigned char* end) {
-  DWORD h = 0;
-  for (; p < end; ++p) h = h * 16u + (*p & 127u);
-  return h;
-}
-
-void PrepareTable() {
-  TagHtmlCharEntity* table = CHtmlPack::ms_tTagHtmlCharTable;
-  for (int i = 0; i < kTableRows; ++i) {
-    const unsigned char* name = reinterpret_cast<const unsigned char*>(table[i].name);
-    table[i].hash = EntityHash(name, name + std::strlen(table[i].name));
-  }
-  std::sort(table, table + kTableRows,
-            [](const TagHtmlCharEntity& a, const TagHtmlCharEntity& b) { return a.hash < b.hash; });
-  for (int i = kTableRows - 1; i >= 0; --i)
-    if (table[i].code >= 160 && table[i].code <= 255) g_rgNameByCode[table[i].code] = table[i].name;
-  CHtmlPack::ms_nHtmlCharTableSize = kTableRows;
-}
-
-// Prepared while the library loads, before any document exists.
-const int g_nTablePrepared = CHtmlPack::InitializeHtmlCharTable();
-
 // Code of the named reference [p, end), or -1.
 int LookupName(const unsigned char* p, const unsigned char* end) {
-  const DWORD hash = EntityHash(p, end);
+  const DWORD hash = charentity::HashName(p, end);
   const TagHtmlCharEntity* table = CHtmlPack::ms_tTagHtmlCharTable;
   int lo = 0;
   int hi = CHtmlPack::ms_nHtmlCharTableSize - 1;
@@ -182,7 +153,7 @@ inline int EncodeUnit(unsigned u, unsigned char* dst) {
   }
   if (u > 0xFF00) {
     const unsigned low = u & 0xFF;
-    const char* name = low >= 160 ? g_rgNameByCode[low] : nullptr;
+    const char* name = low >= 160 ? charentity::kNameByCode[low] : nullptr;
     char buffer[kMaxEncodedUnit + 4];
     int size;
     if (name) {
@@ -210,7 +181,6 @@ inline int EncodeUnit(unsigned u, unsigned char* dst) {
 
 template <typename Unit>
 int EncodeAppend(CByteString& out, const Unit* text, int length) {
-  CHtmlPack::InitializeHtmlCharTable();
   size_t size = 0;
   for (int i = 0; i < length; ++i) size += static_cast<size_t>(EncodeUnit(text[i], nullptr));
   if (size == 0) return 1;
@@ -250,15 +220,11 @@ void DecodeToUtf8(std::string& out, const unsigned char* p, const unsigned char*
 
 }  // namespace
 
-int CHtmlPack::InitializeHtmlCharTable() {
-  std::call_once(g_tableOnce, PrepareTable);
-  return 1;
-}
+int CHtmlPack::InitializeHtmlCharTable() { return 1; }
 
 int CHtmlPack::HtmlToText(CWordString& out, const unsigned char* text, int length, int mark) {
   const int n = InputLength(text, length);
   if (n < 0) return 0;
-  InitializeHtmlCharTable();
   Scratch<unsigned short> units(n);
   const int count = DecodeUnits(text, text + n, units.get(), mark == 1);
   if (count == 0) out.ClearContent();
@@ -269,7 +235,6 @@ int CHtmlPack::HtmlToText(CWordString& out, const unsigned char* text, int lengt
 int CHtmlPack::HtmlToText(CByteString& out, const unsigned char* text, int length) {
   const int n = InputLength(text, length);
   if (n < 0) return 0;
-  InitializeHtmlCharTable();
   if (GetActiveCodePage() == CP_UTF8) {
     // The page's bytes are UTF-8 already; a reference becomes its UTF-8 bytes.
     std::string utf8;

@@ -1,12 +1,21 @@
 // The named character references. Codes are Windows-1252 byte values; the
 // punctuation rows (130 to 159) and the extra names "helip", "ldots",
 // "lsquor", "rsquor", "ldquor", "rdquor", "endash" and "emdash" are
-// accepted on purpose beside the standard ones.
+// accepted on purpose beside the standard ones. The rows are hashed and
+// sorted by hash when the library is compiled.
+#include <algorithm>
+#include <array>
+
+#include "telvanix/html/char_entity_index.h"
 #include "telvanix/html/html_pack.h"
 
 namespace telvanix {
 
-TagHtmlCharEntity CHtmlPack::ms_tTagHtmlCharTable[128] = {
+namespace {
+
+constexpr int kRows = CHtmlPack::ms_nHtmlCharTableSize;
+
+constexpr std::array<TagHtmlCharEntity, kRows> kStored = {{
     {"lt", 0, 60}, {"gt", 0, 62}, {"amp", 0, 38}, {"quot", 0, 34}, {"lsquor", 0, 130},
     {"fnof", 0, 131}, {"ldquor", 0, 132}, {"helip", 0, 133}, {"ldots", 0, 133}, {"dagger", 0, 134},
     {"Dagger", 0, 135}, {"permil", 0, 137}, {"Scaron", 0, 138}, {"lsaquo", 0, 139},
@@ -34,6 +43,58 @@ TagHtmlCharEntity CHtmlPack::ms_tTagHtmlCharTable[128] = {
     {"oacute", 0, 243}, {"ocirc", 0, 244}, {"otilde", 0, 245}, {"ouml", 0, 246}, {"divide", 0, 247},
     {"oslash", 0, 248}, {"ugrave", 0, 249}, {"uacute", 0, 250}, {"ucirc", 0, 251}, {"uuml", 0, 252},
     {"yacute", 0, 253}, {"thorn", 0, 254}, {"yuml", 0, 255},
-};
+}};
+
+constexpr std::array<TagHtmlCharEntity, kRows> SortedRows() {
+  std::array<TagHtmlCharEntity, kRows> rows = kStored;
+  for (TagHtmlCharEntity& row : rows) {
+    const char* end = row.name;
+    while (*end)
+      ++end;
+    row.hash = charentity::HashName(row.name, end);
+  }
+  std::sort(rows.begin(), rows.end(),
+            [](const TagHtmlCharEntity& a, const TagHtmlCharEntity& b) { return a.hash < b.hash; });
+  return rows;
+}
+
+constexpr std::array<TagHtmlCharEntity, kRows> kSorted = SortedRows();
+
+constexpr bool HashesUnique() {
+  for (int i = 1; i < kRows; ++i)
+    if (kSorted[i - 1].hash == kSorted[i].hash)
+      return false;
+  return true;
+}
+static_assert(HashesUnique(), "two entity names hash alike");
+
+}  // namespace
+
+#define TELVANIX_ROWS8(i)                                                                                  \
+  kSorted[i], kSorted[i + 1], kSorted[i + 2], kSorted[i + 3], kSorted[i + 4], kSorted[i + 5], kSorted[i + 6], \
+      kSorted[i + 7],
+#define TELVANIX_ROWS64(i)                                                                                     \
+  TELVANIX_ROWS8(i) TELVANIX_ROWS8(i + 8) TELVANIX_ROWS8(i + 16) TELVANIX_ROWS8(i + 24) TELVANIX_ROWS8(i + 32) \
+      TELVANIX_ROWS8(i + 40) TELVANIX_ROWS8(i + 48) TELVANIX_ROWS8(i + 56)
+static_assert(kRows == 128, "the table below is spelled as 128 elements");
+const TagHtmlCharEntity CHtmlPack::ms_tTagHtmlCharTable[CHtmlPack::ms_nHtmlCharTableSize] = {
+    TELVANIX_ROWS64(0) TELVANIX_ROWS64(64)};
+#undef TELVANIX_ROWS64
+#undef TELVANIX_ROWS8
+
+namespace charentity {
+
+// The first row in hash order for each code 160 to 255.
+constexpr std::array<const char*, 256> BuildNameByCode() {
+  std::array<const char*, 256> names{};
+  for (int i = kRows - 1; i >= 0; --i)
+    if (kSorted[i].code >= 160 && kSorted[i].code <= 255)
+      names[kSorted[i].code] = kSorted[i].name;
+  return names;
+}
+
+extern constexpr std::array<const char*, 256> kNameByCode = BuildNameByCode();
+
+}  // namespace charentity
 
 }  // namespace telvanix

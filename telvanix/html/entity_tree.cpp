@@ -13,11 +13,13 @@ namespace telvanix {
 
 namespace {
 
-constexpr int kEndBit = 0x10000000;
-constexpr int kTextId = 0x40000000;
+using T = CHtmlTagItem;
+constexpr int kEndBit = T::emTagIdEndBit;
+constexpr int kTextId = CHtmlEntityNode::emTextNodeId;
 
-constexpr int kDoctype = 0x10, kHtml = 0x20, kHead = 0x30, kBody = 0x40, kFrameset = 0x50;
-constexpr int kIns = 0x22000, kDel = 0x22010;
+constexpr int kDoctype = T::emTagIdDoctype, kHtml = T::emTagIdHtml, kHead = T::emTagIdHead, kBody = T::emTagIdBody,
+              kFrameset = T::emTagIdFrameset;
+constexpr int kIns = T::emTagIdIns, kDel = T::emTagIdDel;
 
 using Flag = CHtmlTokenItem::EmTokenFlag;
 constexpr Flag kDiscarded = CHtmlTokenItem::emTokenDiscarded;
@@ -30,8 +32,8 @@ constexpr Flag kReopened = CHtmlTokenItem::emTokenReopened;
 // The syntax-table row of a tag, read in place: the passes ask several
 // columns of every tag, and the accessors are calls into another unit. An
 // invalid index reads as row 0 does through the accessors (content 0,
-// occurrence 0, major type 0xFF000008).
-const TagSyntaxItem kInvalidRow = {0, 0, "", 0, 0, 0, 0, 0xFF000008u, 0};
+// occurrence 0, the invalid row's major type).
+const TagSyntaxItem kInvalidRow = {0, 0, "", 0, 0, 0, 0, T::emMjrInvalidRow, 0};
 inline const TagSyntaxItem& Row(const CHtmlTagItem* pTag) {
   const int n = pTag->GetTagIndex();
   return (n > 0 && n < CHtmlTagItem::ms_nTagSyntaxTableSize) ? CHtmlTagItem::ms_tTagSyntaxTable[n] : kInvalidRow;
@@ -46,12 +48,9 @@ inline bool HasFlag(const CHtmlTokenItem* pToken, DWORD dwFlag) {
 // container closes it (A, SPAN and BDO are not).
 bool IsSuspendableTagId(int nBaseId) {
   switch (nBaseId) {
-    case 0x20000: case 0x20010: case 0x20020: case 0x20030:  // TT I B U
-    case 0x20040: case 0x20050: case 0x20060: case 0x20070:  // S STRIKE BIG SMALL
-    case 0x20100: case 0x20110: case 0x20120: case 0x20130:  // EM STRONG DFN CODE
-    case 0x20140: case 0x20150: case 0x20160: case 0x20170:  // SAMP KBD VAR CITE
-    case 0x20180: case 0x20190: case 0x20240: case 0x20280:  // ACRONYM BLINK FONT Q
-    case 0x20290: case 0x202A0:                              // SUB SUP
+#define TELVANIX_TAG_CASE(name) case T::emTagId##name:
+    TELVANIX_TAGSET_REOPENED_FORMATTING(TELVANIX_TAG_CASE)
+#undef TELVANIX_TAG_CASE
       return true;
     default:
       return false;
@@ -79,7 +78,7 @@ CHtmlTagItem* NewOutlineTag(const char* pszText) {
 // A SCRIPT, STYLE or COMMENT start tag: the tokenizer reads what follows it
 // as raw text up to an end tag.
 bool IsRawContentStart(const CHtmlTagItem* pTag) {
-  return pTag != nullptr && !pTag->IsEndTag() && (pTag->GetSptType() & 0x100) != 0;
+  return pTag != nullptr && !pTag->IsEndTag() && (pTag->GetSptType() & T::emSptRawContent) != 0;
 }
 
 // The last token of what the tokenizer read as one script or style element
@@ -359,8 +358,8 @@ int CHtmlEntityTree::CollectHtmlMatchInfo(CHtmlTagItem* pTag, POSITION pos) {
   const int nId = pTag->GetTagId();
   const int nBaseId = nId & ~kEndBit;
   OutlineRecord* pRec = nullptr;
-  switch (nId & 0xF0000) {
-    case 0x00000:
+  switch (nId & T::emTagIdGroupMask) {
+    case T::emTagIdGroupDocument:
       switch (nBaseId) {
         case kHtml: pRec = &m_OutlineRecords[emOutlineHtml]; break;
         case kHead: pRec = &m_OutlineRecords[emOutlineHead]; break;
@@ -376,17 +375,17 @@ int CHtmlEntityTree::CollectHtmlMatchInfo(CHtmlTagItem* pTag, POSITION pos) {
         ++pRec->m_nStartCount;
       }
       return 1;
-    case 0x10000:
+    case T::emTagIdGroupHead:
       // Head tags after the body has begun belong to the body, not the head.
       if (m_OutlineRecords[emOutlineBodyContent].m_posFirst != nullptr ||
           m_OutlineRecords[emOutlineFrameContent].m_posFirst != nullptr)
         return 1;
       pRec = &m_OutlineRecords[emOutlineHeadContent];
       break;
-    case 0x20000:
+    case T::emTagIdGroupBody:
       pRec = &m_OutlineRecords[emOutlineBodyContent];
       break;
-    case 0x30000:
+    case T::emTagIdGroupFrameset:
       pRec = &m_OutlineRecords[emOutlineFrameContent];
       break;
     default:
@@ -604,7 +603,7 @@ int CHtmlEntityTree::BuildTree(int nFlags) {
           pCurrent = ParentOrSelf(pCurrent);
           if (stack.GetStackLevel() == 0) pCurrent = m_pRoot;
           if (HasFlag(stack.GetTop()->m_pTag, kReopened)) SolveSuspendTag(suspend, pTag, 1);
-          if (HasAllBits(Row(pTag).m_nMjrType, 0xA0000010u)) {
+          if (HasAllBits(Row(pTag).m_nMjrType, T::emMjrBlockLevel)) {
             RecoverSuspendTags(suspend, pTag, posToken);
             RemoveAllSuspendTag(suspend);
           }
@@ -656,7 +655,7 @@ int CHtmlEntityTree::IsValidInnerToken(EntityStackItem* pTop, CHtmlTokenItem* pT
 int CHtmlEntityTree::TagContain(CHtmlTagItem* pContainer, CHtmlTagItem* pChild) {
   if (pContainer == nullptr || pChild == nullptr) return 0;
   const DWORD dwMjr = Row(pChild).m_nMjrType;
-  if ((dwMjr & 0xFF000000u) == 0xFF000000u) return 1;
+  if (HasAllBits(dwMjr, T::emMjrNotElement)) return 1;
 
   int nCntType;
   if (pContainer->IsUnknownTag())
@@ -679,13 +678,13 @@ int CHtmlEntityTree::TagContain(CHtmlTagItem* pContainer, CHtmlTagItem* pChild) 
       break;
   }
 
-  const bool bInline = (dwMjr & 0xA0001000u) == 0xA0001000u;
+  const bool bInline = HasAllBits(dwMjr, T::emMjrInlineLevel);
   int nClasses = 0;
   if (bInline) nClasses |= emChildInline;
-  if (bInline || (dwMjr & 0xA0000010u) == 0xA0000010u) nClasses |= emChildBlock;
-  if ((dwMjr & 0xA0000100u) == 0xA0000100u) nClasses |= emChildListTablePart;
-  if ((dwMjr & 0xA0020000u) == 0xA0020000u) nClasses |= emChildParamLike;
-  if ((dwMjr & 0xA0011000u) == 0xA0011000u) nClasses |= emChildFormControl;
+  if (bInline || HasAllBits(dwMjr, T::emMjrBlockLevel)) nClasses |= emChildBlock;
+  if (HasAllBits(dwMjr, T::emMjrBlockLevelEmbedded)) nClasses |= emChildListTablePart;
+  if (HasAllBits(dwMjr, T::emMjrInlineLevelEmbedded)) nClasses |= emChildParamLike;
+  if (HasAllBits(dwMjr, T::emMjrFormControl)) nClasses |= emChildFormControl;
 
   bool bAccept = (dwMjr & pRule->m_dwMjrAnyBits) != 0 || (nClasses & pRule->m_nAcceptClasses) != 0;
   if (bAccept && ((nClasses & pRule->m_nRefuseClasses) != 0 || InIdList(pRule->m_nRefuseIds, nBaseId))) bAccept = false;
@@ -716,7 +715,7 @@ int CHtmlEntityTree::RegisterEntity(CHtmlEntityNode* pNode, CHtmlTagItem* pTag) 
 int CHtmlEntityTree::GetNewSuspendTag(CSuspendList& list, EntityStackItem* pItem) {
   if (pItem == nullptr || pItem->m_pTag == nullptr) return 0;
   CHtmlTagItem* pTag = pItem->m_pTag;
-  if (Row(pTag).m_nOcrType != 2 || !HasAllBits(Row(pTag).m_nMjrType, 0xA0001000u) || HasFlag(pTag, kReopened)) return 0;
+  if (Row(pTag).m_nOcrType != T::emOcrEndRequired || !HasAllBits(Row(pTag).m_nMjrType, T::emMjrInlineLevel) || HasFlag(pTag, kReopened)) return 0;
   if (!IsSuspendableTagId(pTag->GetTagId() & ~kEndBit)) return 0;
   // Every later container copies each suspended tag, so a hostile page with
   // thousands of unclosed inline tags would grow with the square of its size.

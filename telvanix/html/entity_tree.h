@@ -11,6 +11,7 @@
 #include "telvanix/foundation/rgl_list.h"
 #include "telvanix/foundation/rgl_object.h"
 #include "telvanix/html/entity_stack.h"
+#include "telvanix/html/token_item.h"
 #include "telvanix/html/tree_node.h"
 #include "telvanix/platform/export.h"
 #include "telvanix/platform/types.h"
@@ -38,17 +39,18 @@ class TELVANIX_API CHtmlEntityTree {
   // the tree, which would take several times the page's size.
   enum EmBuildFlag : int32_t { emBuildHtml = 0x10000, emBuildXml = 0x20000, emBuildNoNodes = 0x40000 };
 
-  // Token flags that building sets or reads.
+  // Token flags that building sets or reads: the tree's names for bits of
+  // CHtmlTokenItem::EmTokenFlag.
   enum EmTreeTokenFlag : uint32_t {
-    emTokenDiscardedFlag = 0x10,
-    emTokenPairedUnknownFlag = 0x1000,
-    emTokenStrayEndFlag = 0x2000,
-    emTokenUnclosedFlag = 0x4000,
-    emTokenPairedFlag = 0x8000,
-    emTokenRecoveredFlag = 0x10000,
-    emTokenOutsideHtmlFlag = 0x20000,
-    emTokenMisplacedFlag = 0x40000,
-    emTokenReopenedFlag = 0x80000
+    emTokenDiscardedFlag = CHtmlTokenItem::emTokenDiscarded,
+    emTokenPairedUnknownFlag = CHtmlTokenItem::emTokenPairedUnknown,
+    emTokenStrayEndFlag = CHtmlTokenItem::emTokenStrayEndTag,
+    emTokenUnclosedFlag = CHtmlTokenItem::emTokenUnclosed,
+    emTokenPairedFlag = CHtmlTokenItem::emTokenPaired,
+    emTokenRecoveredFlag = CHtmlTokenItem::emTokenRecoveryInserted,
+    emTokenOutsideHtmlFlag = CHtmlTokenItem::emTokenOutsideHtml,
+    emTokenMisplacedFlag = CHtmlTokenItem::emTokenMisplaced,
+    emTokenReopenedFlag = CHtmlTokenItem::emTokenReopened
   };
 
   // Which outline record: the four elements, then the three content groups.

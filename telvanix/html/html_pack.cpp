@@ -370,13 +370,13 @@ int CHtmlPack::SaveTokenListToByteString(CByteString& out, EmSaveFlag nFlag) {
       GetTagPrintType(tag, before, after);
       if (nFlag == emSaveLayoutObject) {
         DWORD id = static_cast<DWORD>(tag->GetTagId());
-        if (id == 0x60) {
+        if (id == CHtmlTagItem::emTagIdComment) {
           before = 4;
           after = 4;
-        } else if (id == 0x20230) {
+        } else if (id == CHtmlTagItem::emTagIdObject) {
           before = 0;
           after = 5;
-        } else if (id == 0x10020230) {
+        } else if (id == (static_cast<DWORD>(CHtmlTagItem::emTagIdObject) | CHtmlTagItem::emTagIdEndBit)) {
           before = 6;
           after = 0;
         }

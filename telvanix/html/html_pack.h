@@ -25,7 +25,7 @@
 namespace telvanix {
 
 // One named character reference. `code` is a Windows-1252 byte value, not a
-// Unicode code point; `hash` is filled when the table is prepared.
+// Unicode code point; `hash` is the hash of the name.
 struct TagHtmlCharEntity {
   const char* name;
   DWORD hash;
@@ -102,13 +102,12 @@ class TELVANIX_API CHtmlPack {
   int GetAnalyseFlags() const { return m_nAnalyseFlags; }
   const CString& GetPathName() const { return m_strPathName; }
 
-  // The 128 named references, sorted by hash once prepared.
-  static TagHtmlCharEntity ms_tTagHtmlCharTable[128];
-  // 0 until InitializeHtmlCharTable has run, then 128.
-  static int ms_nHtmlCharTableSize;
+  static constexpr int ms_nHtmlCharTableSize = 128;
+  // The named references, sorted by hash, built when the library is
+  // compiled (char_entity_table.cpp).
+  static const TagHtmlCharEntity ms_tTagHtmlCharTable[ms_nHtmlCharTableSize];
 
-  // Hashes and sorts the table once; later calls return 1 at once. Safe to
-  // call from several threads (the library also calls it while loading).
+  // The table needs no preparing; kept for hosts that call it. Returns 1.
   static int InitializeHtmlCharTable();
 
   // Decodes references into one unit per character. length -1 reads to the

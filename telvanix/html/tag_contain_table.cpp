@@ -5,23 +5,26 @@
 #include <array>
 
 #include "telvanix/html/entity_tree.h"
+#include "telvanix/html/tag_item.h"
 
 namespace telvanix {
 
 namespace {
 
-// Tag ids of the syntax table rows the rules name.
-constexpr int kBody = 0x40;
-constexpr int kScript = 0x22060, kStyle = 0x10020, kMeta = 0x10030, kLink = 0x10040;
-constexpr int kA = 0x20200, kImg = 0x20210, kObject = 0x20230, kFont = 0x20240;
-constexpr int kBig = 0x20060, kSmall = 0x20070, kSub = 0x20290, kSup = 0x202A0;
-constexpr int kParam = 0x20221, kArea = 0x20271, kOption = 0x20311, kLabel = 0x20330;
-constexpr int kP = 0x21000, kDt = 0x21011, kDd = 0x21012, kCenter = 0x21030, kBlockquote = 0x21050;
-constexpr int kForm = 0x21060, kIsindex = 0x21070, kTable = 0x21090, kFieldset = 0x210A0;
-constexpr int kCaption = 0x21091, kCol = 0x21092, kColgroup = 0x21093, kThead = 0x21094;
-constexpr int kTfoot = 0x21095, kTbody = 0x21096, kTr = 0x2109A, kTh = 0x2109B, kTd = 0x2109C;
-constexpr int kLengend = 0x210A1, kUl = 0x21200, kLi = 0x21201, kOl = 0x21210, kMenu = 0x21220;
-constexpr int kDir = 0x21230, kPre = 0x21300;
+using T = CHtmlTagItem;
+// Tag ids of the rows the rules name.
+constexpr int kBody = T::emTagIdBody, kScript = T::emTagIdScript, kStyle = T::emTagIdStyle, kMeta = T::emTagIdMeta,
+              kLink = T::emTagIdLink, kA = T::emTagIdA, kImg = T::emTagIdImg, kObject = T::emTagIdObject,
+              kFont = T::emTagIdFont, kBig = T::emTagIdBig, kSmall = T::emTagIdSmall, kSub = T::emTagIdSub,
+              kSup = T::emTagIdSup, kParam = T::emTagIdParam, kArea = T::emTagIdArea, kOption = T::emTagIdOption,
+              kLabel = T::emTagIdLabel, kP = T::emTagIdP, kDt = T::emTagIdDt, kDd = T::emTagIdDd,
+              kCenter = T::emTagIdCenter, kBlockquote = T::emTagIdBlockquote, kForm = T::emTagIdForm,
+              kIsindex = T::emTagIdIsIndex, kTable = T::emTagIdTable, kFieldset = T::emTagIdFieldset,
+              kCaption = T::emTagIdCaption, kCol = T::emTagIdCol, kColgroup = T::emTagIdColgroup,
+              kThead = T::emTagIdThead, kTfoot = T::emTagIdTfoot, kTbody = T::emTagIdTbody, kTr = T::emTagIdTr,
+              kTh = T::emTagIdTh, kTd = T::emTagIdTd, kLengend = T::emTagIdLengend, kUl = T::emTagIdUl,
+              kLi = T::emTagIdLi, kOl = T::emTagIdOl, kMenu = T::emTagIdMenu, kDir = T::emTagIdDir,
+              kPre = T::emTagIdPre;
 
 using R = CHtmlEntityTree;
 constexpr int kInline = R::emChildInline, kBlock = R::emChildBlock, kPart = R::emChildListTablePart,
@@ -31,54 +34,54 @@ constexpr int kInline = R::emChildInline, kBlock = R::emChildBlock, kPart = R::e
 
 // clang-format off
 const CHtmlEntityTree::TagContainRule CHtmlEntityTree::ms_tTagContainTable[] = {
-  // cnt   mode            major bits  accept classes             refuse classes  accept ids                          refuse ids                                  ins/del mark ids
-  {0,    emContainNever,  0,          0,                         0,             {},                                 {},                                         0, {}},
-  {1,    emContainRule,   0x80000000, 0,                         0,             {},                                 {},                                         0, {}},  // HTML
-  {2,    emContainRule,   0x40000000, 0,                         0,             {},                                 {},                                         0, {}},  // HEAD
-  {3,    emContainRule,   0x20000000, 0,                         0,             {},                                 {kBody},                                    1, {}},  // BODY
-  {4,    emContainRule,   0x30000000, 0,                         0,             {},                                 {},                                         1, {}},  // FRAMESET
-  {16,   emContainRule,   0,          0,                         0,             {kScript, kStyle, kMeta, kLink}, {},                                       0, {}},  // TITLE
-  {17,   emContainRule,   0,          kInline,                   0,             {},                                 {kA},                                       1, {}},  // A
-  {18,   emContainRule,   0,          kInline,                   0,             {kParam},                           {},                                         1, {}},  // APPLET
-  {19,   emContainRule,   0,          kBlock,                    0,             {kParam, kObject},                  {},                                         1, {}},  // OBJECT
-  {20,   emContainRule,   0,          0,                         0,             {kArea},                            {},                                         1, {}},  // MAP
-  {21,   emContainRule,   0,          0,                         0,             {kOption},                          {},                                         1, {}},  // SELECT
-  {22,   emContainRule,   0,          kInline,                   0,             {},                                 {kLabel},                                   1, {}},  // LABEL
-  {23,   emContainRule,   0,          kBlock,                    kFormControl,  {},                                 {kA, kForm, kIsindex, kFieldset},           1, {}},  // BUTTON
-  {24,   emContainRule,   0,          0,                         0,             {kDt, kDd},                         {},                                         1, {}},  // DL
-  {25,   emContainRule,   0,          kBlock,                    0,             {},                                 {kForm},                                    1, {}},  // FORM
-  {26,   emContainTable,  0,          0,                         0,             {},                                 {},                                         0,
+  // content model         mode            major bits  accept classes             refuse classes  accept ids                          refuse ids                                  ins/del mark ids
+  {T::emCntEmpty,          emContainNever,  0,          0,                         0,             {},                                 {},                                         0, {}},
+  {T::emCntHtml,           emContainRule,   T::emMjrHtmlChild, 0,                         0,             {},                                 {},                                         0, {}},  // HTML
+  {T::emCntHead,           emContainRule,   T::emMjrHeadChild, 0,                         0,             {},                                 {},                                         0, {}},  // HEAD
+  {T::emCntBody,           emContainRule,   T::emMjrBodyChild, 0,                         0,             {},                                 {kBody},                                    1, {}},  // BODY
+  {T::emCntFrameset,       emContainRule,   T::emMjrBodyChild | T::emMjrFramesetChild, 0,                         0,             {},                                 {},                                         1, {}},  // FRAMESET
+  {T::emCntTitle,          emContainRule,   0,          0,                         0,             {kScript, kStyle, kMeta, kLink}, {},                                       0, {}},  // TITLE
+  {T::emCntAnchor,         emContainRule,   0,          kInline,                   0,             {},                                 {kA},                                       1, {}},  // A
+  {T::emCntApplet,         emContainRule,   0,          kInline,                   0,             {kParam},                           {},                                         1, {}},  // APPLET
+  {T::emCntObject,         emContainRule,   0,          kBlock,                    0,             {kParam, kObject},                  {},                                         1, {}},  // OBJECT
+  {T::emCntMap,            emContainRule,   0,          0,                         0,             {kArea},                            {},                                         1, {}},  // MAP
+  {T::emCntSelect,         emContainRule,   0,          0,                         0,             {kOption},                          {},                                         1, {}},  // SELECT
+  {T::emCntLabel,          emContainRule,   0,          kInline,                   0,             {},                                 {kLabel},                                   1, {}},  // LABEL
+  {T::emCntButton,         emContainRule,   0,          kBlock,                    kFormControl,  {},                                 {kA, kForm, kIsindex, kFieldset},           1, {}},  // BUTTON
+  {T::emCntDl,             emContainRule,   0,          0,                         0,             {kDt, kDd},                         {},                                         1, {}},  // DL
+  {T::emCntForm,           emContainRule,   0,          kBlock,                    0,             {},                                 {kForm},                                    1, {}},  // FORM
+  {T::emCntTable,          emContainTable,  0,          0,                         0,             {},                                 {},                                         0,
          {kTr, kTh, kCaption, kCol, kColgroup, kThead, kTfoot, kTbody}},                                                                                              // TABLE: TD is marked
-  {27,   emContainRule,   0,          0,                         0,             {kTr},                              {},                                         1, {}},  // THEAD
-  {28,   emContainRule,   0,          0,                         0,             {kTr},                              {},                                         1, {}},  // TFOOT
-  {29,   emContainRule,   0,          0,                         0,             {kTr},                              {},                                         1, {}},  // TBODY
-  {30,   emContainRule,   0,          0,                         0,             {kCol},                             {},                                         1, {}},  // COLGROUP
-  {31,   emContainRule,   0,          0,                         0,             {kTh, kTd},                         {},                                         1, {}},  // TR
-  {32,   emContainRule,   0,          kBlock,                    0,             {kLengend},                         {},                                         1, {}},  // FIELDSET
-  {33,   emContainRule,   0,          kInline,                   0,             {kP},                               {},                                         1, {}},  // ADDRESS
-  {34,   emContainRule,   0,          kBlock,                    0,             {kLi},                              {kTable},                                   1, {}},  // UL, OL
-  {35,   emContainRule,   0,          kBlock,                    0,             {kLi},                              {kTable},                                   1, {}},  // DIR, MENU
-  {36,   emContainPre,    0,          kInline,                   0,             {kP, kPre},                         {},                                         1,
+  {T::emCntThead,          emContainRule,   0,          0,                         0,             {kTr},                              {},                                         1, {}},  // THEAD
+  {T::emCntTfoot,          emContainRule,   0,          0,                         0,             {kTr},                              {},                                         1, {}},  // TFOOT
+  {T::emCntTbody,          emContainRule,   0,          0,                         0,             {kTr},                              {},                                         1, {}},  // TBODY
+  {T::emCntColgroup,       emContainRule,   0,          0,                         0,             {kCol},                             {},                                         1, {}},  // COLGROUP
+  {T::emCntTr,             emContainRule,   0,          0,                         0,             {kTh, kTd},                         {},                                         1, {}},  // TR
+  {T::emCntFieldset,       emContainRule,   0,          kBlock,                    0,             {kLengend},                         {},                                         1, {}},  // FIELDSET
+  {T::emCntAddress,        emContainRule,   0,          kInline,                   0,             {kP},                               {},                                         1, {}},  // ADDRESS
+  {T::emCntList,           emContainRule,   0,          kBlock,                    0,             {kLi},                              {kTable},                                   1, {}},  // UL, OL
+  {T::emCntDirMenu,        emContainRule,   0,          kBlock,                    0,             {kLi},                              {kTable},                                   1, {}},  // DIR, MENU
+  {T::emCntPreformatted,   emContainPre,    0,          kInline,                   0,             {kP, kPre},                         {},                                         1,
          {kImg, kBig, kSmall, kSub, kSup, kFont}},                                                                                                                    // PRE family
-  {37,   emContainRule,   0,          0,                         0,             {},                                 {},                                         1, {}},
-  {64,   emContainRule,   0,          0,                         0,             {},                                 {},                                         1, {}},  // COMMENT, STYLE, SCRIPT
-  {65,   emContainRule,   0,          0,                         0,             {},                                 {},                                         1, {}},  // EMBED, NOEMBED, TEXTAREA, OPTION
-  {66,   emContainRule,   0,          kBlock | kPart,            0,             {},                                 {},                                         1, {}},  // DIV family
-  {67,   emContainRule,   0,          kInline | kParamLike,      0,             {},                                 {},                                         1, {}},  // inline phrase and font
-  {68,   emContainRule,   0,          kInline | kParamLike,      0,             {},                                 {},                                         1, {}},  // CAPTION, LENGEND
-  {69,   emContainRule,   0,          kInline | kParamLike,      0,             {},                                 {},                                         1, {}},
-  {80,   emContainRule,   0,          kInline | kParamLike | kPart, 0,          {kCenter, kBlockquote, kPre},       {},                                         1, {}},  // P
-  {81,   emContainRule,   0,          kInline | kParamLike,      0,             {},                                 {},                                         1, {}},  // DT
-  {82,   emContainRule,   0,          kInline | kParamLike,      0,             {kCenter, kBlockquote, kP},         {},                                         1, {}},  // H1..H6
-  {96,   emContainRule,   0,          kBlock | kPart,            0,             {},                                 {kDd},                                      1, {}},  // DD
-  {97,   emContainRule,   0,          kBlock | kPart,            0,             {},                                 {kTh, kTd, kTr},                            1, {}},  // TH
-  {98,   emContainRule,   0,          kBlock | kPart,            0,             {},                                 {kTh, kTd, kTr},                            1, {}},  // TD
+  {T::emCntSpare25,        emContainRule,   0,          0,                         0,             {},                                 {},                                         1, {}},
+  {T::emCntRawText,        emContainRule,   0,          0,                         0,             {},                                 {},                                         1, {}},  // COMMENT, STYLE, SCRIPT
+  {T::emCntEmbedded,       emContainRule,   0,          0,                         0,             {},                                 {},                                         1, {}},  // EMBED, NOEMBED, TEXTAREA, OPTION
+  {T::emCntFlow,           emContainRule,   0,          kBlock | kPart,            0,             {},                                 {},                                         1, {}},  // DIV family
+  {T::emCntInline,         emContainRule,   0,          kInline | kParamLike,      0,             {},                                 {},                                         1, {}},  // inline phrase and font
+  {T::emCntCaption,        emContainRule,   0,          kInline | kParamLike,      0,             {},                                 {},                                         1, {}},  // CAPTION, LENGEND
+  {T::emCntSpare45,        emContainRule,   0,          kInline | kParamLike,      0,             {},                                 {},                                         1, {}},
+  {T::emCntParagraph,      emContainRule,   0,          kInline | kParamLike | kPart, 0,          {kCenter, kBlockquote, kPre},       {},                                         1, {}},  // P
+  {T::emCntDt,             emContainRule,   0,          kInline | kParamLike,      0,             {},                                 {},                                         1, {}},  // DT
+  {T::emCntHeading,        emContainRule,   0,          kInline | kParamLike,      0,             {kCenter, kBlockquote, kP},         {},                                         1, {}},  // H1..H6
+  {T::emCntDd,             emContainRule,   0,          kBlock | kPart,            0,             {},                                 {kDd},                                      1, {}},  // DD
+  {T::emCntTh,             emContainRule,   0,          kBlock | kPart,            0,             {},                                 {kTh, kTd, kTr},                            1, {}},  // TH
+  {T::emCntTd,             emContainRule,   0,          kBlock | kPart,            0,             {},                                 {kTh, kTd, kTr},                            1, {}},  // TD
   // LI refuses nested lists and tables, so a list after an item's text
   // closes the item and becomes its sibling.
-  {99,   emContainRule,   0,          kBlock | kPart,            0,             {},
+  {T::emCntLi,             emContainRule,   0,          kBlock | kPart,            0,             {},
          {kUl, kOl, kMenu, kDir, kTable, kLi, kTr, kTh, kCaption, kCol, kColgroup, kThead, kTfoot, kTbody},                              1, {}},  // LI
-  {112,  emContainRule,   0,          kInline,                   0,             {},                                 {},                                         1, {}},  // DEL
-  {113,  emContainRule,   0,          kInline,                   0,             {},                                 {},                                         1, {}},  // INS
+  {T::emCntDel,            emContainRule,   0,          kInline,                   0,             {},                                 {},                                         1, {}},  // DEL
+  {T::emCntIns,            emContainRule,   0,          kInline,                   0,             {},                                 {},                                         1, {}},  // INS
 };
 // clang-format on
 

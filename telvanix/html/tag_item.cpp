@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 #include <new>
 #include <strings.h>
 
 #include "telvanix/html/markup_scan.h"
+#include "telvanix/html/tag_syntax_index.h"
 #include "telvanix/html/token_arena.h"
 
 namespace telvanix {
@@ -19,26 +18,8 @@ using markup::FindCommentClose;
 
 namespace {
 
-// Name hash codes: digits 1..10, letters of either case 11..36 and a few
-// punctuation marks; every other character has code 0 and is skipped.
-constexpr std::array<unsigned char, 128> kNameCodes = [] {
-  std::array<unsigned char, 128> t{};
-  for (int c = '0'; c <= '9'; ++c)
-    t[c] = static_cast<unsigned char>(c - '0' + 1);
-  for (int c = 'a'; c <= 'z'; ++c)
-    t[c] = t[c - 'a' + 'A'] = static_cast<unsigned char>(c - 'a' + 11);
-  t['!'] = 38;
-  t['-'] = 39;
-  t['_'] = 40;
-  t['#'] = 41;
-  t[':'] = 42;
-  t['?'] = 43;
-  t['/'] = 44;
-  t[']'] = 45;
-  return t;
-}();
-
-constexpr DWORD kCommentHash = (38u * 44u + 39u) * 44u + 39u;  // "!--"
+using tagindex::kCommentHash;
+using tagindex::kNameCodes;
 
 // Character classes of the name scans.
 enum : unsigned char { kTagFirst = 1, kTagNext = 2, kAttrFirst = 4, kAttrNext = 8, kBlank = 16 };
@@ -64,51 +45,6 @@ constexpr std::array<unsigned char, 256> kClass = [] {
 }();
 
 inline bool Is(unsigned char c, unsigned char k) { return (kClass[c] & k) != 0; }
-
-inline DWORD HashName(const unsigned char* p, const unsigned char* end) {
-  if (end - p >= 3 && p[0] == '!' && p[1] == '-' && p[2] == '-')
-    return kCommentHash;
-  DWORD h = 0;
-  for (; p < end; ++p) {
-    unsigned char code = kNameCodes[*p & 127];
-    if (code)
-      h = h * 44u + code;
-  }
-  return h;
-}
-
-// Open-addressed index over the sorted table's hashes, so identification is
-// one or two probes instead of a binary search per tag.
-constexpr int kLookupSlots = 512;
-struct LookupSlot {
-  DWORD hash;
-  int index;  // row index + 1; 0 = empty
-};
-LookupSlot g_lookup[kLookupSlots];
-std::atomic<bool> g_tableReady{false};
-std::once_flag g_tableOnce;
-
-inline unsigned SlotOf(DWORD h) { return (h * 0x9E3779B1u) >> 23; }
-
-inline int LookupHash(DWORD h) {
-  for (unsigned s = SlotOf(h);; s = (s + 1) & (kLookupSlots - 1)) {
-    const LookupSlot& slot = g_lookup[s];
-    if (!slot.index)
-      return -1;
-    if (slot.hash == h)
-      return slot.index - 1;
-  }
-}
-
-inline void EnsureTable() {
-  if (!g_tableReady.load(std::memory_order_acquire))
-    CHtmlTagItem::InitializeSyntaxTable();
-}
-
-// The table is ready before any page is read (the library's load path).
-struct SyntaxTableInit {
-  SyntaxTableInit() { CHtmlTagItem::InitializeSyntaxTable(); }
-} g_syntaxTableInit;
 
 // name, a zero, value, a zero, into block (nameLen + valueLen + 2 bytes).
 void FillRecordText(char* block, const void* name, int nameLen, const void* value, int valueLen) {
@@ -160,39 +96,18 @@ struct RawRecord {
 
 // ---- Static table operations ----
 
-int CHtmlTagItem::InitializeSyntaxTable() {
-  std::call_once(g_tableOnce, [] {
-    ms_nTagSyntaxTableSize = emTagSyntaxTableRows;
-    for (TagSyntaxItem& row : ms_tTagSyntaxTable) {
-      const unsigned char* name = reinterpret_cast<const unsigned char*>(row.m_pszTagName);
-      row.m_nHashCode = HashName(name, name + std::strlen(row.m_pszTagName));
-    }
-    std::sort(std::begin(ms_tTagSyntaxTable), std::end(ms_tTagSyntaxTable),
-              [](const TagSyntaxItem& a, const TagSyntaxItem& b) { return a.m_nHashCode < b.m_nHashCode; });
-    for (int i = 0; i < emTagSyntaxTableRows; ++i) {
-      DWORD h = ms_tTagSyntaxTable[i].m_nHashCode;
-      unsigned s = SlotOf(h);
-      while (g_lookup[s].index)
-        s = (s + 1) & (kLookupSlots - 1);
-      g_lookup[s].hash = h;
-      g_lookup[s].index = i + 1;
-    }
-    g_tableReady.store(true, std::memory_order_release);
-  });
-  return 1;
-}
+int CHtmlTagItem::InitializeSyntaxTable() { return 1; }
 
 int CHtmlTagItem::GetTagIndex(const unsigned char* first, const unsigned char* last, DWORD* pHash) {
-  EnsureTable();
   if (!first || !last || first > last) {
     if (pHash)
       *pHash = static_cast<DWORD>(-1);
     return -1;
   }
-  DWORD h = HashName(first, last + 1);
+  DWORD h = tagindex::HashName(first, last + 1);
   if (pHash)
     *pHash = h;
-  return LookupHash(h);
+  return tagindex::Lookup(h);
 }
 
 int CHtmlTagItem::GetTagIdFromTagName(const char* name, int* pIndex) {
@@ -209,7 +124,7 @@ int CHtmlTagItem::GetTagIdFromTagName(const char* name, int* pIndex) {
   int index = n ? GetTagIndex(p, p + n - 1, &h) : -1;
   DWORD id;
   if (index < 0) {
-    id = (h & 0x0FFFFFFFu) | emTagIdUnknownBit;
+    id = (h & emTagIdHashMask) | emTagIdUnknownBit;
     index = 0;
   } else {
     id = ms_tTagSyntaxTable[index].m_nTagId;
@@ -222,7 +137,6 @@ int CHtmlTagItem::GetTagIdFromTagName(const char* name, int* pIndex) {
 }
 
 const TagSyntaxItem* CHtmlTagItem::GetTagSyntaxItem(int nIndex) {
-  EnsureTable();
   if (nIndex < 0 || nIndex >= ms_nTagSyntaxTableSize)
     return &ms_tTagSyntaxTable[0];
   return &ms_tTagSyntaxTable[nIndex];
@@ -258,9 +172,8 @@ void CHtmlTagItem::ScanTagName(const unsigned char* p, const unsigned char* last
     h = kCommentHash;
   info.m_pName = start;
   info.m_nLength = static_cast<int>(p - start);
-  EnsureTable();
   info.m_nHash = h;
-  info.m_nIndex = LookupHash(h);
+  info.m_nIndex = tagindex::Lookup(h);
 }
 
 int CHtmlTagItem::IsValidTagToken(const unsigned char* start, const unsigned char* end) {
@@ -271,17 +184,17 @@ int CHtmlTagItem::IsValidTagToken(const unsigned char* start, const unsigned cha
 int CHtmlTagItem::IsValidTagToken(const unsigned char* start, const unsigned char* end, TagNameInfo& info) {
   if (!start || !end || start + 1 >= end) {
     info = TagNameInfo{nullptr, 0, 0, 0, -1};
-    return 0x200;
+    return emSptDeclaration;
   }
   ScanTagName(start + 1, end - 1, info);
   if (!info.m_pName) {
     const unsigned char* there = start + 1;
     if (there < end && *there == '/')
       ++there;
-    return there < end && *there == '>' ? 0 : 0x200;
+    return there < end && *there == '>' ? emSptOrdinary : emSptDeclaration;
   }
   if (info.m_nIndex < 0 || info.m_bEndTag)
-    return 0;
+    return emSptOrdinary;
   return ms_tTagSyntaxTable[info.m_nIndex].m_nSptType;
 }
 
@@ -335,9 +248,7 @@ int CHtmlTagItem::GetCommentMark(CHtmlTagItem* pItem, CString& mark, CString& da
 // ---- Construction ----
 
 CHtmlTagItem::CHtmlTagItem()
-    : CHtmlTokenItem(emTokenTag), m_pAttributes(nullptr), m_nTagId(0), m_nAttributeCount(0) {
-  EnsureTable();
-}
+    : CHtmlTokenItem(emTokenTag), m_pAttributes(nullptr), m_nTagId(0), m_nAttributeCount(0) {}
 
 CHtmlTagItem::CHtmlTagItem(const char* text) : CHtmlTagItem() {
   if (text && *text == '<') {
@@ -411,7 +322,7 @@ void CHtmlTagItem::Identify(const TagNameInfo& info) {
   if (info.m_pName) {
     if (info.m_nIndex < 0) {
       m_nTagIndex = static_cast<short>(emUnknownTagIndex);
-      m_nTagId = (info.m_nHash & 0x0FFFFFFFu) + emTagIdUnknownBit;
+      m_nTagId = (info.m_nHash & emTagIdHashMask) + emTagIdUnknownBit;
     } else {
       m_nTagIndex = static_cast<short>(info.m_nIndex);
       m_nTagId = ms_tTagSyntaxTable[info.m_nIndex].m_nTagId;
@@ -622,7 +533,7 @@ int CHtmlTagItem::GetCntType() const { return IsValidTagIndex() ? ms_tTagSyntaxT
 int CHtmlTagItem::GetSptType() const { return IsValidTagIndex() ? ms_tTagSyntaxTable[m_nTagIndex].m_nSptType : 0; }
 int CHtmlTagItem::GetVerType() const { return IsValidTagIndex() ? ms_tTagSyntaxTable[m_nTagIndex].m_nVerType : 0; }
 DWORD CHtmlTagItem::GetMjrType() const {
-  return IsValidTagIndex() ? ms_tTagSyntaxTable[m_nTagIndex].m_nMjrType : 0xFF000008u;
+  return IsValidTagIndex() ? ms_tTagSyntaxTable[m_nTagIndex].m_nMjrType : static_cast<DWORD>(emMjrInvalidRow);
 }
 DWORD CHtmlTagItem::GetPrtType() const { return IsValidTagIndex() ? ms_tTagSyntaxTable[m_nTagIndex].m_nPrtType : 0; }
 
@@ -630,39 +541,39 @@ namespace {
 inline int HasAll(DWORD value, DWORD mask) { return (value & mask) == mask; }
 }  // namespace
 
-int CHtmlTagItem::IsBlockLevelTag() const { return HasAll(GetMjrType(), 0xA0000010u); }
-int CHtmlTagItem::IsInlineLevelTag() const { return HasAll(GetMjrType(), 0xA0001000u); }
+int CHtmlTagItem::IsBlockLevelTag() const { return HasAll(GetMjrType(), emMjrBlockLevel); }
+int CHtmlTagItem::IsInlineLevelTag() const { return HasAll(GetMjrType(), emMjrInlineLevel); }
 int CHtmlTagItem::IsBlockTag() const { return IsBlockLevelTag() || IsInlineLevelTag(); }
-int CHtmlTagItem::IsBlockLevelEmbeddedTag() const { return HasAll(GetMjrType(), 0xA0000100u); }
-int CHtmlTagItem::IsInineLevelEmbeddedTag() const { return HasAll(GetMjrType(), 0xA0020000u); }
+int CHtmlTagItem::IsBlockLevelEmbeddedTag() const { return HasAll(GetMjrType(), emMjrBlockLevelEmbedded); }
+int CHtmlTagItem::IsInineLevelEmbeddedTag() const { return HasAll(GetMjrType(), emMjrInlineLevelEmbedded); }
 
 int CHtmlTagItem::GetXmlType() {
   EnsureAnalysed();
   if (m_nTagId == emTagIdComment)
-    return 4;
+    return emXmlComment;
   if (m_nTagId == emTagIdDoctype)
-    return 6;
+    return emXmlDoctype;
   if (m_nOriginalLength > 2 && m_pOriginal[1] == '?')
-    return 7;
+    return emXmlProcessing;
   if (m_nOriginalLength > 2 && m_pOriginal[1] == '!')
-    return 5;
+    return emXmlDeclaration;
   if (m_nAttributeCount) {
     const TagAttribute& lastRec = m_pAttributes[m_nAttributeCount - 1];
     if (lastRec.m_nNameLength == 1 && lastRec.m_pszName[0] == '/')
-      return 3;
+      return emXmlEmptyTag;
   }
-  return IsEndTag() ? 2 : 1;
+  return IsEndTag() ? emXmlEndTag : emXmlStartTag;
 }
 
 int CHtmlTagItem::IsXmlTag() {
   if (IsUnknownTag())
     return 1;
   int type = GetXmlType();
-  return type == 3 || type == 5 || type == 7;
+  return type == emXmlEmptyTag || type == emXmlDeclaration || type == emXmlProcessing;
 }
 
 int CHtmlTagItem::ChangeUnknownTagIndex(int nIndex) {
-  if (!IsUnknownTag() || nIndex < 1 || nIndex > 4)
+  if (!IsUnknownTag() || nIndex < emUnknownTagIndex || nIndex > emUnknownContainerTagIndex)
     return 0;
   m_nTagIndex = static_cast<short>(nIndex);
   return 1;

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "telvanix/html/tag_vocabulary.h"
 #include "telvanix/html/token_item.h"
 #include "telvanix/platform/export.h"
 #include "telvanix/platform/string_types.h"
@@ -41,23 +42,139 @@ struct TagAttribute {
 
 class TELVANIX_API CHtmlTagItem : public CHtmlTokenItem {
  public:
-  enum : int32_t { emTagSyntaxTableRows = 111 };
+  // Tag ids by row name (tag_vocabulary.h): emTagIdP, emTagIdComment ("!--"),
+  // emTagIdDoctype ("!DOCTYPE"), ...
+  enum EmTagId : int32_t {
+#define TELVANIX_TAG_ID(name, spelling, id, ...) emTagId##name = id,
+    TELVANIX_TAG_ROWS(TELVANIX_TAG_ID)
+#undef TELVANIX_TAG_ID
+  };
+  enum : int32_t {
+#define TELVANIX_TAG_ROW_COUNT(...) +1
+    emTagSyntaxTableRows = 0 TELVANIX_TAG_ROWS(TELVANIX_TAG_ROW_COUNT)
+#undef TELVANIX_TAG_ROW_COUNT
+  };
   enum : DWORD {
     emTagIdEndBit = 0x10000000,
     emTagIdUnknownBit = 0x20000000,
-    emTagIdComment = 0x60,
-    emTagIdDoctype = 0x10
+    emTagIdHashMask = 0x0FFFFFFF,  // what an unknown tag keeps of its name hash
+    // Bits 16 to 19 of a known id say where the tag belongs.
+    emTagIdGroupMask = 0xF0000,
+    emTagIdGroupDocument = 0x00000,
+    emTagIdGroupHead = 0x10000,
+    emTagIdGroupBody = 0x20000,
+    emTagIdGroupFrameset = 0x30000
   };
   // Rows that unknown tags point at.
   enum : int32_t {
     emUnknownTagIndex = 1,        // any unknown tag
     emUnknownEmptyTagIndex = 2,   // closed by "/>", or taken as empty
     emUnknownXmlPiTagIndex = 3,   // closed by "?>"
-    emUnknownContainerTagIndex = 4
+    emUnknownContainerTagIndex = 4,
+    emUnknownLastRowIndex = 5
   };
 
-  static TagSyntaxItem ms_tTagSyntaxTable[emTagSyntaxTableRows];
-  static int ms_nTagSyntaxTableSize;
+  // Occurrence (Ocr): which of the start and end tag a page may leave out.
+  enum EmOcrType : int32_t { emOcrBothOptional = 0, emOcrEndOptional = 1, emOcrEndRequired = 2 };
+  // Content model (Cnt): tags with the same code hold the same children
+  // (CHtmlEntityTree::ms_tTagContainTable); 0 is an empty element.
+  enum EmCntType : int32_t {
+    emCntEmpty = 0x0, emCntHtml = 0x1, emCntHead = 0x2, emCntBody = 0x3, emCntFrameset = 0x4,
+    emCntNoFrames = 0x5, emCntTitle = 0x10, emCntAnchor = 0x11, emCntApplet = 0x12, emCntObject = 0x13,
+    emCntMap = 0x14, emCntSelect = 0x15, emCntLabel = 0x16, emCntButton = 0x17, emCntDl = 0x18,
+    emCntForm = 0x19, emCntTable = 0x1A, emCntThead = 0x1B, emCntTfoot = 0x1C, emCntTbody = 0x1D,
+    emCntColgroup = 0x1E, emCntTr = 0x1F, emCntFieldset = 0x20, emCntAddress = 0x21, emCntList = 0x22,
+    emCntDirMenu = 0x23, emCntPreformatted = 0x24, emCntSpare25 = 0x25, emCntRawText = 0x40,
+    emCntEmbedded = 0x41, emCntFlow = 0x42, emCntInline = 0x43, emCntCaption = 0x44, emCntSpare45 = 0x45,
+    emCntParagraph = 0x50, emCntDt = 0x51, emCntHeading = 0x52, emCntDd = 0x60, emCntTh = 0x61,
+    emCntTd = 0x62, emCntLi = 0x63, emCntDel = 0x70, emCntIns = 0x71, emCntUnknownContainer = 0x80,
+    emCntUnknown = 0x81
+  };
+  // Special parsing (Spt). IsValidTagToken answers with these too; there
+  // emSptDeclaration also stands for a "<" that starts no tag name.
+  enum EmSptType : int32_t {
+    emSptOrdinary = 0x0,
+    emSptComment = 0x1,       // "<!--"
+    emSptRawContent = 0x100,  // text up to the matching end tag (COMMENT, STYLE, SCRIPT)
+    emSptDeclaration = 0x200  // "<!DOCTYPE"
+  };
+  // Version (Ver).
+  enum EmVerType : int32_t { emVerAll = -1, emVerEdit = 0x8, emVerExtension = 0x600 };
+  // Major category (Mjr): where a tag may stand and what kind it is. The
+  // predicates test that all bits of a mask are set.
+  enum EmMjrType : DWORD {
+    emMjrHtmlChild = 0x80000000,
+    emMjrHeadChild = 0x40000000,
+    emMjrBodyChild = 0x20000000,
+    emMjrFramesetChild = 0x10000000,
+    emMjrNotElement = 0xFF000000,
+    emMjrEditMark = 0x1,
+    emMjrFrameKind = 0x2,
+    emMjrDocumentKind = 0x4,
+    emMjrInvalidKind = 0x8,
+    emMjrBlockKind = 0x10,
+    emMjrHeadingKind = 0x20,
+    emMjrListKind = 0x40,
+    emMjrPreformattedKind = 0x80,
+    emMjrPartKind = 0x100,
+    emMjrInlineKind = 0x1000,
+    emMjrFontStyleKind = 0x2000,
+    emMjrPhraseKind = 0x4000,
+    emMjrSpecialKind = 0x8000,
+    emMjrFormControlKind = 0x10000,
+    emMjrEmbeddedKind = 0x20000,
+    emMjrTitleKind = 0x100000,
+    emMjrMetaKind = 0x200000,
+    // Predicate masks.
+    emMjrBlockLevel = emMjrHtmlChild | emMjrBodyChild | emMjrBlockKind,
+    emMjrInlineLevel = emMjrHtmlChild | emMjrBodyChild | emMjrInlineKind,
+    emMjrBlockLevelEmbedded = emMjrHtmlChild | emMjrBodyChild | emMjrPartKind,
+    emMjrInlineLevelEmbedded = emMjrHtmlChild | emMjrBodyChild | emMjrEmbeddedKind,
+    // The values of the rows.
+    emMjrInvalidRow = emMjrNotElement | emMjrInvalidKind,
+    emMjrDocumentRow = emMjrNotElement | emMjrDocumentKind,
+    emMjrTopLevel = emMjrHtmlChild,
+    emMjrHeadTitle = emMjrHtmlChild | emMjrHeadChild | emMjrTitleKind,
+    emMjrHeadMeta = emMjrHtmlChild | emMjrHeadChild | emMjrMetaKind,
+    emMjrFontStyle = emMjrInlineLevel | emMjrFontStyleKind,
+    emMjrPhrase = emMjrInlineLevel | emMjrPhraseKind,
+    emMjrSpecialInline = emMjrInlineLevel | emMjrSpecialKind,
+    emMjrScript = emMjrHeadMeta | emMjrSpecialInline,
+    emMjrFormControl = emMjrInlineLevel | emMjrFormControlKind,
+    emMjrBlock = emMjrBlockLevel,
+    emMjrHeadOrBlock = emMjrHeadMeta | emMjrBlockLevel,
+    emMjrHeading = emMjrBlockLevel | emMjrHeadingKind,
+    emMjrList = emMjrBlockLevel | emMjrListKind,
+    emMjrPreformatted = emMjrBlockLevel | emMjrPreformattedKind,
+    emMjrListTablePart = emMjrBlockLevelEmbedded,
+    emMjrEmbeddedInline = emMjrInlineLevelEmbedded,
+    emMjrEdit = emMjrHtmlChild | emMjrBodyChild | emMjrEditMark,
+    emMjrFrame = emMjrHtmlChild | emMjrFramesetChild | emMjrFrameKind
+  };
+  // Print type (Prt): four byte-sized line codes for the saver, low byte
+  // first: before and after the start tag, before and after the end tag.
+  enum EmPrtType : DWORD {
+    emPrtNone = 0x0,
+    emPrtHeadLine = 0x2,
+    emPrtBlockLine = 0x4,
+    emPrtOwnLine = 0x101,
+    emPrtDocument = 0x1010101,
+    emPrtContainer = 0x4060504
+  };
+  // GetXmlType.
+  enum EmXmlType : int32_t {
+    emXmlStartTag = 1,
+    emXmlEndTag = 2,
+    emXmlEmptyTag = 3,     // closed by "/>"
+    emXmlComment = 4,
+    emXmlDeclaration = 5,  // "<!"
+    emXmlDoctype = 6,
+    emXmlProcessing = 7    // "<?"
+  };
+
+  // Sorted by hash, built when the library is compiled (tag_syntax_table.cpp).
+  static const TagSyntaxItem ms_tTagSyntaxTable[emTagSyntaxTableRows];
+  static constexpr int ms_nTagSyntaxTableSize = emTagSyntaxTableRows;
 
   // What the name scan after a "<" found (shared by the tokenizer and
   // identification so a name is hashed once).
@@ -69,7 +186,7 @@ class TELVANIX_API CHtmlTagItem : public CHtmlTokenItem {
     int m_nIndex;                  // row index, or -1 for an unknown name
   };
 
-  // Once: hashes every row and sorts the table by hash. Returns 1.
+  // The table is built at compile time; kept for hosts that call it. Returns 1.
   static int InitializeSyntaxTable();
   // Row index of the name first..last (inclusive), or -1. Stores the hash
   // (-1 when first > last) when pHash is not null.
@@ -80,7 +197,7 @@ class TELVANIX_API CHtmlTagItem : public CHtmlTokenItem {
   // The row, or row 0 for an index outside the table.
   static const TagSyntaxItem* GetTagSyntaxItem(int nIndex);
   // How the tokenizer must treat the text at start ("<") up to end
-  // (exclusive): 0 normal tag, 1 comment, 0x100 raw content, 0x200 declaration.
+  // (exclusive), an EmSptType: ordinary tag, comment, raw content, declaration.
   static int IsValidTagToken(const unsigned char* start, const unsigned char* end);
   // The same, also handing back the scanned name.
   static int IsValidTagToken(const unsigned char* start, const unsigned char* end, TagNameInfo& info);
@@ -128,8 +245,7 @@ class TELVANIX_API CHtmlTagItem : public CHtmlTokenItem {
   int IsBlockLevelEmbeddedTag() const;
   int IsInineLevelEmbeddedTag() const;
 
-  // 1 start tag, 2 end tag, 3 "/>" tag, 4 comment, 5 "<!" declaration,
-  // 6 !DOCTYPE, 7 "<?" processing instruction.
+  // An EmXmlType.
   int GetXmlType();
   int IsXmlTag();
   // Unknown tags only, values 1 to 4; 0 otherwise.

@@ -1,131 +1,86 @@
-// The static table of known tags: for each tag name its id and the six type
-// columns (occurrence, content model, special parsing, version, major
-// category, print codes) that the tokenizer, the tree builder and the saver
-// consult. Kept in its stored order; InitializeSyntaxTable fills the hashes
-// and sorts it by hash once, after which rows are addressed by sorted index.
-//
-// Rows 0 to 5 are not elements: row 0 answers for an invalid index, rows 1 to
-// 5 are what unknown tags point at. The legend element's row is spelled
-// "LENGEND" on purpose, so a LEGEND tag in a page stays an unknown tag.
+// The tag syntax table, built from the vocabulary (tag_vocabulary.h) when the
+// library is compiled: every row's name hashed, the rows sorted by hash, and
+// the lookup index filled. Nothing is prepared at run time, so no lock and no
+// first-use order matter.
+#include <algorithm>
+#include <array>
+
 #include "telvanix/html/tag_item.h"
+#include "telvanix/html/tag_syntax_index.h"
 
 namespace telvanix {
 
-// hash, id, name, Ocr, Cnt, Spt, Ver, Mjr, Prt
-TagSyntaxItem CHtmlTagItem::ms_tTagSyntaxTable[CHtmlTagItem::emTagSyntaxTableRows] = {
-    {0, 0x0, "", 0, 0x0, 0x0, -1, 0xFF000008u, 0x4u},  // 0
-    {0, 0x2, "1", 1, 0x81, 0x0, -1, 0xFF000008u, 0x0u},  // 1
-    {0, 0x3, "2", 1, 0x0, 0x0, -1, 0xFF000008u, 0x0u},  // 2
-    {0, 0x4, "3", 1, 0x0, 0x0, -1, 0xFF000008u, 0x101u},  // 3
-    {0, 0x5, "4", 2, 0x80, 0x0, -1, 0xFF000008u, 0x4060504u},  // 4
-    {0, 0x6, "5", 2, 0x80, 0x0, -1, 0xFF000008u, 0x4060504u},  // 5
-    {0, 0x10, "!DOCTYPE", 0, 0x0, 0x200, -1, 0xFF000004u, 0x101u},  // 6
-    {0, 0x20, "HTML", 0, 0x1, 0x0, -1, 0xFF000004u, 0x1010101u},  // 7
-    {0, 0x30, "HEAD", 0, 0x2, 0x0, -1, 0x80000000u, 0x4060504u},  // 8
-    {0, 0x40, "BODY", 0, 0x3, 0x0, -1, 0x80000000u, 0x4060504u},  // 9
-    {0, 0x50, "FRAMESET", 2, 0x4, 0x0, -1, 0x80000000u, 0x4060504u},  // 10
-    {0, 0x60, "!--", 0, 0x0, 0x1, -1, 0xFF000004u, 0x0u},  // 11
-    {0, 0x70, "COMMENT", 2, 0x40, 0x100, -1, 0xFF000004u, 0x0u},  // 12
-    {0, 0x80, "?DOCTYPE", 0, 0x0, 0x0, -1, 0xFF000004u, 0x101u},  // 13
-    {0, 0x10000, "TITLE", 2, 0x10, 0x0, -1, 0xC0100000u, 0x2u},  // 14
-    {0, 0x10010, "BASE", 1, 0x0, 0x0, -1, 0xC0100000u, 0x2u},  // 15
-    {0, 0x10020, "STYLE", 2, 0x40, 0x100, -1, 0xC0200000u, 0x0u},  // 16
-    {0, 0x10030, "META", 1, 0x0, 0x0, -1, 0xC0200000u, 0x2u},  // 17
-    {0, 0x10040, "LINK", 1, 0x0, 0x0, -1, 0xC0200000u, 0x2u},  // 18
-    {0, 0x10080, "NEXTID", 1, 0x0, 0x0, -1, 0xC0200000u, 0x2u},  // 19
-    {0, 0x20000, "TT", 2, 0x43, 0x0, -1, 0xA0003000u, 0x0u},  // 20
-    {0, 0x20010, "I", 2, 0x43, 0x0, -1, 0xA0003000u, 0x0u},  // 21
-    {0, 0x20020, "B", 2, 0x43, 0x0, -1, 0xA0003000u, 0x0u},  // 22
-    {0, 0x20030, "U", 2, 0x43, 0x0, -1, 0xA0003000u, 0x0u},  // 23
-    {0, 0x20040, "S", 2, 0x43, 0x0, -1, 0xA0003000u, 0x0u},  // 24
-    {0, 0x20050, "STRIKE", 2, 0x43, 0x0, -1, 0xA0003000u, 0x0u},  // 25
-    {0, 0x20060, "BIG", 2, 0x43, 0x0, -1, 0xA0003000u, 0x0u},  // 26
-    {0, 0x20070, "SMALL", 2, 0x43, 0x0, -1, 0xA0003000u, 0x0u},  // 27
-    {0, 0x20100, "EM", 2, 0x43, 0x0, -1, 0xA0005000u, 0x0u},  // 28
-    {0, 0x20110, "STRONG", 2, 0x43, 0x0, -1, 0xA0005000u, 0x0u},  // 29
-    {0, 0x20120, "DFN", 2, 0x43, 0x0, -1, 0xA0005000u, 0x0u},  // 30
-    {0, 0x20130, "CODE", 2, 0x43, 0x0, -1, 0xA0005000u, 0x0u},  // 31
-    {0, 0x20140, "SAMP", 2, 0x43, 0x0, -1, 0xA0005000u, 0x0u},  // 32
-    {0, 0x20150, "KBD", 2, 0x43, 0x0, -1, 0xA0005000u, 0x0u},  // 33
-    {0, 0x20160, "VAR", 2, 0x43, 0x0, -1, 0xA0005000u, 0x0u},  // 34
-    {0, 0x20170, "CITE", 2, 0x43, 0x0, -1, 0xA0005000u, 0x0u},  // 35
-    {0, 0x20180, "ACRONYM", 2, 0x43, 0x0, -1, 0xA0005000u, 0x0u},  // 36
-    {0, 0x20190, "BLINK", 2, 0x43, 0x0, -1, 0xA0005000u, 0x0u},  // 37
-    {0, 0x20200, "A", 2, 0x11, 0x0, -1, 0xA0009000u, 0x0u},  // 38
-    {0, 0x20210, "IMG", 1, 0x0, 0x0, -1, 0xA0009000u, 0x0u},  // 39
-    {0, 0x20220, "APPLET", 2, 0x12, 0x0, -1, 0xA0009000u, 0x0u},  // 40
-    {0, 0x20230, "OBJECT", 2, 0x13, 0x0, -1, 0xA0009000u, 0x0u},  // 41
-    {0, 0x20240, "FONT", 2, 0x43, 0x0, -1, 0xA0009000u, 0x0u},  // 42
-    {0, 0x20250, "BASEFONT", 1, 0x0, 0x0, -1, 0xA0009000u, 0x0u},  // 43
-    {0, 0x20260, "BR", 1, 0x0, 0x0, -1, 0xA0009000u, 0x0u},  // 44
-    {0, 0x22060, "SCRIPT", 2, 0x40, 0x100, -1, 0xE0209000u, 0x0u},  // 45
-    {0, 0x20270, "MAP", 2, 0x14, 0x0, -1, 0xA0009000u, 0x0u},  // 46
-    {0, 0x20280, "Q", 2, 0x43, 0x0, -1, 0xA0009000u, 0x0u},  // 47
-    {0, 0x20290, "SUB", 2, 0x43, 0x0, -1, 0xA0009000u, 0x0u},  // 48
-    {0, 0x202A0, "SUP", 2, 0x43, 0x0, -1, 0xA0009000u, 0x0u},  // 49
-    {0, 0x202B0, "SPAN", 2, 0x43, 0x0, -1, 0xA0009000u, 0x0u},  // 50
-    {0, 0x202C0, "BDO", 2, 0x43, 0x0, -1, 0xA0009000u, 0x0u},  // 51
-    {0, 0x202E0, "IFRAME", 2, 0x42, 0x0, -1, 0xA0009000u, 0x0u},  // 52
-    {0, 0x202F0, "EMBED", 2, 0x41, 0x0, -1, 0xA0009000u, 0x0u},  // 53
-    {0, 0x202F1, "NOEMBED", 2, 0x41, 0x0, -1, 0xA0009000u, 0x0u},  // 54
-    {0, 0x202F2, "MARQUEE", 2, 0x42, 0x0, 0x600, 0xA0009000u, 0x0u},  // 55
-    {0, 0x202F3, "NOBR", 2, 0x42, 0x0, -1, 0xA0009000u, 0x0u},  // 56
-    {0, 0x202F4, "WBR", 1, 0x0, 0x0, -1, 0xA0009000u, 0x0u},  // 57
-    {0, 0x20221, "PARAM", 1, 0x0, 0x0, -1, 0xA0020000u, 0x0u},  // 58
-    {0, 0x20271, "AREA", 1, 0x0, 0x0, -1, 0xA0020000u, 0x0u},  // 59
-    {0, 0x20300, "INPUT", 1, 0x0, 0x0, -1, 0xA0011000u, 0x0u},  // 60
-    {0, 0x20310, "SELECT", 2, 0x15, 0x0, -1, 0xA0011000u, 0x0u},  // 61
-    {0, 0x20320, "TEXTAREA", 2, 0x41, 0x0, -1, 0xA0011000u, 0x0u},  // 62
-    {0, 0x20330, "LABEL", 2, 0x16, 0x0, -1, 0xA0011000u, 0x0u},  // 63
-    {0, 0x20340, "BUTTON", 2, 0x17, 0x0, -1, 0xA0011000u, 0x0u},  // 64
-    {0, 0x20311, "OPTION", 1, 0x41, 0x0, -1, 0xA0020000u, 0x0u},  // 65
-    {0, 0x21000, "P", 1, 0x50, 0x0, -1, 0xA0000010u, 0x4u},  // 66
-    {0, 0x21010, "DL", 2, 0x18, 0x0, -1, 0xA0000010u, 0x4060504u},  // 67
-    {0, 0x21020, "DIV", 2, 0x42, 0x0, -1, 0xA0000010u, 0x4060504u},  // 68
-    {0, 0x21030, "CENTER", 2, 0x42, 0x0, -1, 0xA0000010u, 0x4060504u},  // 69
-    {0, 0x21040, "NOSCRIPT", 2, 0x42, 0x0, -1, 0xE0200010u, 0x4060504u},  // 70
-    {0, 0x21050, "BLOCKQUOTE", 2, 0x42, 0x0, -1, 0xA0000010u, 0x4060504u},  // 71
-    {0, 0x21060, "FORM", 2, 0x19, 0x0, -1, 0xA0000010u, 0x4060504u},  // 72
-    {0, 0x21070, "ISINDEX", 1, 0x0, 0x0, -1, 0xE0200010u, 0x4u},  // 73
-    {0, 0x21080, "HR", 1, 0x0, 0x0, -1, 0xA0000010u, 0x0u},  // 74
-    {0, 0x21090, "TABLE", 2, 0x1A, 0x0, -1, 0xA0000010u, 0x4060504u},  // 75
-    {0, 0x210A0, "FIELDSET", 2, 0x20, 0x0, -1, 0xA0000010u, 0x4060504u},  // 76
-    {0, 0x210B0, "ADDRESS", 2, 0x21, 0x0, -1, 0xA0000010u, 0x4u},  // 77
-    {0, 0x210C0, "LAYER", 2, 0x42, 0x0, -1, 0xA0000010u, 0x4060504u},  // 78
-    {0, 0x21011, "DT", 1, 0x51, 0x0, -1, 0xA0000100u, 0x4u},  // 79
-    {0, 0x21012, "DD", 1, 0x60, 0x0, -1, 0xA0000100u, 0x4u},  // 80
-    {0, 0x21091, "CAPTION", 2, 0x44, 0x0, -1, 0xA0000100u, 0x4060504u},  // 81
-    {0, 0x21094, "THEAD", 1, 0x1B, 0x0, -1, 0xA0000100u, 0x4060504u},  // 82
-    {0, 0x21095, "TFOOT", 1, 0x1C, 0x0, -1, 0xA0000100u, 0x4060504u},  // 83
-    {0, 0x21096, "TBODY", 0, 0x1D, 0x0, -1, 0xA0000100u, 0x4060504u},  // 84
-    {0, 0x21092, "COL", 1, 0x0, 0x0, -1, 0xA0000100u, 0x4u},  // 85
-    {0, 0x21093, "COLGROUP", 1, 0x1E, 0x0, -1, 0xA0000100u, 0x4u},  // 86
-    {0, 0x2109A, "TR", 1, 0x1F, 0x0, -1, 0xA0000100u, 0x4u},  // 87
-    {0, 0x2109B, "TH", 1, 0x61, 0x0, -1, 0xA0000100u, 0x4u},  // 88
-    {0, 0x2109C, "TD", 1, 0x62, 0x0, -1, 0xA0000100u, 0x4u},  // 89
-    {0, 0x210A1, "LENGEND", 2, 0x44, 0x0, -1, 0xA0000100u, 0x4u},  // 90
-    {0, 0x21100, "H1", 2, 0x52, 0x0, -1, 0xA0000030u, 0x4u},  // 91
-    {0, 0x21110, "H2", 2, 0x52, 0x0, -1, 0xA0000030u, 0x4u},  // 92
-    {0, 0x21120, "H3", 2, 0x52, 0x0, -1, 0xA0000030u, 0x4u},  // 93
-    {0, 0x21130, "H4", 2, 0x52, 0x0, -1, 0xA0000030u, 0x4u},  // 94
-    {0, 0x21140, "H5", 2, 0x52, 0x0, -1, 0xA0000030u, 0x4u},  // 95
-    {0, 0x21150, "H6", 2, 0x52, 0x0, -1, 0xA0000030u, 0x4u},  // 96
-    {0, 0x21200, "UL", 2, 0x22, 0x0, -1, 0xA0000050u, 0x4060504u},  // 97
-    {0, 0x21210, "OL", 2, 0x22, 0x0, -1, 0xA0000050u, 0x4060504u},  // 98
-    {0, 0x21230, "DIR", 2, 0x23, 0x0, -1, 0xA0000050u, 0x4060504u},  // 99
-    {0, 0x21220, "MENU", 2, 0x23, 0x0, -1, 0xA0000050u, 0x4060504u},  // 100
-    {0, 0x21201, "LI", 1, 0x63, 0x0, -1, 0xA0000100u, 0x4u},  // 101
-    {0, 0x21300, "PRE", 2, 0x24, 0x0, -1, 0xA0000090u, 0x0u},  // 102
-    {0, 0x21310, "XMP", 2, 0x24, 0x0, -1, 0xA0000090u, 0x0u},  // 103
-    {0, 0x21320, "LISTING", 2, 0x24, 0x0, -1, 0xA0000090u, 0x0u},  // 104
-    {0, 0x21330, "PLAINTEXT", 1, 0x24, 0x0, -1, 0xA0000090u, 0x0u},  // 105
-    {0, 0x22000, "INS", 2, 0x71, 0x0, 0x8, 0xA0000001u, 0x0u},  // 106
-    {0, 0x22010, "DEL", 2, 0x70, 0x0, 0x8, 0xA0000001u, 0x0u},  // 107
-    {0, 0x34000, "FRAME", 1, 0x0, 0x0, -1, 0x90000002u, 0x4u},  // 108
-    {0, 0x34010, "NOFRAMES", 2, 0x5, 0x0, -1, 0xFF000004u, 0x4u},  // 109
-    {0, 0x40001, "BGSOUND", 1, 0x0, 0x0, 0x600, 0x80000000u, 0x0u},  // 110
+namespace {
+
+using T = CHtmlTagItem;
+constexpr int kRows = T::emTagSyntaxTableRows;
+
+constexpr std::size_t Length(const char* s) {
+  std::size_t n = 0;
+  while (s[n])
+    ++n;
+  return n;
+}
+
+constexpr std::array<TagSyntaxItem, kRows> SortedRows() {
+  std::array<TagSyntaxItem, kRows> rows = {{
+#define TELVANIX_TAG_ROW(name, spelling, id, ocr, cnt, spt, ver, mjr, prt)                                   \
+  {tagindex::HashName(spelling, spelling + Length(spelling)), id, spelling, T::emOcr##ocr, T::emCnt##cnt, \
+   T::emSpt##spt, T::emVer##ver, T::emMjr##mjr, T::emPrt##prt},
+      TELVANIX_TAG_ROWS(TELVANIX_TAG_ROW)
+#undef TELVANIX_TAG_ROW
+  }};
+  std::sort(rows.begin(), rows.end(),
+            [](const TagSyntaxItem& a, const TagSyntaxItem& b) { return a.m_nHashCode < b.m_nHashCode; });
+  return rows;
+}
+
+constexpr std::array<TagSyntaxItem, kRows> kSorted = SortedRows();
+
+constexpr bool HashesUnique() {
+  for (int i = 1; i < kRows; ++i)
+    if (kSorted[i - 1].m_nHashCode == kSorted[i].m_nHashCode)
+      return false;
+  return true;
+}
+static_assert(HashesUnique(), "two tag names hash alike");
+static_assert(kSorted[T::emUnknownTagIndex].m_nTagId == T::emTagIdUnknownRow1 &&
+                  kSorted[T::emUnknownLastRowIndex].m_nTagId == T::emTagIdUnknownRow5,
+              "the unknown-tag rows sort right after row 0");
+
+// The stored position of each row, so that the public table below can be
+// spelled as one element per row.
+enum StoredRow : int {
+#define TELVANIX_TAG_STORED(name, ...) kStored##name,
+  TELVANIX_TAG_ROWS(TELVANIX_TAG_STORED)
+#undef TELVANIX_TAG_STORED
 };
 
-int CHtmlTagItem::ms_nTagSyntaxTableSize = 0;
+}  // namespace
+
+// Element i is the i-th row in hash order.
+const TagSyntaxItem CHtmlTagItem::ms_tTagSyntaxTable[CHtmlTagItem::emTagSyntaxTableRows] = {
+#define TELVANIX_TAG_SORTED(name, ...) kSorted[kStored##name],
+    TELVANIX_TAG_ROWS(TELVANIX_TAG_SORTED)
+#undef TELVANIX_TAG_SORTED
+};
+
+namespace tagindex {
+
+constexpr std::array<Slot, kSlots> BuildLookup() {
+  std::array<Slot, kSlots> slots{};
+  for (int i = 0; i < kRows; ++i) {
+    const DWORD h = kSorted[i].m_nHashCode;
+    unsigned s = SlotOf(h);
+    while (slots[s].index)
+      s = (s + 1) & (kSlots - 1);
+    slots[s] = Slot{h, i + 1};
+  }
+  return slots;
+}
+
+extern constexpr std::array<Slot, kSlots> kLookup = BuildLookup();
+
+}  // namespace tagindex
 
 }  // namespace telvanix

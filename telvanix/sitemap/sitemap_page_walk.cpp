@@ -11,30 +11,23 @@ namespace telvanix {
 
 namespace {
 
-constexpr int kTagIdUl = 0x21200;
-constexpr int kTagIdOl = 0x21210;
-constexpr int kTagIdLi = 0x21201;
-constexpr int kTagIdObject = 0x20230;
-constexpr int kTagIdParam = 0x20221;
-constexpr int kTagIdTitle = 0x10000;
-constexpr int kTagIdBase = 0x10010;
-
+using T = CHtmlTagItem;
 using CReader = CHtmlFileSitemap::CReader;
 
 CReader::EmTagKind TagKind(int baseId) {
   switch (baseId) {
-    case kTagIdUl:
-    case kTagIdOl:
+    case T::emTagIdUl:
+    case T::emTagIdOl:
       return CReader::emTagList;
-    case kTagIdLi:
+    case T::emTagIdLi:
       return CReader::emTagItem;
-    case kTagIdObject:
+    case T::emTagIdObject:
       return CReader::emTagObject;
-    case kTagIdParam:
+    case T::emTagIdParam:
       return CReader::emTagParam;
-    case kTagIdTitle:
+    case T::emTagIdTitle:
       return CReader::emTagTitle;
-    case kTagIdBase:
+    case T::emTagIdBase:
       return CReader::emTagBase;
     default:
       return CReader::emTagOther;

@@ -16,20 +16,20 @@ using namespace topic_detail;
 
 namespace {
 
-constexpr int kTagDoctype = 0x10;
-constexpr int kTagCommentElement = 0x70;  // the raw COMMENT element, not "<!--"
-constexpr int kTagNoScript = 0x21040;
-constexpr int kTagNoFrames = 0x34010;
-constexpr int kTagNoEmbed = 0x202F1;
-constexpr int kTagBr = 0x20260;
-constexpr int kTagOption = 0x20311;
-constexpr int kTagSelect = 0x20310;
-constexpr int kTagTextArea = 0x20320;
-constexpr int kTagButton = 0x20340;
-constexpr int kTagApplet = 0x20220;
+constexpr int kTagDoctype = CHtmlTagItem::emTagIdDoctype;
+constexpr int kTagCommentElement = CHtmlTagItem::emTagIdCommentElement;  // the raw COMMENT element, not "<!--"
+constexpr int kTagNoScript = CHtmlTagItem::emTagIdNoScript;
+constexpr int kTagNoFrames = CHtmlTagItem::emTagIdNoFrames;
+constexpr int kTagNoEmbed = CHtmlTagItem::emTagIdNoEmbed;
+constexpr int kTagBr = CHtmlTagItem::emTagIdBr;
+constexpr int kTagOption = CHtmlTagItem::emTagIdOption;
+constexpr int kTagSelect = CHtmlTagItem::emTagIdSelect;
+constexpr int kTagTextArea = CHtmlTagItem::emTagIdTextArea;
+constexpr int kTagButton = CHtmlTagItem::emTagIdButton;
+constexpr int kTagApplet = CHtmlTagItem::emTagIdApplet;
 
 // Major-type bit that every tag allowed in the HEAD carries.
-constexpr DWORD kMjrHeadAllowed = 0x40000000u;
+constexpr DWORD kMjrHeadAllowed = CHtmlTagItem::emMjrHeadChild;
 
 // Unknown to the syntax table, yet laid out as blocks by every current
 // viewer; compared without regard to case.
@@ -76,7 +76,7 @@ bool IsMarkupOnly(CHtmlTagItem* tag) {
 bool IsKnownTag(CHtmlTagItem* tag) { return !tag->IsUnknownTag() && tag->IsValidTagIndex(); }
 
 // Written "<x ... />": such a tag opens no content.
-bool IsSelfClosed(CHtmlTagItem* tag) { return tag->GetXmlType() == 3; }
+bool IsSelfClosed(CHtmlTagItem* tag) { return tag->GetXmlType() == CHtmlTagItem::emXmlEmptyTag; }
 
 // Assembles the text: bytes of words are appended as they come; blanks and
 // breaks are only remembered and written once the next word arrives, so runs
@@ -390,10 +390,10 @@ class CPureTextWalk {
     return ends;
   }
 
-  static constexpr int kTagPre = 0x21300;
-  static constexpr int kTagXmp = 0x21310;
-  static constexpr int kTagListing = 0x21320;
-  static constexpr int kTagPlainText = 0x21330;
+  static constexpr int kTagPre = CHtmlTagItem::emTagIdPre;
+  static constexpr int kTagXmp = CHtmlTagItem::emTagIdXmp;
+  static constexpr int kTagListing = CHtmlTagItem::emTagIdListing;
+  static constexpr int kTagPlainText = CHtmlTagItem::emTagIdPlainText;
 
   CPureTextWriter m_Writer;
   const HiddenObjectTest& m_HiddenObject;

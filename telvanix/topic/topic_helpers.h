@@ -12,31 +12,31 @@
 
 namespace telvanix::topic_detail {
 
-// Ids of the tag syntax table rows the topic services look at.
-constexpr int kTagHtml = 0x20;
-constexpr int kTagHead = 0x30;
-constexpr int kTagBody = 0x40;
-constexpr int kTagFrameset = 0x50;
-constexpr int kTagComment = 0x60;
-constexpr int kTagTitle = 0x10000;
-constexpr int kTagBase = 0x10010;
-constexpr int kTagStyle = 0x10020;
-constexpr int kTagMeta = 0x10030;
-constexpr int kTagLink = 0x10040;
-constexpr int kTagA = 0x20200;
-constexpr int kTagImg = 0x20210;
-constexpr int kTagObject = 0x20230;
-constexpr int kTagMap = 0x20270;
-constexpr int kTagArea = 0x20271;
-constexpr int kTagParam = 0x20221;
-constexpr int kTagIFrame = 0x202E0;
-constexpr int kTagEmbed = 0x202F0;
-constexpr int kTagScript = 0x22060;
-constexpr int kTagInput = 0x20300;
-constexpr int kTagTable = 0x21090;
-constexpr int kTagFrame = 0x34000;
-constexpr int kTagBgSound = 0x40001;
-constexpr int kEndBit = 0x10000000;
+// The topic services' names for the tag ids they look at (tag_vocabulary.h).
+constexpr int kTagHtml = CHtmlTagItem::emTagIdHtml;
+constexpr int kTagHead = CHtmlTagItem::emTagIdHead;
+constexpr int kTagBody = CHtmlTagItem::emTagIdBody;
+constexpr int kTagFrameset = CHtmlTagItem::emTagIdFrameset;
+constexpr int kTagComment = CHtmlTagItem::emTagIdComment;
+constexpr int kTagTitle = CHtmlTagItem::emTagIdTitle;
+constexpr int kTagBase = CHtmlTagItem::emTagIdBase;
+constexpr int kTagStyle = CHtmlTagItem::emTagIdStyle;
+constexpr int kTagMeta = CHtmlTagItem::emTagIdMeta;
+constexpr int kTagLink = CHtmlTagItem::emTagIdLink;
+constexpr int kTagA = CHtmlTagItem::emTagIdA;
+constexpr int kTagImg = CHtmlTagItem::emTagIdImg;
+constexpr int kTagObject = CHtmlTagItem::emTagIdObject;
+constexpr int kTagMap = CHtmlTagItem::emTagIdMap;
+constexpr int kTagArea = CHtmlTagItem::emTagIdArea;
+constexpr int kTagParam = CHtmlTagItem::emTagIdParam;
+constexpr int kTagIFrame = CHtmlTagItem::emTagIdIFrame;
+constexpr int kTagEmbed = CHtmlTagItem::emTagIdEmbed;
+constexpr int kTagScript = CHtmlTagItem::emTagIdScript;
+constexpr int kTagInput = CHtmlTagItem::emTagIdInput;
+constexpr int kTagTable = CHtmlTagItem::emTagIdTable;
+constexpr int kTagFrame = CHtmlTagItem::emTagIdFrame;
+constexpr int kTagBgSound = CHtmlTagItem::emTagIdBgSound;
+constexpr int kEndBit = CHtmlTagItem::emTagIdEndBit;
 
 constexpr int EndOf(int id) { return id | kEndBit; }
 
