@@ -1,6 +1,5 @@
 #include "telvanix/html/token_item.h"
 
-#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -19,23 +18,12 @@ namespace {
 inline bool IsBlank(unsigned char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 }  // namespace
 
-namespace {
-// Every heap token made and every heap part a token takes, on any thread.
-std::atomic<std::uint64_t> g_heapEvents{0};
-}  // namespace
-
-std::uint64_t CHtmlTokenItem::GetHeapEventCount() { return g_heapEvents.load(std::memory_order_relaxed); }
-
-void CHtmlTokenItem::TakeHeapParts() {
-  m_bHeapParts = 1;
-  g_heapEvents.fetch_add(1, std::memory_order_relaxed);
-}
+void CHtmlTokenItem::TakeHeapParts() { m_bHeapParts = 1; }
 
 void* CHtmlTokenItem::operator new(std::size_t size) {
   void* raw = std::malloc(size);
   if (!raw)
     throw std::bad_alloc();
-  g_heapEvents.fetch_add(1, std::memory_order_relaxed);
   return raw;
 }
 

@@ -141,10 +141,6 @@ class TELVANIX_API CHtmlTokenItem : public CRglObject {
   // Whether deleting the token has anything to give back besides its own
   // memory (heap copies of bytes, attributes or text).
   bool HoldsHeapParts() const { return m_bHeapParts != 0; }
-  // How many times, on any thread, a token was made on the heap or took
-  // heap memory for its parts. While it does not change, the tokens a list
-  // read from a page own nothing that their arena does not.
-  static std::uint64_t GetHeapEventCount();
 
  protected:
   friend class CHtmlTokenList;
@@ -157,7 +153,7 @@ class TELVANIX_API CHtmlTokenItem : public CRglObject {
   // Replaces the token's bytes by a heap block holding both parts.
   void StoreData(const unsigned char* original, int nOriginal, const unsigned char* indent, int nIndent);
   void AppendOriginal(CByteString& out, EmTextFlag nFlag) const;
-  // Sets m_bHeapParts and counts the event.
+  // Marks the token as holding heap parts, so its list deletes it.
   void TakeHeapParts();
 
   // A page holds tens of thousands of tokens: the layout is kept to 32

@@ -78,9 +78,7 @@ CHtmlTokenList::CHtmlTokenList()
     : m_TokenList(10),
       m_pEntityTree(nullptr),
       m_bPendingWhitespace(0),
-      m_pScanEnd(nullptr),
-      m_nHeapEventsAtRead(0),
-      m_bArenaTokensOnly(false) {
+      m_pScanEnd(nullptr) {
   m_TokenList.SetBlockSource(&NodeBlockFromArena, &m_Arena);
 }
 
@@ -96,19 +94,17 @@ void CHtmlTokenList::DeleteToken(CHtmlTokenItem* pToken) { delete pToken; }
 int CHtmlTokenList::ClearAll() {
   delete m_pEntityTree;
   m_pEntityTree = nullptr;
-  if (!m_bArenaTokensOnly || CHtmlTokenItem::GetHeapEventCount() != m_nHeapEventsAtRead) {
-    for (POSITION pos = m_TokenList.GetHeadPosition(); pos;) {
-      CHtmlTokenItem* token = m_TokenList.GetNext(pos);
-      // A token read from the page that never took heap memory goes with
-      // the arena as it is.
-      if (token && !(CHtmlTokenItem::IsArenaToken(token) && !token->HoldsHeapParts()))
-        DeleteToken(token);
-    }
+  // Any token may have taken heap memory since it was read (a host edits
+  // tokens directly), so each is asked; one read from the page that never
+  // did goes with the arena as it is.
+  for (POSITION pos = m_TokenList.GetHeadPosition(); pos;) {
+    CHtmlTokenItem* token = m_TokenList.GetNext(pos);
+    if (token && !(CHtmlTokenItem::IsArenaToken(token) && !token->HoldsHeapParts()))
+      DeleteToken(token);
   }
   m_TokenList.RemoveAll();
   m_Arena.Reset();
   m_bPendingWhitespace = 0;
-  m_bArenaTokensOnly = false;
   return 1;
 }
 
@@ -143,30 +139,23 @@ CHtmlTokenItem* CHtmlTokenList::GetPrev(POSITION& pos) const {
 CHtmlTokenItem* CHtmlTokenList::GetHead() const { return GetTokenItem(m_TokenList.GetHeadPosition()); }
 CHtmlTokenItem* CHtmlTokenList::GetTail() const { return GetTokenItem(m_TokenList.GetTailPosition()); }
 
-// A token handed in may have been made before the list was read: ClearAll
-// must look at every token from now on.
 POSITION CHtmlTokenList::AddHead(CHtmlTokenItem* pToken) {
-  m_bArenaTokensOnly = false;
   return pToken ? m_TokenList.AddHead(pToken) : nullptr;
 }
 
 POSITION CHtmlTokenList::AddTail(CHtmlTokenItem* pToken) {
-  m_bArenaTokensOnly = false;
   return pToken ? m_TokenList.AddTail(pToken) : nullptr;
 }
 
 POSITION CHtmlTokenList::InsertBefore(POSITION pos, CHtmlTokenItem* pToken) {
-  m_bArenaTokensOnly = false;
   return pToken ? m_TokenList.InsertBefore(pos, pToken) : nullptr;
 }
 
 POSITION CHtmlTokenList::InsertAfter(POSITION pos, CHtmlTokenItem* pToken) {
-  m_bArenaTokensOnly = false;
   return pToken ? m_TokenList.InsertAfter(pos, pToken) : nullptr;
 }
 
 CHtmlTokenList::CTokenItemList& CHtmlTokenList::GetTokenItemList() {
-  m_bArenaTokensOnly = false;
   return m_TokenList;
 }
 
@@ -185,8 +174,6 @@ int CHtmlTokenList::RemoveAt(POSITION pos) {
 
 int CHtmlTokenList::BuildTokenList(const unsigned char* first, const unsigned char* end, int nFlags) {
   ClearAll();
-  m_nHeapEventsAtRead = CHtmlTokenItem::GetHeapEventCount();
-  m_bArenaTokensOnly = true;
   if (!first || !end || end <= first)
     return 1;
   std::size_t size = static_cast<std::size_t>(end - first);
@@ -215,13 +202,13 @@ int CHtmlTokenList::BuildTokenList(const unsigned char* first, const unsigned ch
     CHtmlTagItem::TagNameInfo info;
     const unsigned char* next;
     switch (CHtmlTagItem::IsValidTagToken(p, stop, info)) {
-      case 0x1:
+      case CHtmlTagItem::emSptComment:
         next = CommitComment(p, info, nFlags);
         break;
-      case 0x100:
+      case CHtmlTagItem::emSptRawContent:
         next = CommitRawTag(p, info, nFlags);
         break;
-      case 0x200:
+      case CHtmlTagItem::emSptDeclaration:
         next = CommitDeclaration(p, info, nFlags);
         break;
       default:
@@ -434,8 +421,7 @@ int CHtmlTokenList::InsertTokenList(POSITION pos, CHtmlTokenList* pOther, int bB
     }
     // Before pos: the first copy goes in front of pos, each next one after
     // the previous copy, so the order is kept either way.
-    m_bArenaTokensOnly = false;
-    if (bBefore && first)
+      if (bBefore && first)
       at = m_TokenList.InsertBefore(at, copy);
     else
       at = m_TokenList.InsertAfter(at, copy);

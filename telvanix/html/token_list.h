@@ -125,11 +125,6 @@ class TELVANIX_API CHtmlTokenList : public CRglObject {
  private:
   CHtmlTokenArena m_Arena;
   const unsigned char* m_pScanEnd;  // end of the bytes being tokenized
-  // The heap event count when the list last held nothing but tokens being
-  // read into its arena; ClearAll need not look at each token while the
-  // count is unchanged.
-  std::uint64_t m_nHeapEventsAtRead;
-  bool m_bArenaTokensOnly;
 };
 
 }  // namespace telvanix
