@@ -47,6 +47,14 @@ constexpr DWORD HashName(const Char* p, const Char* end) {
   return h;
 }
 
+// Hash of a terminated name.
+constexpr DWORD HashName(const char* name) {
+  const char* end = name;
+  while (*end)
+    ++end;
+  return HashName(name, end);
+}
+
 // Open addressing over the sorted rows' hashes: one or two probes per tag
 // instead of a binary search.
 inline constexpr int kSlots = 512;

@@ -15,18 +15,11 @@ namespace {
 using T = CHtmlTagItem;
 constexpr int kRows = T::emTagSyntaxTableRows;
 
-constexpr std::size_t Length(const char* s) {
-  std::size_t n = 0;
-  while (s[n])
-    ++n;
-  return n;
-}
-
 constexpr std::array<TagSyntaxItem, kRows> SortedRows() {
   std::array<TagSyntaxItem, kRows> rows = {{
 #define TELVANIX_TAG_ROW(name, spelling, id, ocr, cnt, spt, ver, mjr, prt)                                   \
-  {tagindex::HashName(spelling, spelling + Length(spelling)), id, spelling, T::emOcr##ocr, T::emCnt##cnt, \
-   T::emSpt##spt, T::emVer##ver, T::emMjr##mjr, T::emPrt##prt},
+  {tagindex::HashName(spelling), id, spelling, T::emOcr##ocr, T::emCnt##cnt, T::emSpt##spt, T::emVer##ver, \
+   T::emMjr##mjr, T::emPrt##prt},
       TELVANIX_TAG_ROWS(TELVANIX_TAG_ROW)
 #undef TELVANIX_TAG_ROW
   }};
