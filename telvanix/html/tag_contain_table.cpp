@@ -26,6 +26,10 @@ constexpr int kBody = T::emTagIdBody, kScript = T::emTagIdScript, kStyle = T::em
               kLi = T::emTagIdLi, kOl = T::emTagIdOl, kMenu = T::emTagIdMenu, kDir = T::emTagIdDir,
               kPre = T::emTagIdPre;
 
+// Major-type bits the top-level rules accept (any of them).
+constexpr DWORD kHtmlChild = T::emMjrHtmlChild, kHeadChild = T::emMjrHeadChild, kBodyChild = T::emMjrBodyChild,
+                kBodyFrame = T::emMjrBodyChild | T::emMjrFramesetChild;
+
 using R = CHtmlEntityTree;
 constexpr int kInline = R::emChildInline, kBlock = R::emChildBlock, kPart = R::emChildListTablePart,
               kParamLike = R::emChildParamLike, kFormControl = R::emChildFormControl;
@@ -36,10 +40,10 @@ constexpr int kInline = R::emChildInline, kBlock = R::emChildBlock, kPart = R::e
 const CHtmlEntityTree::TagContainRule CHtmlEntityTree::ms_tTagContainTable[] = {
   // content model         mode            major bits  accept classes             refuse classes  accept ids                          refuse ids                                  ins/del mark ids
   {T::emCntEmpty,          emContainNever,  0,          0,                         0,             {},                                 {},                                         0, {}},
-  {T::emCntHtml,           emContainRule,   T::emMjrHtmlChild, 0,                         0,             {},                                 {},                                         0, {}},  // HTML
-  {T::emCntHead,           emContainRule,   T::emMjrHeadChild, 0,                         0,             {},                                 {},                                         0, {}},  // HEAD
-  {T::emCntBody,           emContainRule,   T::emMjrBodyChild, 0,                         0,             {},                                 {kBody},                                    1, {}},  // BODY
-  {T::emCntFrameset,       emContainRule,   T::emMjrBodyChild | T::emMjrFramesetChild, 0,                         0,             {},                                 {},                                         1, {}},  // FRAMESET
+  {T::emCntHtml,           emContainRule,   kHtmlChild, 0,                         0,             {},                                 {},                                         0, {}},  // HTML
+  {T::emCntHead,           emContainRule,   kHeadChild, 0,                         0,             {},                                 {},                                         0, {}},  // HEAD
+  {T::emCntBody,           emContainRule,   kBodyChild, 0,                         0,             {},                                 {kBody},                                    1, {}},  // BODY
+  {T::emCntFrameset,       emContainRule,   kBodyFrame, 0,                         0,             {},                                 {},                                         1, {}},  // FRAMESET
   {T::emCntTitle,          emContainRule,   0,          0,                         0,             {kScript, kStyle, kMeta, kLink}, {},                                       0, {}},  // TITLE
   {T::emCntAnchor,         emContainRule,   0,          kInline,                   0,             {},                                 {kA},                                       1, {}},  // A
   {T::emCntApplet,         emContainRule,   0,          kInline,                   0,             {kParam},                           {},                                         1, {}},  // APPLET
