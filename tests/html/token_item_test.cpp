@@ -60,8 +60,7 @@ TEST(TokenItem, FlagsManualIndentsAndCopy) {
 
   CHtmlTextItem from("x&amp;y"), to;
   from.SetOriginalIndentAfter(" ");
-  EXPECT_EQ(0, to.CHtmlTokenItem::Copy(nullptr));
-  EXPECT_TRUE(to.Copy(&from) && to.GetTokenFlag() == from.GetTokenFlag());
+  EXPECT_TRUE(!to.CHtmlTokenItem::Copy(nullptr) && to.Copy(&from) && to.GetTokenFlag() == from.GetTokenFlag());
   EXPECT_EQ("x&amp;y ", Str(to.GetPrintableText(T::emTextWithIndentAfter)));
   from.SetText("changed");  // the copy is independent of its source
   EXPECT_EQ("x&y", Str(to.GetText()));
@@ -129,11 +128,12 @@ TEST(TextItem, ArenaTokensBehaveLikeHeapTokens) {
   ASSERT_EQ(4, list.GetCount());
   POSITION pos = list.GetHeadPosition();
   CHtmlTextItem* decoded = list.GetTextItem((list.GetNext(pos), pos));
+  EXPECT_EQ("caf\xE9 au lait", Str(decoded->GetText()));  // read in place, then made a string
   EXPECT_EQ(u"caf\xFFE9 au lait", Units(decoded->GetWordText()));
   list.GetTagItem((list.GetNext(pos), pos))->SetAttribute("b", "2");
   CHtmlTextItem* plain = list.GetTextItem((list.GetNext(pos), pos));
-  plain->SetOriginalData("other");
-  EXPECT_EQ("other", Str(plain->GetOriginalString()));
+  EXPECT_EQ(u"plain", Units(plain->GetWordText()));  // the page's bytes, widened
+  EXPECT_TRUE(plain->SetOriginalData("other") && Str(plain->GetOriginalString()) == "other");
   EXPECT_EQ("caf&eacute; au lait", Str(decoded->GetOriginalString()));
   // delete on an arena token is safe (the list would do it on ClearAll).
   CHtmlTokenItem* token = list.GetTokenItem(list.GetHeadPosition());
