@@ -57,7 +57,8 @@ class CTagPairing {
       CHtmlTagItem* pOpen = m_Stack.GetTop()->m_pTag;
       if (pOpen != nullptr) {
         if (pOpen->IsUnknownTag())
-          pOpen->ChangeUnknownTagIndex(m_nOpenUnknown == emOpenUnknownByXmlType && pOpen->GetXmlType() == 7
+          pOpen->ChangeUnknownTagIndex(m_nOpenUnknown == emOpenUnknownByXmlType &&
+                                               pOpen->GetXmlType() == CHtmlTagItem::emXmlProcessing
                                            ? CHtmlTagItem::emUnknownXmlPiTagIndex
                                            : CHtmlTagItem::emUnknownEmptyTagIndex);
         else if (pOpen->GetCntType() != 0)

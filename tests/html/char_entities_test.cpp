@@ -1,6 +1,6 @@
 // Character references: the named-reference table's invariants, decoding
 // and encoding edge cases that a line of text cannot hold. Decoding single
-// lines of text is in tests/data/entities (one input a line).
+// lines of text is in tests/data/html/entities (one input a line).
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -87,7 +87,7 @@ TEST(HtmlCharTable, SortedUniqueAndEveryRowFoundByItsName) {
   }
 }
 
-TEST(HtmlToText, GoldenLines) { test::RunGoldenCases("entities", ".txt", DescribeLines, 3); }
+TEST(HtmlToText, GoldenLines) { test::RunGoldenCases("html/entities", ".txt", DescribeLines, 3); }
 
 TEST(HtmlToText, LengthsZerosAndBadInput) {
   EXPECT_EQ(Decode("&amp;lt;", 0, 5), Units{'&'});

@@ -1,6 +1,6 @@
 // The tag syntax table and tag tokens: the table's invariants, lookup by
 // name, what a line-shaped case cannot show. Single tags (rows, names,
-// records, comment marks, edits and re-quoting) are in tests/data/tags.
+// records, comment marks, edits and re-quoting) are in tests/data/html/tags.
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -139,7 +139,7 @@ std::string DescribeTags(const std::string&, const std::string& input) {
   return out;
 }
 
-TEST(TagItem, GoldenTags) { test::RunGoldenCases("tags", ".tags", DescribeTags, 3); }
+TEST(TagItem, GoldenTags) { test::RunGoldenCases("html/tags", ".tags", DescribeTags, 3); }
 
 TEST(TagItem, IdsNamesAndUnknownRows) {
   CHtmlTagItem p("<p>"), end("</P>"), bare("b"), nameless("< y >"), empty, foo("<foo>");
