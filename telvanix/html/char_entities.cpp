@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "telvanix/html/char_entity_index.h"
+#include "telvanix/html/internal/char_entity_index.h"
 #include "telvanix/html/html_pack.h"
 
 namespace telvanix {

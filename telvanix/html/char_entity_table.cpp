@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 
-#include "telvanix/html/char_entity_index.h"
+#include "telvanix/html/internal/char_entity_index.h"
 #include "telvanix/html/html_pack.h"
 
 namespace telvanix {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "telvanix/html/tag_item.h"
-#include "telvanix/html/tag_pairing.h"
+#include "telvanix/html/internal/tag_pairing.h"
 #include "telvanix/html/token_item.h"
 #include "telvanix/html/token_list.h"
 

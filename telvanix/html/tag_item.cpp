@@ -7,8 +7,8 @@
 #include <new>
 #include <strings.h>
 
-#include "telvanix/html/markup_scan.h"
-#include "telvanix/html/tag_syntax_index.h"
+#include "telvanix/html/internal/markup_scan.h"
+#include "telvanix/html/internal/tag_syntax_index.h"
 #include "telvanix/html/token_arena.h"
 
 namespace telvanix {

@@ -6,7 +6,7 @@
 #include <array>
 
 #include "telvanix/html/tag_item.h"
-#include "telvanix/html/tag_syntax_index.h"
+#include "telvanix/html/internal/tag_syntax_index.h"
 
 namespace telvanix {
 

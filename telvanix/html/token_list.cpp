@@ -5,8 +5,8 @@
 #include <strings.h>
 
 #include "telvanix/html/entity_tree.h"
-#include "telvanix/html/markup_scan.h"
-#include "telvanix/html/tag_pairing.h"
+#include "telvanix/html/internal/markup_scan.h"
+#include "telvanix/html/internal/tag_pairing.h"
 
 namespace telvanix {
 

@@ -5,7 +5,7 @@
 #include "telvanix/html/tag_item.h"
 #include "telvanix/html/token_item.h"
 #include "telvanix/html/token_list.h"
-#include "telvanix/sitemap/sitemap_reader.h"
+#include "telvanix/sitemap/internal/sitemap_reader.h"
 
 namespace telvanix {
 

@@ -1,4 +1,4 @@
-#include "telvanix/sitemap/sitemap_reader.h"
+#include "telvanix/sitemap/internal/sitemap_reader.h"
 
 #include <climits>
 #include <cstdlib>

@@ -8,7 +8,7 @@
 
 #include "telvanix/css/css_pack_ex.h"
 #include "telvanix/foundation/color_names.h"
-#include "telvanix/topic/topic_helpers.h"
+#include "telvanix/topic/internal/topic_helpers.h"
 
 namespace telvanix {
 

@@ -8,7 +8,7 @@
 #include "telvanix/html/html_pack.h"
 #include "telvanix/platform/code_page.h"
 #include "telvanix/topic/html_file_ex.h"
-#include "telvanix/topic/topic_helpers.h"
+#include "telvanix/topic/internal/topic_helpers.h"
 
 namespace telvanix {
 

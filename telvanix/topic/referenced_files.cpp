@@ -12,7 +12,7 @@
 #include "telvanix/foundation/keyword_map.h"
 #include "telvanix/foundation/url_utils.h"
 #include "telvanix/topic/html_file_ex.h"
-#include "telvanix/topic/topic_helpers.h"
+#include "telvanix/topic/internal/topic_helpers.h"
 
 namespace telvanix {
 

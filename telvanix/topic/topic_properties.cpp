@@ -7,7 +7,7 @@
 #include "telvanix/css/css_style.h"
 #include "telvanix/css/style_property.h"
 #include "telvanix/topic/html_file_ex.h"
-#include "telvanix/topic/topic_helpers.h"
+#include "telvanix/topic/internal/topic_helpers.h"
 
 namespace telvanix {
 

@@ -8,7 +8,7 @@
 #include "telvanix/platform/window.h"
 #include "telvanix/topic/html_file_ex.h"
 #include "telvanix/topic/pure_text.h"
-#include "telvanix/topic/topic_helpers.h"
+#include "telvanix/topic/internal/topic_helpers.h"
 
 namespace telvanix {
 
