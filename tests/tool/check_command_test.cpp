@@ -133,13 +133,5 @@ TEST(CheckPlanted, EveryKindOfFindingIsReportedWhereItWasPlanted) {
   }
 }
 
-TEST(CheckPlanted, CheckChangesNoFile) {
-  LanternCopy copy;
-  auto before = Snapshot(copy.root());
-  ToolRun r = RunTool({"check", copy.root()});
-  EXPECT_EQ(r.status, 1) << r;
-  EXPECT_EQ(Snapshot(copy.root()), before);
-}
-
 }  // namespace
 }  // namespace telvanix::tool_test

@@ -3,8 +3,9 @@
 // are split at blanks ('...' keeps blanks and quotes); $DATA and $SAMPLES
 // name the test data and sample folders. Three lines are no tool runs:
 // "env NAME=VALUE" sets a variable for the rest of the case, "copy DIR"
-// copies a folder to a fresh scratch folder that $SCRATCH then names, and
-// "cat FILE" prints a file. A line starting with "#" is a comment.
+// copies a folder to a fresh scratch folder that $SCRATCH then names,
+// "cat FILE" prints a file, and "diff DIR DIR" names the files that differ
+// between two folders. A line starting with "#" is a comment.
 #include <cstdlib>
 
 #include "golden_cases.h"
@@ -59,6 +60,14 @@ std::string RunCase(const std::string& script) {
       copy = scratch / std::to_string(++copies);
       fs::copy(args[1], copy, fs::copy_options::recursive);
       continue;
+    } else if (args.size() == 3 && args[0] == "diff") {
+      std::map<std::string, std::string> a = Snapshot(args[1]), b = Snapshot(args[2]);
+      for (const auto& [name, bytes] : a)
+        if (!b.count(name) || b[name] != bytes) r.out += "differs: " + name + "\n";
+      for (const auto& [name, bytes] : b)
+        if (!a.count(name)) r.out += "differs: " + name + "\n";
+      if (r.out.empty()) r.out = "no differences\n";
+      r.status = 0;
     } else if (args.size() == 2 && args[0] == "cat") {
       r = {0, false, ReadFile(args[1]), ""};
     } else {
