@@ -86,6 +86,8 @@ TEST(HtmlPack, SourceModesAndPagesThatCannotBeRead) {
   EXPECT_EQ(2, file.GetSourceMode());
   EXPECT_EQ(0, file.IsParsed());
   EXPECT_EQ(0, file.Parse(CHtmlPack::emParseTokens));
+  EXPECT_EQ(0, empty.Parse(static_cast<CHtmlPack::EmParseFlag>(0)));  // levels are 1 to 5
+  EXPECT_EQ(0, empty.Parse(static_cast<CHtmlPack::EmParseFlag>(6)));
   CByteString bytes = Buffer("<p>"), none;
   EXPECT_EQ(3, CHtmlPack(bytes, nullptr).GetSourceMode());
   EXPECT_EQ(2, CHtmlPack(bytes, "/x/page.htm").GetSourceMode());
