@@ -289,7 +289,7 @@ TEST(TokenList, ClearingFreesWhatTokensTookAfterReading) {
 TEST(TokenizerScale, LargeAndDeeplyNestedPages) {
   const std::string unit = "<p class=\"x\">Some text &amp; more<br>\r\n<a href='a.htm'>link</a>\r\n";
   std::string large;
-  while (large.size() < (5u << 20)) large += unit;
+  while (large.size() < (12u << 20)) large += unit;
   CHtmlTokenList big;
   Tokenize(big, large);
   EXPECT_EQ(static_cast<int>(large.size() / unit.size()) * 6, big.GetCount());
