@@ -226,6 +226,11 @@ TEST(RglArray, GrowingKeepsTheElements) {
     EXPECT_EQ(array[12345], 12345);
     array.SetSize(20001, 0);  // back to automatic growth
     EXPECT_EQ(array.GetGrowBy(), 0);
+    CRglArray<int, int> copy;
+    copy.Add(-1);
+    copy = array;  // replaces, not appends
+    EXPECT_EQ(copy.GetSize(), 20001);
+    EXPECT_EQ(copy[12345], 12345);
   }
 }
 
