@@ -19,9 +19,9 @@
 #include <vector>
 
 #include "bench/tree_shape.h"
-#include "fuzz/valid_utf8.h"
 #include "telvanix/html/entity_tree.h"
 #include "telvanix/html/html_pack.h"
+#include "telvanix/platform/code_page.h"
 #include "telvanix/html/tree_node.h"
 
 using namespace telvanix;
@@ -160,7 +160,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (UINT codePage : {pack.GetPageCodePage(1252), UINT(CP_UTF8), UINT(932), UINT(1252)}) {
     std::string utf8;
     CHtmlPack::HtmlToUtf8(utf8, data, static_cast<int>(size), codePage);
-    if (!fuzz::IsValidUtf8(utf8))
+    if (!IsValidUtf8(utf8.data(), utf8.size()))
       std::abort();
   }
 

@@ -12,7 +12,7 @@
 #include <cstring>
 #include <strings.h>
 
-#include "fuzz/valid_utf8.h"
+#include "telvanix/platform/code_page.h"
 #include "telvanix/topic/html_file_ex.h"
 
 using namespace telvanix;
@@ -32,7 +32,7 @@ void QueryAll(CHtmlFileEx& doc) {
   doc.GetPureText(2, nullptr, nullptr);
   doc.GetPureText(0, nullptr, "empty");
   for (const CString& utf8 : {doc.GetPureTextUtf8(0), doc.GetPureTextUtf8(2), doc.GetHtmlTitleUtf8()})
-    if (!fuzz::IsValidUtf8(utf8.str()))
+    if (!IsValidUtf8(utf8.str().data(), utf8.str().size()))
       std::abort();
   for (int which = 1; which <= 5; ++which)
     doc.GetColor(static_cast<CHtmlFileEx::EmColor>(which), rgb);

@@ -55,7 +55,7 @@ int CHtmlEntityStack::Resume() {
 
 int CHtmlEntityStack::Push(CHtmlTagItem* pTag, POSITION pos) {
   if (pTag == nullptr || pTag->IsEndTag()) return 0;
-  if (!pTag->IsUnknownTag() && pTag->GetCntType() == 0) return 0;
+  if (!pTag->IsUnknownTag() && pTag->GetCntType() == CHtmlTagItem::emCntEmpty) return 0;
   // The last level is reused rather than exceeded: a page nested that deep
   // keeps its innermost open element in the top slot.
   if (m_nLevel >= emMaxStackLevel) return 0;

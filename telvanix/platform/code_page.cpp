@@ -295,6 +295,19 @@ void AppendUtf8(std::string& out, char32_t ch) {
   }
 }
 
+bool IsValidUtf8(const char* text, std::size_t length) {
+  const auto* p = reinterpret_cast<const unsigned char*>(text);
+  const unsigned char* end = p + length;
+  while (p < end) {
+    const unsigned char* at = p;
+    // A bad sequence decodes to U+FFFD over one byte; the character itself
+    // takes three.
+    if (NextUtf8(p, end) == kReplacement && p - at != 3)
+      return false;
+  }
+  return true;
+}
+
 char32_t Cp1252ToUnicode(BYTE ch) {
   if (ch >= 0x80 && ch <= 0x9F && kCp1252High[ch - 0x80])
     return kCp1252High[ch - 0x80];

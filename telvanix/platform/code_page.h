@@ -61,6 +61,10 @@ TELVANIX_API bool Utf8ToCodePage(UINT codePage, const char* utf8, std::size_t le
 // written as U+FFFD.
 TELVANIX_API void AppendUtf8(std::string& out, char32_t ch);
 
+// Whether the bytes are well-formed UTF-8: no stray continuation byte, no
+// overlong form, no surrogate, nothing past U+10FFFF.
+TELVANIX_API bool IsValidUtf8(const char* text, std::size_t length);
+
 // The Unicode character of a Windows-1252 byte (0x80-0x9F are punctuation
 // there; the five unassigned bytes keep their own value).
 TELVANIX_API char32_t Cp1252ToUnicode(BYTE ch);

@@ -6,11 +6,11 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "cli/attribute_text.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/page_files.h"
 #include "cli/project_check.h"
-#include "telvanix/platform/code_page.h"
 
 namespace telvanix::tool {
 
@@ -39,18 +39,11 @@ const char kHelp[] =
     "Nothing is modified. Exit status: 0 clean, 1 problems found, 2 usage or\n"
     "I/O error (the other files are still checked).\n";
 
-// A reference as UTF-8, read in the charset of the file it is written in.
-std::string ReferenceToUtf8(const Finding& f) {
-  std::string out;
-  if (f.codePage && CodePageToUtf8(f.codePage, f.reference.data(), f.reference.size(), out)) return out;
-  return ToUtf8(f.reference.c_str());
-}
-
 nlohmann::json ToJson(const ProjectReport& r) {
   nlohmann::json findings = nlohmann::json::array();
   for (const Finding& f : r.findings) {
     nlohmann::json j = {{"kind", FindingKindName(f.kind)}, {"file", FileNameToUtf8(f.file)}};
-    if (!f.reference.empty()) j["reference"] = ReferenceToUtf8(f);
+    if (!f.reference.empty()) j["reference"] = PageTextToUtf8(f.reference.c_str(), f.codePage);  // in its file's charset
     if (!f.what.empty()) j["detail"] = ToUtf8(f.what.c_str());
     if (!f.resolved.empty()) j["resolves_to"] = FileNameToUtf8(f.resolved);
     findings.push_back(j);

@@ -111,11 +111,6 @@ std::vector<std::string> PreformattedContents(CHtmlPack& pack) {
 // The words a reader sees, on one line, as the indexer would read them.
 std::string VisibleWords(CHtmlFileEx& doc) { return doc.GetPureText(emPureTextOneLine, nullptr, nullptr).str(); }
 
-std::string VisibleWords(CByteString& bytes, const std::string& path) {
-  CHtmlFileEx doc(bytes, path.c_str());
-  return VisibleWords(doc);
-}
-
 // What a reader sees of a parsed page, taken while its document is at hand:
 // its words and its preformatted text.
 struct SeenText {
@@ -129,11 +124,12 @@ struct SeenText {
 
 // 0 when the formatted page shows what the source showed; else 2 (words
 // would join) or 3 (preformatted text would change).
+// The formatted page is read once, and both are taken from that reading as
+// they were from the source's.
 int KeepReason(const SeenText& source, CByteString& formatted, const std::string& path) {
-  if (source.words != VisibleWords(formatted, path)) return 2;
-  if (source.preformatted.empty()) return 0;
-  CHtmlPack after(formatted, path.c_str());
-  return after.Parse(CHtmlPack::emParseAttributes) && PreformattedContents(after) == source.preformatted ? 0 : 3;
+  CHtmlFileEx doc(formatted, path.c_str());
+  if (source.words != VisibleWords(doc)) return 2;
+  return source.preformatted.empty() || PreformattedContents(doc) == source.preformatted ? 0 : 3;
 }
 
 size_t Digest(const CByteString& bytes) {

@@ -5,8 +5,10 @@
 #include <cstring>
 #include <filesystem>
 
+#include "cli/commands.h"
 #include "cli/project_files.h"
 #include "telvanix/platform/code_page.h"
+#include "telvanix/topic/html_file_ex.h"
 
 namespace telvanix::tool {
 
@@ -78,6 +80,14 @@ int WriteIfChanged(const std::string& path, const CByteString& original, const C
 
 void PrintError(const std::string& message) { std::fprintf(stderr, "telvanix: %s\n", message.c_str()); }
 
+int FinishPageEdits(bool changing, size_t changed, size_t pages, const std::vector<std::string>& refused,
+                    const std::vector<std::string>& errors) {
+  if (changing) std::printf("%zu of %zu pages changed\n", changed, pages);
+  for (const std::string& e : refused) PrintError(e);
+  for (const std::string& e : errors) PrintError(e);
+  return !errors.empty() ? kExitError : !refused.empty() ? kExitProblems : kExitClean;
+}
+
 std::string ToUtf8(const char* text) {
   std::string out;
   // Pages are in the active code page; what it cannot read becomes U+FFFD.
@@ -86,39 +96,9 @@ std::string ToUtf8(const char* text) {
   return out;
 }
 
-namespace {
-
-bool IsValidUtf8(const std::string& s) {
-  const auto* p = reinterpret_cast<const unsigned char*>(s.data());
-  const auto* end = p + s.size();
-  while (p < end) {
-    unsigned char c = *p++;
-    int more = -1;
-    if (c < 0x80)
-      more = 0;
-    else if (c >= 0xC2 && c <= 0xDF)
-      more = 1;
-    else if ((c & 0xF0) == 0xE0)
-      more = 2;
-    else if (c >= 0xF0 && c <= 0xF4)
-      more = 3;
-    if (more < 0 || end - p < more) return false;
-    for (int i = 0; i < more; ++i)
-      if ((p[i] & 0xC0) != 0x80) return false;
-    p += more;
-  }
-  return true;
+std::string FileNameToUtf8(const std::string& name) {
+  return IsValidUtf8(name.data(), name.size()) ? name : ToUtf8(name.c_str());
 }
-
-}  // namespace
-
-std::string FileNameToUtf8(const std::string& name) { return IsValidUtf8(name) ? name : ToUtf8(name.c_str()); }
-
-}  // namespace telvanix::tool
-
-#include "telvanix/topic/html_file_ex.h"
-
-namespace telvanix::tool {
 
 namespace {
 

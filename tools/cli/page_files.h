@@ -3,6 +3,7 @@
 // when its bytes changed.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -41,6 +42,13 @@ int WriteIfChanged(const std::string& path, const CByteString& original, const C
 
 // Prints "telvanix: <message>" on stderr.
 void PrintError(const std::string& message);
+
+// The end of a command that changes pages: the count of changed pages (when
+// it was asked to change any), then the pages refused and the errors, each on
+// stderr. Returns the exit status: 2 on any error, else 1 if a page was
+// refused, else 0.
+int FinishPageEdits(bool changing, size_t changed, size_t pages, const std::vector<std::string>& refused,
+                    const std::vector<std::string>& errors);
 
 // Text as a JSON-safe string for output when bytes are not valid UTF-8:
 // pages are in the active code page, so 1252 bytes are mapped to code points.

@@ -242,10 +242,7 @@ int Run(const std::vector<std::string>& args) {
       std::printf("changed %s\n", pages[i].c_str());
     }
   }
-  if (!sets.empty()) std::printf("%zu of %zu pages changed\n", changed, pages.size());
-  for (const std::string& e : refused) PrintError(e);
-  for (const std::string& e : errors) PrintError(e);
-  return !errors.empty() ? kExitError : !refused.empty() ? kExitProblems : kExitClean;
+  return FinishPageEdits(!sets.empty(), changed, pages.size(), refused, errors);
 }
 
 }  // namespace

@@ -208,10 +208,7 @@ int Run(const std::vector<std::string>& args) {
       std::printf("%s\n", line.c_str());
     }
   }
-  if (changing) std::printf("%zu of %zu pages changed\n", changed, pages.size());
-  for (const std::string& e : refused) PrintError(e);
-  for (const std::string& e : errors) PrintError(e);
-  return !errors.empty() ? kExitError : !refused.empty() ? kExitProblems : kExitClean;
+  return FinishPageEdits(changing, changed, pages.size(), refused, errors);
 }
 
 }  // namespace

@@ -4,11 +4,11 @@
 
 #include <cstdio>
 
+#include "cli/attribute_text.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/page_files.h"
 #include "cli/parallel.h"
-#include "telvanix/html/html_pack.h"
 #include "telvanix/topic/html_file_ex.h"
 #include "telvanix/topic/pure_text.h"
 #include "telvanix/topic/topic_text.h"
@@ -68,12 +68,7 @@ TextResult Extract(const std::string& path, bool oneLine) {
       const UINT codePage = doc->GetPageCodePage();
       text = doc->GetPureTextUtf8(oneLine ? emPureTextOneLine : emPureTextLineBreaks);
       title = doc->GetHtmlTitleUtf8();
-      for (int i = 0; i < keywords.GetSize(); ++i) {
-        std::string k;
-        CHtmlPack::HtmlToUtf8(k, reinterpret_cast<const unsigned char*>(static_cast<const char*>(keywords[i])),
-                              keywords[i].GetLength(), codePage);
-        keywordsUtf8.push_back(std::move(k));
-      }
+      for (int i = 0; i < keywords.GetSize(); ++i) keywordsUtf8.push_back(AttributeValueToUtf8(keywords[i], codePage));
     }
   }
   // The document is gone; the text is escaped with as few copies of it

@@ -61,7 +61,7 @@ class CTagPairing {
                                                pOpen->GetXmlType() == CHtmlTagItem::emXmlProcessing
                                            ? CHtmlTagItem::emUnknownXmlPiTagIndex
                                            : CHtmlTagItem::emUnknownEmptyTagIndex);
-        else if (pOpen->GetCntType() != 0)
+        else if (pOpen->GetCntType() != CHtmlTagItem::emCntEmpty)
           pOpen->SetTokenFlag(CHtmlTokenItem::emTokenUnclosed);
       }
       m_Stack.Pop();
@@ -88,15 +88,16 @@ class CTagPairing {
         if (m_nPassedUnknown == emPassedUnknownStops) break;
         continue;
       }
-      if (pOpen->GetCntType() == 0) {
+      if (pOpen->GetCntType() == CHtmlTagItem::emCntEmpty) {
         m_Events.WillChange(pEnd);
         pEnd->SetTokenFlag(CHtmlTokenItem::emTokenStrayEndTag);
-      } else if (pOpen->GetOcrType() == 1 || pOpen->GetOcrType() == 2) {
-        // An element whose end tag may be left out (1) is closed silently;
-        // one whose end tag is required (2) counts as a fault.
+      } else if (pOpen->GetOcrType() == CHtmlTagItem::emOcrEndOptional ||
+                 pOpen->GetOcrType() == CHtmlTagItem::emOcrEndRequired) {
+        // An element whose end tag may be left out is closed silently; one
+        // whose end tag is required counts as a fault.
         m_Events.WillChange(pOpen);
         pOpen->SetTokenFlag(CHtmlTokenItem::emTokenUnclosed);
-        if (pOpen->GetOcrType() == 2) m_Events.Mismatch();
+        if (pOpen->GetOcrType() == CHtmlTagItem::emOcrEndRequired) m_Events.Mismatch();
       }
     }
     // Nothing open, or its start tag not found.
