@@ -49,3 +49,8 @@
 #include "telvanix/sitemap/sitemap_entry.h"
 #include "telvanix/sitemap/site_properties.h"
 #include "telvanix/sitemap/file_sitemap.h"
+#include "telvanix/project/project_files.h"
+#include "telvanix/project/project_references.h"
+#include "telvanix/project/help_project.h"
+#include "telvanix/project/project_transaction.h"
+#include "telvanix/project/project_index.h"

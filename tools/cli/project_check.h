@@ -15,6 +15,7 @@ enum class FindingKind {
   kMissingBookmark,   // "page#name" where page defines no such bookmark
   kOutsideProject,    // absolute path, drive letter or ".." above the root
   kSitemapMissing,    // a contents/index entry points to a missing topic
+  kProjectMissing,    // the project file (.hhp) names a file that does not exist
   kOrphanTopic,       // nothing refers to the topic
   kOrphanImage,       // nothing refers to the image
   kRepairedPage,      // the page's outline needed tags inserted or dropped

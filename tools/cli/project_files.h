@@ -1,45 +1,21 @@
-// Finding the files of a help project: a recursive walk that survives
-// unreadable folders and symlink loops, and sorts what it finds so that every
-// command reports in the same order on every run.
+// The project listing and whole-file read, from the library.
 #pragma once
 
 #include <string>
 #include <vector>
 
 #include "telvanix/foundation/byte_string.h"
+#include "telvanix/project/project_files.h"
 
 namespace telvanix::tool {
 
-enum class FileKind { kTopic, kContents, kIndex, kStylesheet, kImage, kOther };
-
-// By extension, without regard to letter case (".HTM" is a topic).
-FileKind ClassifyFile(const std::string& path);
-
-// A file of a project, classified once.
-struct ProjectFile {
-  std::string path;  // relative to the root, "/"-separated
-  FileKind kind;
-};
-
-// `paths` with their kinds, in the same order.
-std::vector<ProjectFile> ClassifyFiles(const std::vector<std::string>& paths);
-
-struct ProjectFiles {
-  std::vector<std::string> files;   // every regular file, relative to the root, "/"-separated, sorted
-  std::vector<std::string> errors;  // one line per folder or entry that could not be read
-};
-
-// Walks `root` (a folder). Symlinked folders are followed once; a link back
-// into a folder already being walked is reported and skipped. A broken link
-// or a pipe is reported only when named like a project file (with
-// `topicsOnly`, like a topic page): a broken link to a script is no error.
-ProjectFiles ListProjectFiles(const std::string& root, bool topicsOnly = false);
-
-// Largest file the tool reads: a buffer length of the library is a 32-bit int.
-constexpr unsigned long long kMaxFileBytes = 0x7FFFFFF0u;
-
-// Reads a whole regular file; false with `error` set when it cannot be read,
-// is not a regular file (never blocks on a pipe) or is over kMaxFileBytes.
-bool ReadWholeFile(const std::string& path, CByteString& bytes, std::string& error);
+using project::ClassifyFile;
+using project::ClassifyFiles;
+using project::FileKind;
+using project::ListProjectFiles;
+using project::ProjectFile;
+using project::ProjectFiles;
+using project::kMaxFileBytes;
+using project::ReadWholeFile;
 
 }  // namespace telvanix::tool

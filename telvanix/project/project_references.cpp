@@ -1,4 +1,4 @@
-#include "cli/references.h"
+#include "telvanix/project/project_references.h"
 
 #include <cctype>
 #include <utility>
@@ -6,7 +6,7 @@
 
 #include "telvanix/topic/html_file_ex.h"
 
-namespace telvanix::tool {
+namespace telvanix::project {
 
 namespace {
 
@@ -170,4 +170,4 @@ std::set<std::string> PageBookmarks(CHtmlFileEx& page) {
   return names;
 }
 
-}  // namespace telvanix::tool
+}  // namespace telvanix::project

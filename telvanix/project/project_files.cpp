@@ -1,4 +1,4 @@
-#include "cli/project_files.h"
+#include "telvanix/project/project_files.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,7 +11,7 @@
 #include <set>
 #include <utility>
 
-namespace telvanix::tool {
+namespace telvanix::project {
 
 namespace fs = std::filesystem;
 
@@ -97,6 +97,7 @@ FileKind ClassifyFile(const std::string& path) {
   if (ext == ".hhc") return FileKind::kContents;
   if (ext == ".hhk") return FileKind::kIndex;
   if (ext == ".css") return FileKind::kStylesheet;
+  if (ext == ".hhp") return FileKind::kProject;
   if (images.count(ext)) return FileKind::kImage;
   return FileKind::kOther;
 }
@@ -182,4 +183,4 @@ bool ReadWholeFile(const std::string& path, CByteString& bytes, std::string& err
   return true;
 }
 
-}  // namespace telvanix::tool
+}  // namespace telvanix::project
