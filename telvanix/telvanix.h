@@ -16,6 +16,7 @@
 #include "telvanix/foundation/color_names.h"
 #include "telvanix/foundation/text_utils.h"
 #include "telvanix/foundation/path_utils.h"
+#include "telvanix/foundation/file_moves.h"
 #include "telvanix/foundation/url_utils.h"
 #include "telvanix/foundation/url_tables.h"
 #include "telvanix/foundation/module_resources.h"

@@ -181,3 +181,18 @@ CString CCssPackEx::FindBaggageFileInStylePropertyValue(const char* value) {
 }
 
 }  // namespace telvanix
+
+namespace telvanix {
+
+// Not written yet: nothing is changed.
+int CCssPackEx::ReplaceFileReference(const CFileMoves&) { return -1; }
+int CCssPackEx::GetFileReferences(const CFileMoves&, std::vector<CFileReference>& references) {
+  references.clear();
+  return -1;
+}
+int CCssPackEx::ReplaceUrlsInText(const char*, int, const CFileMoves&, CByteString&, std::vector<CFileReference>*,
+                                  int) {
+  return -1;
+}
+
+}  // namespace telvanix

@@ -16,11 +16,18 @@
 //   (known schemes, "www."), "data:" URIs and same-document references
 //   ("#id"). Each file is reported once, at its first mention, names
 //   compared without regard to case or slash direction.
+// - Reference replacement works on the sheet's bytes, not on its lines:
+//   the target of every url(...) outside comments and of every "@import"
+//   (quoted or url()) is rewritten relative to the sheet's own folder, and
+//   every other byte stays as read. Quotes (or their absence) are kept.
 // - The baggage walk reads the lines when GetFirstBaggageFile is called, so
 //   edits made between walks are seen by the next walk.
 #pragma once
 
+#include <vector>
+
 #include "telvanix/css/css_pack.h"
+#include "telvanix/foundation/file_moves.h"
 #include "telvanix/platform/export.h"
 #include "telvanix/platform/string_types.h"
 #include "telvanix/platform/types.h"
@@ -40,6 +47,23 @@ class TELVANIX_API CCssPackEx : public CCssPack {
   // Files named by url(...) in the rules, each once; "" at the end.
   CString GetFirstBaggageFile(UINT& index);
   CString GetNextBaggageFile(UINT& index);
+
+  // Rewrites the url() and "@import" targets of the sheet's content for the
+  // moves (the context's document is this sheet) and parses it again. Gives
+  // the count of references changed (0: content untouched), -1 on failure
+  // (content untouched). References to deleted files are left as written.
+  int ReplaceFileReference(const CFileMoves& moves);
+  // The same walk without a change: every url() and "@import" target with
+  // its line ("@import" or "url" as element), what it names and what a
+  // rewrite would write. Gives the count.
+  int GetFileReferences(const CFileMoves& moves, std::vector<CFileReference>& references);
+  // The walk both use, on any stylesheet text (a STYLE block's, or a style
+  // attribute's once its character references are decoded): appends to
+  // `out` the text with its targets rewritten and gives the count changed;
+  // fills `references` when non-null, their lines counted from firstLine.
+  // `out` is the text unchanged when nothing moved.
+  static int ReplaceUrlsInText(const char* text, int length, const CFileMoves& moves, CByteString& out,
+                               std::vector<CFileReference>* references, int firstLine);
 
   // Quick test that a property text (one value or a whole inline style) may
   // name a file: it holds "url(", or a background or list-style property
