@@ -4,7 +4,11 @@ namespace telvanix::tool {
 
 extern const Command kCheckCommand;
 extern const Command kFormatCommand;
+extern const Command kMvCommand;
 extern const Command kPropsCommand;
+extern const Command kRecoverCommand;
+extern const Command kRefsCommand;
+extern const Command kRmCommand;
 extern const Command kRoundtripCommand;
 extern const Command kTagsCommand;
 extern const Command kTextCommand;
@@ -12,7 +16,8 @@ extern const Command kTocCommand;
 
 const std::vector<Command>& AllCommands() {
   static const std::vector<Command> commands = {kCheckCommand, kTextCommand,  kPropsCommand,    kTagsCommand,
-                                                kFormatCommand, kTocCommand, kRoundtripCommand};
+                                                kFormatCommand, kTocCommand, kRoundtripCommand, kMvCommand,
+                                                kRmCommand,     kRefsCommand, kRecoverCommand};
   return commands;
 }
 
