@@ -137,7 +137,7 @@ void CHtmlHelpProject::Scan() {
 CString CHtmlHelpProject::GetOption(const char* key) const {
   if (!key) return CString();
   for (const auto& [k, v] : m_options)
-    if (SameNoCase(k, key)) return CString(v);
+    if (SameNoCase(k, key)) return CString(v.size() >= 2 && v.front() == '"' && v.back() == '"' ? v.substr(1, v.size() - 2) : v);
   return CString();
 }
 

@@ -11,6 +11,7 @@
 #include "cli/commands.h"
 #include "cli/page_files.h"
 #include "cli/project_check.h"
+#include "cli/project_edit.h"
 
 namespace telvanix::tool {
 
@@ -32,11 +33,14 @@ const char kHelp[] =
     "    contents/index files that are empty or whose lists do not close\n"
     "  - topics and images that nothing refers to\n"
     "  - pages whose structure needed repair (missing or stray outline tags)\n"
+    "  - files the project file (.hhp) names that do not exist: listed\n"
+    "    files, the default topic, contents and index files, window files\n"
     "  - the build tags in use (for information)\n"
     "\n"
     "  --json   one JSON object on stdout instead of the summary\n"
     "\n"
-    "Nothing is modified. Exit status: 0 clean, 1 problems found, 2 usage or\n"
+    "Nothing is modified (a change that mv or rm left unfinished is first\n"
+    "completed). Exit status: 0 clean, 1 problems found, 2 usage or\n"
     "I/O error (the other files are still checked).\n";
 
 nlohmann::json ToJson(const ProjectReport& r) {
@@ -98,6 +102,8 @@ int Run(const std::vector<std::string>& args) {
     PrintError(root + ": " + (std::filesystem::exists(root, ec) ? "not a folder" : "no such folder"));
     return kExitError;
   }
+  // A change that mv or rm left unfinished is completed before reading.
+  if (!CompletePendingChange(root)) return kExitError;
   ProjectReport report = CheckProject(root);
   if (cl.Has("json"))
     std::printf("%s\n", ToJson(report).dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
