@@ -25,6 +25,7 @@
 #include "telvanix/html/tag_item.h"
 #include "telvanix/html/token_list.h"
 #include "telvanix/html/html_pack.h"
+#include "telvanix/html/reference_text.h"
 #include "telvanix/html/entity_stack.h"
 #include "telvanix/html/tree_node.h"
 #include "telvanix/html/entity_tree.h"

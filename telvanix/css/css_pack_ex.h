@@ -24,6 +24,7 @@
 //   edits made between walks are seen by the next walk.
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "telvanix/css/css_pack.h"
@@ -49,19 +50,30 @@ class TELVANIX_API CCssPackEx : public CCssPack {
   CString GetNextBaggageFile(UINT& index);
 
   // Rewrites the url() and "@import" targets of the sheet's content for the
-  // moves (the context's document is this sheet) and parses it again. Gives
+  // moves (the moves' document is this sheet) and parses it again. Gives
   // the count of references changed (0: content untouched), -1 on failure
   // (content untouched). References to deleted files are left as written.
   int ReplaceFileReference(const CFileMoves& moves);
   // The same walk without a change: every url() and "@import" target with
-  // its line ("@import" or "url" as element), what it names and what a
-  // rewrite would write. Gives the count.
+  // its line, what it names and what a rewrite would write. Gives the count.
   int GetFileReferences(const CFileMoves& moves, std::vector<CFileReference>& references);
-  // The walk both use, on any stylesheet text (a STYLE block's, or a style
-  // attribute's once its character references are decoded): appends to
-  // `out` the text with its targets rewritten and gives the count changed;
-  // fills `references` when non-null, their lines counted from firstLine.
-  // `out` is the text unchanged when nothing moved.
+
+  // The one scanner of reference targets in stylesheet text: calls `visit`
+  // with the offset and length of each url(...) target (inside its quotes,
+  // blanks trimmed) and of each quoted "@import" target, whether it belongs
+  // to an "@import", and its 0-based line. Comments and other strings are
+  // passed over; an unclosed url( names nothing. Gives the count.
+  static int ForEachUrlTarget(const char* text, int length,
+                              const std::function<void(int offset, int length, int isImport, int line)>& visit);
+  // Rewrites the targets of stylesheet text: `decide` gets each reference
+  // with its line (firstLine + line), kind, element ("@import" or "url")
+  // and written text, and sets its target, new value and change. Appends
+  // the text to `out` with every emRewritten target replaced (an unquoted
+  // url() target whose new text needs quotes gets them) and gives their
+  // count; `references` (when non-null) gets each reference.
+  static int ReplaceUrlsInText(const char* text, int length, const std::function<void(CFileReference&)>& decide,
+                               CByteString& out, std::vector<CFileReference>* references, int firstLine);
+  // The same for plain stylesheet text and the moves' rule.
   static int ReplaceUrlsInText(const char* text, int length, const CFileMoves& moves, CByteString& out,
                                std::vector<CFileReference>* references, int firstLine);
 

@@ -27,6 +27,10 @@
 
 namespace telvanix {
 
+namespace topic_detail {
+struct ReferenceSite;
+}
+
 class TELVANIX_API CHtmlFileEx : public CHtmlPack {
  public:
   using CPositionArray = CRglArray<POSITION, POSITION>;
@@ -320,7 +324,8 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
 
   // The delete family; pos is the element's start tag. Each gives 1, or 0
   // when pos is not such a tag. Tokens are discarded, never rebuilt, so the
-  // rest of the page saves as it was; blanks after removed tags are kept.
+  // rest of the page saves as it was. The blanks after a removed tag stay;
+  // a tag that began a line takes its line with it (no blank line is left).
   // Unwraps the link: the A start and end tags go, the text between stays.
   int DeleteAnchor(POSITION pos);
   // The OBJECT, its PARAMs, its fallback content and its end tag go.
@@ -408,6 +413,23 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   // included) into `params`.
   void CollectObjectParams(POSITION pos, CPositionArray& params);
   EmHhctrlCommand GetCommandOfParams(const CPositionArray& params);
+
+  // Reference replacement (reference_replace.cpp): the walk that finds
+  // every site of the groups asked for (topic_detail::SiteGroup), limited to
+  // one token or object when `only` is set; deciding one site; applying the
+  // decisions (rewrites, then unlinks; the count changed); and a whole run
+  // doing what `mode` (topic_detail::ReplaceMode) allows.
+  void CollectReferenceSites(std::vector<topic_detail::ReferenceSite>& sites, int groups, POSITION only);
+  void DecideReferenceSite(topic_detail::ReferenceSite& site, CReplaceContext& context);
+  int ApplyReferenceSites(std::vector<topic_detail::ReferenceSite>& sites, CReplaceContext& context, int indexRule);
+  int RunReplace(CReplaceContext& context, int groups, POSITION only, int indexRule, int mode);
+  int UnlinkSitemapEntry(const topic_detail::ReferenceSite& site, int indexRule);
+  // Discards the token at pos; its trailing blanks go to the live token
+  // before it unless that one ends at the start of a line.
+  void DiscardKeepingBlanks(POSITION pos);
+  // The matching end tag of the element at pos (same id, nesting counted),
+  // or null.
+  POSITION FindMatchingEnd(POSITION pos);
 
   int SetTopicText(const char* metaName, const char* value);
   int GetTopicText(const char* metaName, CString& value);
