@@ -5,18 +5,19 @@
 #     reference values (bench/move_compare.cpp, token by token);
 #   - moving back restores every file byte for byte.
 # Prints the time of each move.
-#   scripts/move-check.sh TOOL MOVE_COMPARE PROJECT ROOT_IN_PROJECT FOLDER PAGE [WORK]
+#   scripts/move-check.sh TOOL MOVE_COMPARE PROJECT ROOT_IN_PROJECT FOLDER NEW_FOLDER PAGE NEW_PAGE [WORK]
 # ROOT_IN_PROJECT is the project root inside PROJECT ("." for PROJECT
-# itself); FOLDER and PAGE are paths under that root. The folder gets the
-# name FOLDER-moved, the page moves to moved-PAGE-NAME in the root.
+# itself); the other paths are under that root.
 set -euo pipefail
 tool="$(realpath "$1")"
 compare="$(realpath "$2")"
 project="$(realpath "$3")"
 inner="$4"
 folder="$5"
-page="$6"
-work="${7:-$(mktemp -d)}"
+newfolder="$6"
+page="$7"
+newpage="$8"
+work="${9:-$(mktemp -d)}"
 mkdir -p "$work"
 work="$(realpath "$work")"
 
@@ -25,21 +26,22 @@ cp -a "$project" "$work/orig"
 cp -a "$project" "$work/proj"
 root="$work/proj/$inner"
 orig="$work/orig/$inner"
-newfolder="$folder-moved"
-newpage="moved-$(basename "$page")"
 
 now() { date +%s.%N; }
 elapsed() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", b - a }'; }
 
 "$tool" check "$root" --json >"$work/before.json" 2>/dev/null || true
 
+sync  # the copy's own writes are not the move's
 t0=$(now)
 (cd "$root" && "$tool" mv --root . "$folder" "$newfolder")
 t1=$(now)
+sync
+t1b=$(now)
 (cd "$root" && "$tool" mv --root . "$page" "$newpage")
 t2=$(now)
 echo "move of folder $folder ($(find "$orig/$folder" -type f | wc -l) files): $(elapsed "$t0" "$t1") s"
-echo "move of page $page: $(elapsed "$t1" "$t2") s"
+echo "move of page $page: $(elapsed "$t1b" "$t2") s"
 
 "$tool" check "$root" --json >"$work/after.json" 2>/dev/null || true
 # The same findings apart from the moved names: each finding's kind and
@@ -67,6 +69,7 @@ EOF
 
 "$compare" "$orig" "$root" "$folder=$newfolder" "$page=$newpage"
 
+sync
 t3=$(now)
 (cd "$root" && "$tool" mv --root . "$newpage" "$page")
 (cd "$root" && "$tool" mv --root . "$newfolder" "$folder")

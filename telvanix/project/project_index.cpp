@@ -342,7 +342,7 @@ std::string RelativeTo(const std::string& fromDir, const std::string& target) {
 
 }  // namespace
 
-int CHtmlProjectIndex::Build(const char* root, const CRunner& runner) {
+int CHtmlProjectIndex::Build(const char* root, const CRunner& runner, bool listOnly) {
   m_strRoot = root ? root : "";
   m_entries.clear();
   m_errors.clear();
@@ -353,7 +353,7 @@ int CHtmlProjectIndex::Build(const char* root, const CRunner& runner) {
   m_resolver = ProjectIndex(ClassifyFiles(listed.files));
   const std::vector<ProjectFile>& files = m_resolver.files();
   std::vector<size_t> read;
-  for (size_t i = 0; i < files.size(); ++i)
+  for (size_t i = 0; i < files.size() && !listOnly; ++i)
     if (files[i].kind != FileKind::kImage && files[i].kind != FileKind::kOther) read.push_back(i);
   m_entries.assign(files.size(), CFileEntry());
   auto job = [&](size_t k) {
@@ -434,6 +434,8 @@ int CHtmlProjectIndex::PlanMove(const std::vector<std::pair<std::string, std::st
     };
     if (long f = FindFile(from); f >= 0) {
       if (!add(static_cast<size_t>(f), to)) return 0;
+      // Its folders go too when the move leaves them empty.
+      for (std::string d = DirectoryOf(from); !d.empty(); d = DirectoryOf(d)) plan.m_folders.push_back(d);
       continue;
     }
     const std::string prefix = from + "/";

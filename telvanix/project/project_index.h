@@ -54,8 +54,9 @@ class TELVANIX_API CHtmlProjectIndex {
 
   // Lists and reads the project under `root`. 1 done (files that could not
   // be read are named in their entries and GetErrors()); 0 when `root` is no
-  // folder.
-  int Build(const char* root, const CRunner& runner = nullptr);
+  // folder. With `listOnly` the files are listed and not read: the entries
+  // stay empty and no reference is known (enough for PlanMove's files).
+  int Build(const char* root, const CRunner& runner = nullptr, bool listOnly = false);
 
   const std::string& GetRoot() const { return m_strRoot; }
   const std::vector<project::ProjectFile>& GetFiles() const { return m_resolver.files(); }
@@ -84,7 +85,7 @@ class TELVANIX_API CHtmlProjectIndex {
   // itself.
   struct CMovePlan {
     std::vector<std::pair<std::string, std::string>> m_files;  // every file moving, old -> new
-    std::vector<std::string> m_folders;                           // folders left empty
+    std::vector<std::string> m_folders;  // folders that go when the move leaves them empty
     std::vector<CReferrer> m_references;                          // references that change
     std::vector<std::size_t> m_rewritten;                         // files whose bytes change, sorted
   };

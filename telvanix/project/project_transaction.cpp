@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <set>
 
 #include "telvanix/project/project_files.h"
@@ -60,6 +61,45 @@ std::string Unescape(const std::string& s) {
   return out;
 }
 
+std::vector<std::string> Parts(const std::string& path) {
+  std::vector<std::string> parts;
+  for (size_t start = 0; start <= path.size();) {
+    size_t slash = path.find('/', start);
+    if (slash == std::string::npos) slash = path.size();
+    std::string part = path.substr(start, slash - start);
+    if (part == ".." && !parts.empty() && parts.back() != "..") parts.pop_back();
+    else if (!part.empty() && part != ".") parts.push_back(part);
+    start = slash + 1;
+  }
+  return parts;
+}
+
+// The shortest relative way from folder `dir` to `target` (project paths).
+std::string RelativePath(const std::string& dir, const std::string& target) {
+  const std::vector<std::string> d = Parts(dir), t = Parts(target);
+  size_t common = 0;
+  while (common < d.size() && common + 1 < t.size() && d[common] == t[common]) ++common;
+  std::string out;
+  for (size_t i = common; i < d.size(); ++i) out += "../";
+  for (size_t i = common; i < t.size(); ++i) out += (i > common ? "/" : "") + t[i];
+  return out;
+}
+
+// The project path a relative symbolic link at `path` names; "" when it is
+// no link, an absolute one, or leads out of the project.
+std::string LinkTarget(const std::string& root, const std::string& path) {
+  char link[4096];
+  ssize_t n = ::readlink((root + "/" + path).c_str(), link, sizeof link - 1);
+  if (n <= 0 || link[0] == '/') return "";
+  std::string joined = (FolderOf(path).empty() ? "" : FolderOf(path) + "/") + std::string(link, static_cast<size_t>(n));
+  std::string out;
+  for (const std::string& p : Parts(joined)) {
+    if (p == "..") return "";
+    out += (out.empty() ? "" : "/") + p;
+  }
+  return out;
+}
+
 bool Exists(const std::string& path) {
   struct stat st {};
   return ::lstat(path.c_str(), &st) == 0;
@@ -90,7 +130,7 @@ bool WriteNew(const std::string& path, const std::string& bytes, const std::stri
     if (::fchown(fd, st.st_uid, st.st_gid) != 0) { /* kept as created */ }
     ::fchmod(fd, st.st_mode & 07777);
   }
-  if (::fsync(fd) != 0 || ::close(fd) != 0) {
+  if (::close(fd) != 0) {
     ::unlink(path.c_str());
     return false;
   }
@@ -155,6 +195,10 @@ int CHtmlProjectTransaction::GetFileStamp(const char* path, CFileStamp& stamp) {
   return 1;
 }
 
+std::string CHtmlProjectTransaction::GetLinkTarget(const char* root, const char* path) {
+  return root && path ? LinkTarget(root, path) : std::string();
+}
+
 std::string CHtmlProjectTransaction::Full(const std::string& rel) const { return m_strRoot + "/" + rel; }
 
 bool CHtmlProjectTransaction::Inside(const std::string& path) {
@@ -172,7 +216,7 @@ bool CHtmlProjectTransaction::Inside(const std::string& path) {
 
 int CHtmlProjectTransaction::AddWrite(const char* path, std::string bytes, const CFileStamp& read) {
   if (!path || !Inside(path)) return 0;
-  COperation op{COperation::emWrite, "", path, true, std::move(bytes), read, ""};
+  COperation op{COperation::emWrite, "", path, true, std::move(bytes), read, "", ""};
   m_ops.push_back(std::move(op));
   return 1;
 }
@@ -180,14 +224,20 @@ int CHtmlProjectTransaction::AddWrite(const char* path, std::string bytes, const
 int CHtmlProjectTransaction::AddMove(const char* from, const char* to, const std::string* bytes,
                                      const CFileStamp& read) {
   if (!from || !to || !Inside(from) || !Inside(to)) return 0;
-  COperation op{COperation::emMove, from, to, bytes != nullptr, bytes ? *bytes : std::string(), read, ""};
+  COperation op{COperation::emMove, from, to, bytes != nullptr, bytes ? *bytes : std::string(), read, "", ""};
   m_ops.push_back(std::move(op));
+  return 1;
+}
+
+int CHtmlProjectTransaction::AddRelink(const char* path, const CFileStamp& read) {
+  if (!path || !Inside(path)) return 0;
+  m_ops.push_back({COperation::emRelink, path, path, false, std::string(), read, "", ""});
   return 1;
 }
 
 int CHtmlProjectTransaction::AddRemove(const char* path, const CFileStamp& read) {
   if (!path || !Inside(path)) return 0;
-  m_ops.push_back({COperation::emRemove, path, "", false, std::string(), read, ""});
+  m_ops.push_back({COperation::emRemove, path, "", false, std::string(), read, "", ""});
   return 1;
 }
 
@@ -247,8 +297,22 @@ int CHtmlProjectTransaction::Commit() {
   // The journal first names what will be made, so that an interruption
   // before the renames can be undone.
   std::vector<std::string> made;
+  // Relative symbolic links are made again so that they name their file
+  // (moved or not) from where they now stand.
+  {
+    std::map<std::string, std::string> moves;
+    for (const COperation& op : m_ops)
+      if (op.m_emKind == COperation::emMove) moves[op.m_strFrom] = op.m_strTo;
+    for (COperation& op : m_ops) {
+      if (op.m_emKind != COperation::emMove && op.m_emKind != COperation::emRelink) continue;
+      std::string target = LinkTarget(m_strRoot, op.m_strFrom);
+      if (target.empty()) continue;
+      if (auto it = moves.find(target); it != moves.end()) target = it->second;
+      op.m_strLink = RelativePath(FolderOf(op.m_strTo), target);
+    }
+  }
   for (COperation& op : m_ops) {
-    if (op.m_emKind == COperation::emRemove || (op.m_emKind == COperation::emMove && !op.m_bHasBytes)) continue;
+    if (op.m_emKind == COperation::emRemove || (!op.m_bHasBytes && op.m_strLink.empty())) continue;
     const std::string folder = FolderOf(op.m_strTo);
     op.m_strTemp = (folder.empty() ? "" : folder + "/") + "." + NameOf(op.m_strTo) + ".telvanix-" +
                    std::to_string(::getpid()) + ".tmp";
@@ -271,7 +335,7 @@ int CHtmlProjectTransaction::Commit() {
     else if (op.m_emKind == COperation::emMove) journal += "rename\t" + Escape(op.m_strFrom) + "\t" + Escape(op.m_strTo) + "\n";
   }
   for (const COperation& op : m_ops)
-    if (op.m_emKind == COperation::emRemove || (op.m_emKind == COperation::emMove && op.m_bHasBytes))
+    if (op.m_emKind == COperation::emRemove || (op.m_emKind == COperation::emMove && !op.m_strTemp.empty()))
       journal += "remove\t" + Escape(op.m_strFrom) + "\n";
   std::vector<std::string> emptied = m_emptied;
   std::sort(emptied.begin(), emptied.end(), [](const std::string& a, const std::string& b) { return a.size() > b.size(); });
@@ -292,12 +356,20 @@ int CHtmlProjectTransaction::Commit() {
     if (op.m_strTemp.empty()) continue;
     if (!MakeFolders(m_strRoot, FolderOf(op.m_strTo), made)) return fail(FolderOf(op.m_strTo) + ": cannot be made");
     const std::string like = op.m_emKind == COperation::emWrite ? op.m_strTo : op.m_strFrom;
-    if (!WriteNew(Full(op.m_strTemp), op.m_bytes, Full(like))) return fail(op.m_strTo + ": cannot be written");
+    if (!op.m_strLink.empty() ? ::symlink(op.m_strLink.c_str(), Full(op.m_strTemp).c_str()) != 0
+                              : !WriteNew(Full(op.m_strTemp), op.m_bytes, Full(like)))
+      return fail(op.m_strTo + ": cannot be written");
     Step();
   }
   for (const COperation& op : m_ops)
-    if (op.m_emKind == COperation::emMove && !op.m_bHasBytes && !MakeFolders(m_strRoot, FolderOf(op.m_strTo), made))
+    if (op.m_emKind == COperation::emMove && op.m_strTemp.empty() && !MakeFolders(m_strRoot, FolderOf(op.m_strTo), made))
       return fail(FolderOf(op.m_strTo) + ": cannot be made");
+  // The new files reach the disk before the change is decided: one flush
+  // of the file system instead of one per file.
+  if (int rootFd = ::open(m_strRoot.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); rootFd >= 0) {
+    ::syncfs(rootFd);
+    ::close(rootFd);
+  }
   // From here on the change is decided: a journal found later is completed.
   {
     int fd = ::open(Full(ms_szJournalName).c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);

@@ -31,13 +31,20 @@ class TELVANIX_API CHtmlProjectTransaction {
   explicit CHtmlProjectTransaction(const char* root);
 
   static int GetFileStamp(const char* path, CFileStamp& stamp);
+  // The project path a relative symbolic link at root/path names; empty for
+  // a file that is no such link or a link that leads out of the root.
+  static std::string GetLinkTarget(const char* root, const char* path);
 
   // Staged operations; nothing touches the disk before Commit. Each returns
   // 0 (and sets GetError()) for a path outside the root.
   // New bytes for `path` (an existing file read with `read`, or a new one).
   int AddWrite(const char* path, std::string bytes, const CFileStamp& read);
-  // `from` becomes `to`, with new bytes when `bytes` is not null.
+  // `from` becomes `to`, with new bytes when `bytes` is not null. A
+  // relative symbolic link is made again so that it still names its file.
   int AddMove(const char* from, const char* to, const std::string* bytes, const CFileStamp& read);
+  // The relative symbolic link at `path` is made again to name its file
+  // where the change's moves put it.
+  int AddRelink(const char* path, const CFileStamp& read);
   // `path` is removed.
   int AddRemove(const char* path, const CFileStamp& read);
   // A folder that is removed after the renames when it is then empty.
@@ -59,12 +66,13 @@ class TELVANIX_API CHtmlProjectTransaction {
 
  private:
   struct COperation {
-    enum EmKind { emWrite, emMove, emRemove } m_emKind;
+    enum EmKind { emWrite, emMove, emRemove, emRelink } m_emKind;
     std::string m_strFrom, m_strTo;  // m_strFrom empty for a write
     bool m_bHasBytes = false;
     std::string m_bytes;
     CFileStamp m_read;
     std::string m_strTemp;  // the temporary beside m_strTo
+    std::string m_strLink;  // a moved relative symbolic link: its new text
   };
 
   bool Inside(const std::string& path);

@@ -72,7 +72,8 @@ int Run(const std::vector<std::string>& args) {
     moves.emplace_back(rel, to);
   }
   CHtmlProjectIndex index;
-  index.Build(root.c_str(), [](size_t n, const std::function<void(size_t)>& job) { ParallelFor(n, job, "index"); });
+  // The files are listed, not read: the rewrite reads the few that may refer.
+  index.Build(root.c_str(), nullptr, true);
   CHtmlProjectIndex::CMovePlan plan;
   if (!index.PlanMove(moves, plan, error)) {
     PrintError(error);
@@ -148,6 +149,16 @@ int Run(const std::vector<std::string>& args) {
       change.AddWrite(r.path.c_str(), r.bytes, r.stamp);
       ++rewritten;
     }
+  // Symbolic links that stay but name a moved file are made again.
+  for (const ProjectFile& f : index.GetFiles()) {
+    if (newPath.count(f.path)) continue;
+    const std::string target = CHtmlProjectTransaction::GetLinkTarget(root.c_str(), f.path.c_str());
+    if (!target.empty() && newPath.count(target)) {
+      CHtmlProjectTransaction::CFileStamp stamp;
+      CHtmlProjectTransaction::GetFileStamp((root + "/" + f.path).c_str(), stamp);
+      change.AddRelink(f.path.c_str(), stamp);
+    }
+  }
   for (const std::string& f : plan.m_folders) change.AddEmptiedFolder(f.c_str());
   if (!change.Check()) {
     PrintError(change.GetError() + "; nothing was changed");

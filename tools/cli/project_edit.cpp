@@ -9,6 +9,7 @@
 #include "cli/page_files.h"
 #include "cli/parallel.h"
 #include "cli/project_files.h"
+#include "cli/references.h"
 #include "telvanix/css/css_pack_ex.h"
 #include "telvanix/html/html_pack.h"
 #include "telvanix/project/help_project.h"
@@ -91,6 +92,88 @@ bool PageBytes(const std::string& source, const std::string& untouched, const st
   return true;
 }
 
+std::vector<std::string> Split(const std::string& path) {
+  std::vector<std::string> parts;
+  for (size_t start = 0; start < path.size();) {
+    size_t slash = path.find('/', start);
+    if (slash == std::string::npos) slash = path.size();
+    if (slash > start) parts.push_back(path.substr(start, slash - start));
+    start = slash + 1;
+  }
+  return parts;
+}
+
+bool SameName(const std::string& a, const std::string& b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i)
+    if (std::tolower(static_cast<unsigned char>(a[i])) != std::tolower(static_cast<unsigned char>(b[i]))) return false;
+  return true;
+}
+
+bool PlainName(const std::string& s) {
+  for (char c : s)
+    if (!std::isalnum(static_cast<unsigned char>(c)) && !std::strchr("._-~", c)) return false;
+  return !s.empty();
+}
+
+// A page whose references written the long way ("../matrix/a.htm" from
+// inside matrix/) keep that form: they climb to the same folder as before
+// when it still holds both ends, so that moving back gives every byte back.
+// Anything else is left to the library's rule (the shortest path).
+class StructureKeepingPage : public CHtmlFileEx {
+ public:
+  using CHtmlFileEx::CHtmlFileEx;
+
+ protected:
+  const char* GetNewRelFileNameCustom(const char* name, CReplaceContext& context) override {
+    std::string written = name ? name : "";
+    const size_t cut = written.find_first_of("?#");
+    const std::string suffix = cut == std::string::npos ? "" : written.substr(cut);
+    std::string path = written.substr(0, cut);
+    if (path.empty() || path.find_first_of("%&: \t") != std::string::npos || path[0] == '/') return nullptr;
+    const bool back = path.find('\\') != std::string::npos;
+    for (char& c : path)
+      if (c == '\\') c = '/';
+    std::vector<std::string> parts = Split(path);
+    size_t ups = 0;
+    while (ups < parts.size() && parts[ups] == "..") ++ups;
+    const std::vector<std::string> rest(parts.begin() + static_cast<long>(ups), parts.end());
+    for (const std::string& r : rest)
+      if (r == "." || r == ".." || !PlainName(r)) return nullptr;
+    const std::vector<std::string> dir = Split(DirectoryOf(context.GetDocumentOldPath().str()));
+    const std::string newDoc = context.GetDocumentNewPath().IsEmpty() ? context.GetDocumentOldPath().str()
+                                                                     : context.GetDocumentNewPath().str();
+    const std::vector<std::string> newDir = Split(DirectoryOf(newDoc));
+    if (ups == 0 || ups > dir.size() || rest.empty()) return nullptr;
+    const size_t pivot = dir.size() - ups;
+    std::vector<std::string> target(dir.begin(), dir.begin() + static_cast<long>(pivot));
+    target.insert(target.end(), rest.begin(), rest.end());
+    // Written the short way already: the library's rule keeps it short.
+    size_t common = 0;
+    while (common < dir.size() && common + 1 < target.size() && SameName(dir[common], target[common])) ++common;
+    if (common <= pivot) return nullptr;
+    std::string joined;
+    for (const std::string& t : target) joined += (joined.empty() ? "" : "/") + t;
+    CString moved;
+    if (context.MapPath(joined.c_str(), moved) == CFileMoves::emDeleted) return nullptr;
+    const std::vector<std::string> newTarget = Split(moved.str());
+    if (newDir.size() < pivot || newTarget.size() <= pivot) return nullptr;
+    for (size_t i = 0; i < pivot; ++i)
+      if (!SameName(newDir[i], dir[i]) || !SameName(newTarget[i], dir[i])) return nullptr;
+    m_strNew.clear();
+    for (size_t i = pivot; i < newDir.size(); ++i) m_strNew += back ? "..\\" : "../";
+    for (size_t i = pivot; i < newTarget.size(); ++i) {
+      if (!PlainName(newTarget[i])) return nullptr;
+      m_strNew += newTarget[i] + (i + 1 < newTarget.size() ? (back ? "\\" : "/") : "");
+    }
+    m_strNew += suffix;
+    return m_strNew.c_str();
+  }
+
+ private:
+  std::string m_strNew;
+};
+
 // The project file's values, followed through the moves one by one.
 void RewriteProjectFile(const std::string& bytes, CHtmlFileEx::CReplaceContext& moves, FileRewrite& r, bool apply) {
   CHtmlHelpProject hhp;
@@ -129,6 +212,9 @@ FileRewrite RewriteFile(const std::string& root, const std::string& path, const 
   r.newPath = newPath;
   const std::string full = Join(root, path);
   CHtmlProjectTransaction::GetFileStamp(full.c_str(), r.stamp);
+  // A symbolic link's bytes are its target's, rewritten (if at all) there;
+  // writing them here would turn the link into a copy.
+  if (fs::is_symlink(full)) return r;
   CByteString bytes;
   if (!LoadPage(full, bytes, r.error)) return r;
   const std::string source = Text(bytes);
@@ -155,7 +241,7 @@ FileRewrite RewriteFile(const std::string& root, const std::string& path, const 
     if (LooksBinary(bytes)) return r;  // no page: nothing in it is rewritten
     CByteString copy;
     copy.Assign(bytes.GetContent(), bytes.GetLength());
-    CHtmlFileEx page(bytes, full.c_str());
+    StructureKeepingPage page(bytes, full.c_str());
     if (page.GetFileReferences(moves, r.changes) < 0) {
       r.error = path + ": its references could not be read";
       return r;
@@ -214,6 +300,25 @@ std::vector<CFileReference> ListFileReferences(const std::string& root, const st
   return refs;
 }
 
+namespace {
+
+// `lower` (lower case) among the bytes, without regard to ASCII case.
+bool ContainsNoCase(const CByteString& bytes, const std::string& lower) {
+  const char* p = reinterpret_cast<const char*>(bytes.GetContent());
+  const size_t n = static_cast<size_t>(bytes.GetLength());
+  if (lower.empty() || n < lower.size()) return false;
+  const char first = lower[0], other = static_cast<char>(std::toupper(static_cast<unsigned char>(first)));
+  for (size_t i = 0; i + lower.size() <= n; ++i) {
+    if (p[i] != first && p[i] != other) continue;
+    size_t k = 1;
+    while (k < lower.size() && std::tolower(static_cast<unsigned char>(p[i + k])) == lower[k]) ++k;
+    if (k == lower.size()) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
 std::vector<size_t> CandidateReferrers(const CHtmlProjectIndex& index, const std::vector<std::string>& paths) {
   const auto& files = index.GetFiles();
   std::vector<char> hit(files.size(), 0);
@@ -246,10 +351,8 @@ std::vector<size_t> CandidateReferrers(const CHtmlProjectIndex& index, const std
       hit[i] = 1;  // its error is reported when it is rewritten
       return;
     }
-    std::string text = Text(bytes);
-    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     for (const std::string& n : names)
-      if (text.find(n) != std::string::npos) {
+      if (ContainsNoCase(bytes, n)) {
         hit[i] = 1;
         return;
       }

@@ -39,7 +39,8 @@ int Run(const std::vector<std::string>& args) {
   }
   if (!CompletePendingChange(root)) return kExitError;
   CHtmlProjectIndex index;
-  index.Build(root.c_str(), [](size_t n, const std::function<void(size_t)>& job) { ParallelFor(n, job, "index"); });
+  // The files are listed, not read: the rewrite reads the few that may refer.
+  index.Build(root.c_str(), nullptr, true);
   // Listed through the deletion the file would be: each reference to it
   // is then marked.
   CHtmlFileEx::CReplaceContext context;

@@ -48,7 +48,8 @@ int Run(const std::vector<std::string>& args) {
   }
   if (!CompletePendingChange(root)) return kExitError;
   CHtmlProjectIndex index;
-  index.Build(root.c_str(), [](size_t n, const std::function<void(size_t)>& job) { ParallelFor(n, job, "index"); });
+  // The files are listed, not read: the rewrite reads the few that may refer.
+  index.Build(root.c_str(), nullptr, true);
 
   CHtmlFileEx::CReplaceContext context;
   std::vector<std::string> paths;
