@@ -450,6 +450,7 @@ int CHtmlProjectIndex::PlanMove(const std::vector<std::pair<std::string, std::st
       if (!add(static_cast<size_t>(it - files.begin()), to + it->path.substr(from.size()))) return 0;
       for (std::string d = DirectoryOf(it->path); d.size() > from.size(); d = DirectoryOf(d)) folders.insert(d);
     }
+    for (std::string d = DirectoryOf(from); !d.empty(); d = DirectoryOf(d)) folders.insert(d);
     plan.m_folders.insert(plan.m_folders.end(), folders.begin(), folders.end());
   }
   // A reference changes when its target moves or its file moves, unless

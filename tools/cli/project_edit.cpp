@@ -116,10 +116,10 @@ bool PlainName(const std::string& s) {
   return !s.empty();
 }
 
-// A page whose references written the long way ("../matrix/a.htm" from
-// inside matrix/) keep that form: they climb to the same folder as before
-// when it still holds both ends, so that moving back gives every byte back.
-// Anything else is left to the library's rule (the shortest path).
+// A page's references that climb ("../matrix/a.htm", "../../d6/x.htm") keep
+// climbing to the same folder when it still holds both ends, so that the
+// generator's way of writing them stays and moving back gives the bytes
+// back. Anything else is left to the library's rule (the shortest path).
 class StructureKeepingPage : public CHtmlFileEx {
  public:
   using CHtmlFileEx::CHtmlFileEx;
@@ -148,14 +148,11 @@ class StructureKeepingPage : public CHtmlFileEx {
     const size_t pivot = dir.size() - ups;
     std::vector<std::string> target(dir.begin(), dir.begin() + static_cast<long>(pivot));
     target.insert(target.end(), rest.begin(), rest.end());
-    // Written the short way already: the library's rule keeps it short.
-    size_t common = 0;
-    while (common < dir.size() && common + 1 < target.size() && SameName(dir[common], target[common])) ++common;
-    if (common <= pivot) return nullptr;
     std::string joined;
     for (const std::string& t : target) joined += (joined.empty() ? "" : "/") + t;
     CString moved;
-    if (context.MapPath(joined.c_str(), moved) == CFileMoves::emDeleted) return nullptr;
+    const CFileMoves::EmRewrite fate = context.MapPath(joined.c_str(), moved);
+    if (fate == CFileMoves::emDeleted || (fate == CFileMoves::emUnchanged && newDir == dir)) return nullptr;
     const std::vector<std::string> newTarget = Split(moved.str());
     if (newDir.size() < pivot || newTarget.size() <= pivot) return nullptr;
     for (size_t i = 0; i < pivot; ++i)

@@ -67,8 +67,11 @@ int Run(const std::vector<std::string>& args) {
       if (cl.Has("json"))
         list.push_back({{"file", FileNameToUtf8(file)}, {"line", c.m_nLine}, {"element", ToUtf8(c.m_strElement)},
                         {"attribute", ToUtf8(c.m_strAttribute)}, {"reference", ToUtf8(c.m_strWritten)}});
-      else
-        std::printf("%s\n", DescribeChange(file, c).c_str());
+      else {
+        CFileReference shown = c;
+        shown.m_nChange = CFileMoves::emUnchanged;  // listed, not changed
+        std::printf("%s\n", DescribeChange(file, shown).c_str());
+      }
     }
   }
   if (cl.Has("json"))
