@@ -37,8 +37,8 @@ killed=0
 for ((k = 1; k < 100000; k++)); do
   rm -rf "$work/run"
   cp -a "$project" "$work/run"
-  status=0
-  (cd "$work/run" && TELVANIX_FAULT_AFTER=$k "$tool" mv --root . "${args[@]}" >/dev/null 2>&1) || status=$?
+  # (The shell's own "Killed" notice is not wanted either.)
+  status=$( { (cd "$work/run" && TELVANIX_FAULT_AFTER=$k exec "$tool" mv --root . "${args[@]}" >/dev/null 2>&1); echo $?; } 2>/dev/null)
   # A plain command after the crash completes or undoes the change.
   (cd "$work/run" && "$tool" refs --root . "${args[0]}" >/dev/null 2>&1) || true
   runs=$((runs + 1))
@@ -63,6 +63,5 @@ for ((k = 1; k < 100000; k++)); do
     break
   fi
 done
-files=$(diff -r -q "$work/before" "$work/after" 2>/dev/null | wc -l || true)
-echo "fault runs: $runs ($killed killed, $files paths differ between before and after), inconsistent: $bad"
+echo "fault runs: $runs ($killed killed), inconsistent: $bad"
 [ "$bad" -eq 0 ]
