@@ -318,28 +318,6 @@ void RunOnThreads(size_t count, const std::function<void(size_t)>& job) {
   for (std::thread& t : pool) t.join();
 }
 
-std::vector<std::string> Components(const std::string& path) {
-  std::vector<std::string> parts;
-  for (size_t start = 0; start < path.size();) {
-    size_t slash = path.find('/', start);
-    if (slash == std::string::npos) slash = path.size();
-    parts.push_back(path.substr(start, slash - start));
-    start = slash + 1;
-  }
-  return parts;
-}
-
-// The relative path from folder `fromDir` to `target` (both project-relative).
-std::string RelativeTo(const std::string& fromDir, const std::string& target) {
-  const std::vector<std::string> from = Components(fromDir), to = Components(target);
-  size_t common = 0;
-  while (common < from.size() && common + 1 < to.size() && from[common] == to[common]) ++common;
-  std::string out;
-  for (size_t i = common; i < from.size(); ++i) out += "../";
-  for (size_t i = common; i < to.size(); ++i) out += (i > common ? "/" : "") + to[i];
-  return out;
-}
-
 }  // namespace
 
 int CHtmlProjectIndex::Build(const char* root, const CRunner& runner, bool listOnly) {
@@ -468,7 +446,7 @@ int CHtmlProjectIndex::PlanMove(const std::vector<std::pair<std::string, std::st
       auto t = r.file == kNoFile ? moved.end() : moved.find(r.file);
       if (t == moved.end() && self == moved.end()) continue;
       const std::string newTarget = t == moved.end() ? oldTarget : t->second;
-      if (RelativeTo(dir, oldTarget) == RelativeTo(newDir, newTarget)) continue;
+      if (RelativePath(dir, oldTarget) == RelativePath(newDir, newTarget)) continue;
       plan.m_references.push_back({i, k, r.file});
       rewritten.insert(i);
     }

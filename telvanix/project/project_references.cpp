@@ -56,6 +56,29 @@ bool Collapse(const std::string& joined, std::string& out) {
 
 }  // namespace
 
+std::vector<std::string> PathParts(const std::string& path) {
+  std::vector<std::string> parts;
+  for (size_t start = 0; start <= path.size();) {
+    size_t slash = path.find('/', start);
+    if (slash == std::string::npos) slash = path.size();
+    std::string part = path.substr(start, slash - start);
+    if (part == ".." && !parts.empty() && parts.back() != "..") parts.pop_back();
+    else if (!part.empty() && part != ".") parts.push_back(part);
+    start = slash + 1;
+  }
+  return parts;
+}
+
+std::string RelativePath(const std::string& dir, const std::string& target) {
+  const std::vector<std::string> d = PathParts(dir), t = PathParts(target);
+  size_t common = 0;
+  while (common < d.size() && common + 1 < t.size() && d[common] == t[common]) ++common;
+  std::string out;
+  for (size_t i = common; i < d.size(); ++i) out += "../";
+  for (size_t i = common; i < t.size(); ++i) out += (i > common ? "/" : "") + t[i];
+  return out;
+}
+
 std::string DirectoryOf(const std::string& relative) {
   size_t slash = relative.find_last_of('/');
   return slash == std::string::npos ? std::string() : relative.substr(0, slash);

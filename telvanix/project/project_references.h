@@ -1,8 +1,8 @@
 // Turning a reference written in a page (href, src, url(...), a sitemap's
 // "Local") into a file of the project, and finding that file among the
 // project's files the way a help compiler on Windows would: "\" as "/" and
-// letter case ignored. `check` and `toc --check` resolve through the same
-// ProjectIndex::Resolve, bookmarks included.
+// letter case ignored. Every resolution (the project index's, `toc --check`'s)
+// goes through the same ProjectIndex::Resolve, bookmarks included.
 #pragma once
 
 #include <functional>
@@ -42,6 +42,12 @@ enum class Presence { kExact, kSlashed, kCaseBlind, kMissing };
 
 // Folder part of a project-relative path ("a/b.htm" -> "a", "b.htm" -> "").
 TELVANIX_API std::string DirectoryOf(const std::string& relative);
+
+// The parts of a "/"-separated path, "." dropped and ".." taking the part
+// before it away (a leading ".." stays).
+TELVANIX_API std::vector<std::string> PathParts(const std::string& path);
+// The shortest relative way from folder `dir` to file `target`.
+TELVANIX_API std::string RelativePath(const std::string& dir, const std::string& target);
 
 // No file of the project.
 constexpr size_t kNoFile = static_cast<size_t>(-1);

@@ -13,8 +13,12 @@
 #include <set>
 
 #include "telvanix/project/project_files.h"
+#include "telvanix/project/project_references.h"
 
 namespace telvanix {
+
+using project::PathParts;
+using project::RelativePath;
 
 const char* const CHtmlProjectTransaction::ms_szJournalName = ".telvanix-journal";
 
@@ -61,30 +65,6 @@ std::string Unescape(const std::string& s) {
   return out;
 }
 
-std::vector<std::string> Parts(const std::string& path) {
-  std::vector<std::string> parts;
-  for (size_t start = 0; start <= path.size();) {
-    size_t slash = path.find('/', start);
-    if (slash == std::string::npos) slash = path.size();
-    std::string part = path.substr(start, slash - start);
-    if (part == ".." && !parts.empty() && parts.back() != "..") parts.pop_back();
-    else if (!part.empty() && part != ".") parts.push_back(part);
-    start = slash + 1;
-  }
-  return parts;
-}
-
-// The shortest relative way from folder `dir` to `target` (project paths).
-std::string RelativePath(const std::string& dir, const std::string& target) {
-  const std::vector<std::string> d = Parts(dir), t = Parts(target);
-  size_t common = 0;
-  while (common < d.size() && common + 1 < t.size() && d[common] == t[common]) ++common;
-  std::string out;
-  for (size_t i = common; i < d.size(); ++i) out += "../";
-  for (size_t i = common; i < t.size(); ++i) out += (i > common ? "/" : "") + t[i];
-  return out;
-}
-
 // The project path a relative symbolic link at `path` names; "" when it is
 // no link, an absolute one, or leads out of the project.
 std::string LinkTarget(const std::string& root, const std::string& path) {
@@ -93,7 +73,7 @@ std::string LinkTarget(const std::string& root, const std::string& path) {
   if (n <= 0 || link[0] == '/') return "";
   std::string joined = (FolderOf(path).empty() ? "" : FolderOf(path) + "/") + std::string(link, static_cast<size_t>(n));
   std::string out;
-  for (const std::string& p : Parts(joined)) {
+  for (const std::string& p : PathParts(joined)) {
     if (p == "..") return "";
     out += (out.empty() ? "" : "/") + p;
   }

@@ -44,13 +44,10 @@ int Run(const std::vector<std::string>& args) {
   std::vector<std::string> ops = cl.operands();
   const std::string dst = ops.back();
   ops.pop_back();
+  CHtmlProjectIndex index;
+  const std::string root = OpenProject(cl.Values("root").empty() ? "" : cl.Values("root")[0], ops[0], index);
+  if (root.empty()) return kExitError;
   std::string error;
-  const std::string root = FindProjectRoot(cl.Values("root").empty() ? "" : cl.Values("root")[0], ops[0], error);
-  if (root.empty()) {
-    PrintError(error);
-    return kExitError;
-  }
-  if (!CompletePendingChange(root)) return kExitError;
 
   std::string dstRel;
   std::error_code ec;
@@ -71,9 +68,6 @@ int Run(const std::vector<std::string>& args) {
     std::string to = !intoFolder ? dstRel : dstRel.empty() ? name : dstRel + "/" + name;
     moves.emplace_back(rel, to);
   }
-  CHtmlProjectIndex index;
-  // The files are listed, not read: the rewrite reads the few that may refer.
-  index.Build(root.c_str(), nullptr, true);
   CHtmlProjectIndex::CMovePlan plan;
   if (!index.PlanMove(moves, plan, error)) {
     PrintError(error);
@@ -160,14 +154,7 @@ int Run(const std::vector<std::string>& args) {
     }
   }
   for (const std::string& f : plan.m_folders) change.AddEmptiedFolder(f.c_str());
-  if (!change.Check()) {
-    PrintError(change.GetError() + "; nothing was changed");
-    return kExitProblems;
-  }
-  if (!change.Commit()) {
-    PrintError(change.GetError());
-    return kExitError;
-  }
+  if (int rc = CommitChange(change); rc >= 0) return rc;
   std::printf("moved %zu file%s, rewrote references in %zu file%s\n", plan.m_files.size(),
               plan.m_files.size() == 1 ? "" : "s", rewritten, rewritten == 1 ? "" : "s");
   return kExitClean;

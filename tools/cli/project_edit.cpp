@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <set>
 
+#include "cli/commands.h"
 #include "cli/page_files.h"
 #include "cli/parallel.h"
 #include "cli/project_files.h"
@@ -71,6 +72,30 @@ bool CompletePendingChange(const std::string& root) {
   if (done == 1) PrintError("completed an interrupted change in " + root);
   if (done == 2) PrintError("undid an interrupted change in " + root + " (it had not reached its renames)");
   return true;
+}
+
+std::string OpenProject(const std::string& givenRoot, const std::string& start, CHtmlProjectIndex& index) {
+  std::string error;
+  const std::string root = FindProjectRoot(givenRoot, start, error);
+  if (root.empty()) {
+    PrintError(error);
+    return "";
+  }
+  if (!CompletePendingChange(root)) return "";
+  index.Build(root.c_str(), nullptr, true);
+  return root;
+}
+
+int CommitChange(CHtmlProjectTransaction& change) {
+  if (!change.Check()) {
+    PrintError(change.GetError() + "; nothing was changed");
+    return kExitProblems;
+  }
+  if (!change.Commit()) {
+    PrintError(change.GetError());
+    return kExitError;
+  }
+  return -1;
 }
 
 namespace {
@@ -171,6 +196,17 @@ class StructureKeepingPage : public CHtmlFileEx {
   std::string m_strNew;
 };
 
+// A project file value as a reference, resolved by `moves`.
+CFileReference ProjectFileReference(const CHtmlHelpProject::CFileValue& v, const CFileMoves& moves) {
+  CFileReference ref;
+  ref.m_nLine = v.m_nLine;
+  ref.m_nKind = CFileReference::emRefLink;
+  ref.m_strElement = v.m_strKey.empty() ? "project" : v.m_strKey.c_str();
+  ref.m_strWritten = v.m_strValue.c_str();
+  ref.m_strTarget = moves.ResolveReference(v.m_strValue.c_str());
+  return ref;
+}
+
 // The project file's values, followed through the moves one by one.
 void RewriteProjectFile(const std::string& bytes, CHtmlFileEx::CReplaceContext& moves, FileRewrite& r, bool apply) {
   CHtmlHelpProject hhp;
@@ -181,12 +217,7 @@ void RewriteProjectFile(const std::string& bytes, CHtmlFileEx::CReplaceContext& 
     CString out;
     CFileMoves::EmRewrite what = moves.RewriteReference(v.m_strValue.c_str(), out);
     if (what == CFileMoves::emUnchanged) continue;
-    CFileReference ref;
-    ref.m_nLine = v.m_nLine;
-    ref.m_nKind = CFileReference::emRefLink;
-    ref.m_strElement = v.m_strKey.empty() ? "project" : v.m_strKey.c_str();
-    ref.m_strWritten = v.m_strValue.c_str();
-    ref.m_strTarget = moves.ResolveReference(v.m_strValue.c_str());
+    CFileReference ref = ProjectFileReference(v, moves);
     ref.m_strNewValue = out;
     ref.m_nChange = what;
     r.changes.insert(r.changes.begin(), ref);
@@ -277,15 +308,7 @@ std::vector<CFileReference> ListFileReferences(const std::string& root, const st
     // move of its own target would change it; here every value is listed.
     CHtmlHelpProject hhp;
     hhp.Analyse(bytes.GetContent(), bytes.GetLength());
-    for (const CHtmlHelpProject::CFileValue& v : hhp.GetFileValues()) {
-      CFileReference ref;
-      ref.m_nLine = v.m_nLine;
-      ref.m_nKind = CFileReference::emRefLink;
-      ref.m_strElement = v.m_strKey.empty() ? "project" : v.m_strKey.c_str();
-      ref.m_strWritten = v.m_strValue.c_str();
-      ref.m_strTarget = moves.ResolveReference(v.m_strValue.c_str());
-      refs.push_back(ref);
-    }
+    for (const CHtmlHelpProject::CFileValue& v : hhp.GetFileValues()) refs.push_back(ProjectFileReference(v, moves));
   } else if (kind == FileKind::kStylesheet) {
     CCssPackEx sheet(full.c_str(), &bytes);
     sheet.Parse();

@@ -28,6 +28,16 @@ bool ToProjectPath(const std::string& root, const std::string& path, std::string
 // it did on stderr; false when the journal could not be completed.
 bool CompletePendingChange(const std::string& root);
 
+// The common start of mv, rm and refs: the root (--root, else found from
+// `start`), any unfinished change completed, and the project's files listed
+// (not read: the rewrite reads the few that may refer). Empty root (the
+// error printed) when the command cannot go on.
+std::string OpenProject(const std::string& givenRoot, const std::string& start, CHtmlProjectIndex& index);
+
+// Checks and commits a change: exit status 1 when refused, 2 when it failed,
+// -1 when done; the reason printed.
+int CommitChange(CHtmlProjectTransaction& change);
+
 // One file's part in a change.
 struct FileRewrite {
   std::string path, newPath;  // project-relative; the same when the file stays

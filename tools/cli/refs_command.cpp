@@ -30,17 +30,14 @@ const char kHelp[] =
 int Run(const std::vector<std::string>& args) {
   CommandLine cl;
   if (int rc = StartCommand(args, {{"root", 1}, {"json", 0}}, kHelp, cl, 1, 1); rc >= 0) return rc;
+  CHtmlProjectIndex index;
+  const std::string root = OpenProject(cl.Values("root").empty() ? "" : cl.Values("root")[0], cl.operands()[0], index);
   std::string error, rel;
-  const std::string root =
-      FindProjectRoot(cl.Values("root").empty() ? "" : cl.Values("root")[0], cl.operands()[0], error);
-  if (root.empty() || !ToProjectPath(root, cl.operands()[0], rel, error)) {
+  if (root.empty()) return kExitError;
+  if (!ToProjectPath(root, cl.operands()[0], rel, error)) {
     PrintError(error);
     return kExitError;
   }
-  if (!CompletePendingChange(root)) return kExitError;
-  CHtmlProjectIndex index;
-  // The files are listed, not read: the rewrite reads the few that may refer.
-  index.Build(root.c_str(), nullptr, true);
   // Listed through the deletion the file would be: each reference to it
   // is then marked.
   CHtmlFileEx::CReplaceContext context;

@@ -39,17 +39,10 @@ int Run(const std::vector<std::string>& args) {
   CommandLine cl;
   if (int rc = StartCommand(args, {{"root", 1}, {"unlink", 0}, {"dry-run", 0}, {"json", 0}}, kHelp, cl, 1); rc >= 0)
     return rc;
-  std::string error;
-  const std::string root =
-      FindProjectRoot(cl.Values("root").empty() ? "" : cl.Values("root")[0], cl.operands()[0], error);
-  if (root.empty()) {
-    PrintError(error);
-    return kExitError;
-  }
-  if (!CompletePendingChange(root)) return kExitError;
   CHtmlProjectIndex index;
-  // The files are listed, not read: the rewrite reads the few that may refer.
-  index.Build(root.c_str(), nullptr, true);
+  const std::string root = OpenProject(cl.Values("root").empty() ? "" : cl.Values("root")[0], cl.operands()[0], index);
+  if (root.empty()) return kExitError;
+  std::string error;
 
   CHtmlFileEx::CReplaceContext context;
   std::vector<std::string> paths;
@@ -130,14 +123,7 @@ int Run(const std::vector<std::string>& args) {
         for (std::string d = DirectoryOf(f); d.size() > folder.size(); d = DirectoryOf(d)) below.insert(d);
     for (const std::string& d : below) change.AddEmptiedFolder(d.c_str());
   }
-  if (!change.Check()) {
-    PrintError(change.GetError() + "; nothing was changed");
-    return kExitProblems;
-  }
-  if (!change.Commit()) {
-    PrintError(change.GetError());
-    return kExitError;
-  }
+  if (int rc = CommitChange(change); rc >= 0) return rc;
   std::printf("removed %zu file%s, removed references in %zu file%s\n", removed.size(),
               removed.size() == 1 ? "" : "s", rewritten, rewritten == 1 ? "" : "s");
   return kExitClean;
