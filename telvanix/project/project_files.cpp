@@ -183,4 +183,24 @@ bool ReadWholeFile(const std::string& path, CByteString& bytes, std::string& err
   return true;
 }
 
+bool LoadWholeFile(const std::string& path, CByteString& bytes, std::string& error) {
+  std::error_code ec;
+  if (fs::is_directory(path, ec)) {
+    error = path + ": is a folder, not a page";
+    return false;
+  }
+  std::string why;
+  if (!ReadWholeFile(path, bytes, why)) {
+    bytes.Empty();
+    error = path + ": " + why;
+    return false;
+  }
+  return true;
+}
+
+bool LooksBinary(const CByteString& bytes) {
+  int n = bytes.GetLength() < 8192 ? bytes.GetLength() : 8192;
+  return n > 0 && std::memchr(bytes.GetContent(), 0, static_cast<size_t>(n)) != nullptr;
+}
+
 }  // namespace telvanix::project

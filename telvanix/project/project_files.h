@@ -43,4 +43,10 @@ constexpr unsigned long long kMaxFileBytes = 0x7FFFFFF0u;
 // is not a regular file (never blocks on a pipe) or is over kMaxFileBytes.
 TELVANIX_API bool ReadWholeFile(const std::string& path, CByteString& bytes, std::string& error);
 
+// ReadWholeFile with `error` as "PATH: reason"; a folder is refused as one.
+TELVANIX_API bool LoadWholeFile(const std::string& path, CByteString& bytes, std::string& error);
+
+// A zero byte among the first 8 KB: the file is not a page of text.
+TELVANIX_API bool LooksBinary(const CByteString& bytes);
+
 }  // namespace telvanix::project

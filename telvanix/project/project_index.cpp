@@ -46,25 +46,8 @@ void AddTags(CHtmlFileEx& doc, const CString& text, std::vector<std::string>& ou
 // seen by a later commit.
 bool LoadPage(const std::string& path, CByteString& bytes, std::string& error,
               CHtmlProjectTransaction::CFileStamp* stamp = nullptr) {
-  struct stat st {};
-  if (::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) {
-    error = path + ": is a folder, not a page";
-    return false;
-  }
   if (stamp) CHtmlProjectTransaction::GetFileStamp(path.c_str(), *stamp);
-  std::string why;
-  if (!ReadWholeFile(path, bytes, why)) {
-    bytes.Empty();
-    error = path + ": " + why;
-    return false;
-  }
-  return true;
-}
-
-// A zero byte among the first 8 KB: the file is not a page of text.
-bool LooksBinary(const CByteString& bytes) {
-  int n = bytes.GetLength() < 8192 ? bytes.GetLength() : 8192;
-  return n > 0 && std::memchr(bytes.GetContent(), 0, static_cast<size_t>(n)) != nullptr;
+  return LoadWholeFile(path, bytes, error);
 }
 
 // The charset a contents or index file declares, as a page does.

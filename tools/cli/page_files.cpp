@@ -32,24 +32,10 @@ std::vector<std::string> ExpandTopicOperands(const std::vector<std::string>& ope
 }
 
 bool LoadPage(const std::string& path, CByteString& bytes, std::string& error) {
-  std::string why;
-  std::error_code ec;
-  if (fs::is_directory(path, ec)) {
-    error = path + ": is a folder, not a page";
-    return false;
-  }
-  if (!ReadWholeFile(path, bytes, why)) {
-    bytes.Empty();
-    error = path + ": " + why;
-    return false;
-  }
-  return true;
+  return project::LoadWholeFile(path, bytes, error);
 }
 
-bool LooksBinary(const CByteString& bytes) {
-  int n = bytes.GetLength() < 8192 ? bytes.GetLength() : 8192;
-  return n > 0 && std::memchr(bytes.GetContent(), 0, static_cast<size_t>(n)) != nullptr;
-}
+bool LooksBinary(const CByteString& bytes) { return project::LooksBinary(bytes); }
 
 bool LoadTopicBytes(const std::string& path, CByteString& bytes, std::string& error) {
   if (!LoadPage(path, bytes, error)) return false;
