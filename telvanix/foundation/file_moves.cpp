@@ -34,8 +34,9 @@ int HexValue(char c) {
 }
 
 // Joins `dir` and `name` ("/" separated) and collapses "." and ".."; false
-// when ".." climbs above the root or nothing is left.
-bool Collapse(const std::string& dir, const std::string& name, std::string& out) {
+// when nothing is left, or when ".." climbs above the root unless `above`
+// allows that (the path then begins with "../").
+bool Collapse(const std::string& dir, const std::string& name, std::string& out, bool above = false) {
   std::string joined = dir.empty() ? name : dir + "/" + name;
   std::string result;
   size_t start = 0;
@@ -44,9 +45,12 @@ bool Collapse(const std::string& dir, const std::string& name, std::string& out)
     if (slash == std::string::npos)
       slash = joined.size();
     const std::string_view part(joined.data() + start, slash - start);
-    if (part == "..") {
-      if (result.empty())
+    const bool climbed = result == ".." || (result.size() >= 3 && result.compare(result.size() - 3, 3, "/..") == 0);
+    if (part == ".." && (result.empty() || climbed)) {
+      if (!above)
         return false;
+      result += result.empty() ? ".." : "/..";
+    } else if (part == "..") {
       const size_t cut = result.find_last_of('/');
       result.resize(cut == std::string::npos ? 0 : cut);
     } else if (!part.empty() && part != ".") {
@@ -239,37 +243,51 @@ CFileMoves::EmRewrite CFileMoves::MapPath(const char* path, CString& out) const 
 }
 
 CString CFileMoves::ResolveReference(const char* written) const {
-  const Parts parts = Split(written);
-  if (parts.path.empty() || IsForeign(parts.path))
-    return CString();
-  const std::string plain = PlainPath(parts.path);
   std::string resolved;
-  if (plain.empty() || plain[0] == '/' || !Collapse(FolderOf(m_strDocOld.str()), plain, resolved))
+  if (!Resolve(written, resolved, false))
     return CString();
   return CString(resolved.c_str());
 }
 
+bool CFileMoves::Resolve(const char* written, std::string& resolved, bool above) const {
+  const Parts parts = Split(written);
+  if (parts.path.empty() || IsForeign(parts.path))
+    return false;
+  const std::string plain = PlainPath(parts.path);
+  // Characters no file name holds: this is no file reference.
+  for (char c : plain)
+    if (static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '<' || c == '>' || c == '|' || c == '*' || c == ':')
+      return false;
+  return !plain.empty() && plain[0] != '/' && Collapse(FolderOf(m_strDocOld.str()), plain, resolved, above);
+}
+
 CFileMoves::EmRewrite CFileMoves::RewriteReference(const char* written, CString& out) const {
   out.Empty();
-  const CString target = ResolveReference(written);
-  if (target.IsEmpty())
+  // A file beside the project ("../../shared/x.gif" above the root) moves
+  // with nothing, but is re-based when the document moves.
+  std::string resolved;
+  if (!Resolve(written, resolved, true))
     return emUnchanged;
-  CString moved;
-  const EmRewrite how = MapPath(target, moved);
+  const CString target(resolved.c_str());
+  CString moved = target;
+  const EmRewrite how = resolved.compare(0, 2, "..") == 0 ? emUnchanged : MapPath(target, moved);
   if (how == emDeleted)
     return emDeleted;
   const Parts parts = Split(written);
   bool encoded[256] = {};
   const std::string plain = PlainPath(parts.path, encoded);
   const std::string newFolder = FolderOf(m_strDocNew.str());
-  // Still the same file from where the document will be: keep it as written.
-  std::string still;
-  if (Collapse(newFolder, plain, still) && still == moved.str())
+  // Nothing moved for this reference: it stays as written, whatever its
+  // spelling ("./x.htm").
+  if (how == emUnchanged && newFolder == FolderOf(m_strDocOld.str()))
     return emUnchanged;
-
-  // The new path relative to the document's new folder ("/" separated).
-  CString base = m_strDocNew;
-  std::string relative = GetRelativePathNameByFilePathNames(moved, base).str();
+  // The new path relative to the document's new folder ("/" separated); a
+  // reference that already reads so stays as written.
+  std::string relative = GetRelativePathNameByFilePathNames(moved, m_strDocNew).str();
+  if (!plain.empty() && plain.back() == '/')
+    relative += '/';  // a folder written as one
+  if (relative == plain)
+    return emUnchanged;
   const bool backslashes = parts.path.find('\\') != std::string::npos;
   bool upperHex = true;
   for (size_t i = 0; i + 2 < parts.path.size(); ++i)

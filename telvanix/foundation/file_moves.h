@@ -14,6 +14,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "telvanix/platform/export.h"
@@ -79,13 +80,17 @@ class TELVANIX_API CFileMoves {
   // The project path a plain reference written in the document names; ""
   // when it names none: empty, a scheme ("http:", "mailto:", "javascript:",
   // two letters or more), a compiled-file reference ("x.chm::/a.htm"), a
-  // same-page "#x", a drive or leading "/", or ".." above the root. The
+  // same-page "#x", a drive or leading "/", ".." above the root, or a path
+  // holding a character no file name holds (control, '"', "<>|*:"). The
   // path is %-decoded and "?query" and "#fragment" are cut off.
   CString ResolveReference(const char* written) const;
 
   // The plain reference written again for the new layout. emRewritten sets
-  // out; emUnchanged (also when the text still names the same file from the
-  // document's new folder) and emDeleted leave out empty.
+  // out; emUnchanged and emDeleted leave out empty. A reference stays as
+  // written when neither it nor the document's folder moves, or when it
+  // already reads as the new relative path. A reference above
+  // the root names a file beside the project: it is re-based when the
+  // document moves, so it keeps naming that file.
   EmRewrite RewriteReference(const char* written, CString& out) const;
 
  private:
@@ -96,6 +101,9 @@ class TELVANIX_API CFileMoves {
     int deletion;
   };
   int Add(const char* oldPath, const char* newPath, int isFolder, int deletion);
+  // The path a written reference names from the document's old folder;
+  // `above` lets it climb above the root ("../x").
+  bool Resolve(const char* written, std::string& resolved, bool above) const;
 
   std::vector<Move> m_moves;
   CString m_strDocOld;

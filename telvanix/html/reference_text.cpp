@@ -46,6 +46,15 @@ bool NeedsQuotes(const std::string& text) {
   return text.empty();
 }
 
+// Where the "?query#fragment" of HTML text begins: the first "?" or a "#"
+// that does not open a numeric character reference.
+size_t RestStart(const std::string& written) {
+  for (size_t i = 0; i < written.size(); ++i)
+    if (written[i] == '?' || (written[i] == '#' && (i == 0 || written[i - 1] != '&')))
+      return i;
+  return written.size();
+}
+
 }  // namespace
 
 CString EncodeHtmlReferenceLike(const char* plain, const char* like, char quote) {
@@ -73,13 +82,19 @@ CString ResolveHtmlReference(const CFileMoves& moves, const char* written) {
 CFileMoves::EmRewrite RewriteHtmlReference(const CFileMoves& moves, const char* written, char quote, int canQuote,
                                            CString& out) {
   out.Empty();
+  // The path is decoded, rewritten and encoded again; the query and the
+  // fragment stay byte for byte.
+  const std::string text(written ? written : "");
+  const size_t cut = RestStart(text);
+  const std::string path = text.substr(0, cut), rest = text.substr(cut);
   CString plain;
-  const CFileMoves::EmRewrite how = moves.RewriteReference(CHtmlPack::HtmlToText(written), plain);
+  const CFileMoves::EmRewrite how = moves.RewriteReference(CHtmlPack::HtmlToText(path.c_str()), plain);
   if (how != CFileMoves::emRewritten)
     return how;
-  out = EncodeHtmlReferenceLike(plain, written, quote);
-  if (!quote && canQuote && NeedsQuotes(out.str()))
-    out = ("\"" + EncodeHtmlReferenceLike(plain, written, '"').str() + "\"").c_str();
+  out = (EncodeHtmlReferenceLike(plain, path.c_str(), quote).str() + rest).c_str();
+  // Quotes only where the new value needs them and the old one did not.
+  if (!quote && canQuote && NeedsQuotes(out.str()) && !NeedsQuotes(text))
+    out = ("\"" + EncodeHtmlReferenceLike(plain, path.c_str(), '"').str() + rest + "\"").c_str();
   return how;
 }
 

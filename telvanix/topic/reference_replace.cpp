@@ -115,7 +115,9 @@ void CHtmlFileEx::CollectReferenceSites(std::vector<ReferenceSite>& sites, int g
 
     auto add = [&](int offset, int n, int html, char quote, int whole, int group, int kind, int unlink,
                    const CString& element, const CString& attribute) {
-      if (!(groups & group) || n < 0 || offset < 0 || offset + n > length)
+      // A value holding a zero byte is no file name (and no C string).
+      if (!(groups & group) || n < 0 || offset < 0 || offset + n > length ||
+          std::memchr(data + offset, 0, static_cast<size_t>(n)))
         return;
       if (only && here != only && objectPos != only)
         return;
@@ -404,8 +406,9 @@ int CHtmlFileEx::RunReplace(CReplaceContext& context, int groups, POSITION only,
     if (context.GetDocumentOldPath().IsEmpty())
       return -1;
     EnsureAnalysed();
+    // An empty buffer is a page without references; a file not read is a failure.
     if (!m_bParsed)
-      return -1;
+      return GetSourceMode() == emSourceBuffer ? 0 : -1;
     std::vector<ReferenceSite> sites;
     CollectReferenceSites(sites, groups, only);
     for (ReferenceSite& site : sites) {
@@ -436,8 +439,9 @@ int CHtmlFileEx::GetFileReferences(CReplaceContext& context, std::vector<CFileRe
     if (context.GetDocumentOldPath().IsEmpty())
       return -1;
     EnsureAnalysed();
+    // An empty buffer is a page without references; a file not read is a failure.
     if (!m_bParsed)
-      return -1;
+      return GetSourceMode() == emSourceBuffer ? 0 : -1;
     std::vector<ReferenceSite> sites;
     CollectReferenceSites(sites, kSiteAll, nullptr);
     references.reserve(sites.size());
