@@ -81,8 +81,6 @@ std::string Unmarked(const std::string& text, const std::vector<std::string>& wr
 // references or %-encoding (whose spelling a rewrite may not keep when the names around
 // them go).
 bool Canonical(const CFileReference& ref, const CString& document) {
-  if (ref.m_strTarget.IsEmpty())
-    return true;
   std::string path = ref.m_strWritten.str();
   path = path.substr(0, path.find_first_of("?#"));
   // One slash style: a rewrite writes the reference's "\" everywhere.
@@ -94,7 +92,7 @@ bool Canonical(const CFileReference& ref, const CString& document) {
     if (c == '\\')
       c = '/';
   }
-  return path == GetRelativePathNameByFilePathNames(ref.m_strTarget, document).str();
+  return ref.m_strTarget.IsEmpty() || path == GetRelativePathNameByFilePathNames(ref.m_strTarget, document).str();
 }
 
 void CheckPage(const std::string& bytes, Context& forward, Context& backward) {

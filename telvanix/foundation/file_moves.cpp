@@ -261,16 +261,21 @@ bool CFileMoves::Resolve(const char* written, std::string& resolved, bool above)
   return !plain.empty() && plain[0] != '/' && Collapse(FolderOf(m_strDocOld.str()), plain, resolved, above);
 }
 
-CFileMoves::EmRewrite CFileMoves::RewriteReference(const char* written, CString& out) const {
+CFileMoves::EmRewrite CFileMoves::RewriteReference(const char* written, CString& out, CString* target) const {
   out.Empty();
+  if (target)
+    target->Empty();
   // A file beside the project ("../../shared/x.gif" above the root) moves
   // with nothing, but is re-based when the document moves.
   std::string resolved;
   if (!Resolve(written, resolved, true))
     return emUnchanged;
-  const CString target(resolved.c_str());
-  CString moved = target;
-  const EmRewrite how = resolved.compare(0, 2, "..") == 0 ? emUnchanged : MapPath(target, moved);
+  const bool beside = resolved.compare(0, 2, "..") == 0;
+  const CString named(resolved.c_str());
+  if (target && !beside)
+    *target = named;
+  CString moved = named;
+  const EmRewrite how = beside ? emUnchanged : MapPath(named, moved);
   if (how == emDeleted)
     return emDeleted;
   const Parts parts = Split(written);
@@ -281,9 +286,30 @@ CFileMoves::EmRewrite CFileMoves::RewriteReference(const char* written, CString&
   // spelling ("./x.htm").
   if (how == emUnchanged && newFolder == FolderOf(m_strDocOld.str()))
     return emUnchanged;
-  // The new path relative to the document's new folder ("/" separated); a
-  // reference that already reads so stays as written.
-  std::string relative = GetRelativePathNameByFilePathNames(moved, m_strDocNew).str();
+  // The new path relative to the document's new folder ("/" separated). A
+  // reference written the long way climbs as many folders as before when
+  // the new path still lies below that point ("../db/x.htm" in db/ becomes
+  // "../database/x.htm", not "x.htm"), so that the inverse move writes it
+  // back as it was.
+  std::string relative;
+  size_t ups = 0;
+  const bool shortest = GetRelativePathNameByFilePathNames(named, m_strDocOld).str() == plain;
+  while (!shortest && plain.compare(ups * 3, 3, "../") == 0)
+    ++ups;
+  std::string base = newFolder;
+  bool climbed = moved.str().compare(0, 2, "..") != 0;
+  for (size_t i = 0; i < ups && climbed; ++i) {
+    climbed = !base.empty();
+    base = FolderOf(base);
+  }
+  if (!shortest && climbed &&
+      (base.empty() || (IsWithin(moved.str(), base) && moved.GetLength() > static_cast<int>(base.size())))) {
+    for (size_t i = 0; i < ups; ++i)
+      relative += "../";
+    relative += moved.str().substr(base.empty() ? 0 : base.size() + 1);
+  } else {
+    relative = GetRelativePathNameByFilePathNames(moved, m_strDocNew).str();
+  }
   if (!plain.empty() && plain.back() == '/')
     relative += '/';  // a folder written as one
   if (relative == plain)

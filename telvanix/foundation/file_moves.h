@@ -91,7 +91,8 @@ class TELVANIX_API CFileMoves {
   // already reads as the new relative path. A reference above
   // the root names a file beside the project: it is re-based when the
   // document moves, so it keeps naming that file.
-  EmRewrite RewriteReference(const char* written, CString& out) const;
+  // `target`, when given, gets what ResolveReference gives (one walk for both).
+  EmRewrite RewriteReference(const char* written, CString& out, CString* target = nullptr) const;
 
  private:
   struct Move {

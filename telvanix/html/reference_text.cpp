@@ -55,6 +55,11 @@ size_t RestStart(const std::string& written) {
   return written.size();
 }
 
+// Character references decoded; most references hold none.
+CString Decoded(const char* text) {
+  return text && std::strchr(text, '&') ? CHtmlPack::HtmlToText(text) : CString(text);
+}
+
 }  // namespace
 
 CString EncodeHtmlReferenceLike(const char* plain, const char* like, char quote) {
@@ -76,11 +81,11 @@ CString EncodeHtmlReferenceLike(const char* plain, const char* like, char quote)
 }
 
 CString ResolveHtmlReference(const CFileMoves& moves, const char* written) {
-  return moves.ResolveReference(CHtmlPack::HtmlToText(written));
+  return moves.ResolveReference(Decoded(written));
 }
 
 CFileMoves::EmRewrite RewriteHtmlReference(const CFileMoves& moves, const char* written, char quote, int canQuote,
-                                           CString& out) {
+                                           CString& out, CString* target) {
   out.Empty();
   // The path is decoded, rewritten and encoded again; the query and the
   // fragment stay byte for byte.
@@ -88,7 +93,7 @@ CFileMoves::EmRewrite RewriteHtmlReference(const CFileMoves& moves, const char* 
   const size_t cut = RestStart(text);
   const std::string path = text.substr(0, cut), rest = text.substr(cut);
   CString plain;
-  const CFileMoves::EmRewrite how = moves.RewriteReference(CHtmlPack::HtmlToText(path.c_str()), plain);
+  const CFileMoves::EmRewrite how = moves.RewriteReference(Decoded(path.c_str()), plain, target);
   if (how != CFileMoves::emRewritten)
     return how;
   out = (EncodeHtmlReferenceLike(plain, path.c_str(), quote).str() + rest).c_str();
