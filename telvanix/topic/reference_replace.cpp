@@ -415,19 +415,28 @@ int CHtmlFileEx::ApplyReferenceSites(std::vector<ReferenceSite>& sites, CReplace
   return changed;
 }
 
+int CHtmlFileEx::CollectDecidedSites(CReplaceContext& context, int groups, POSITION only,
+                                     std::vector<ReferenceSite>& sites) {
+  if (context.GetDocumentOldPath().IsEmpty())
+    return -1;
+  EnsureAnalysed();
+  // An empty buffer is a page without references; a file not read is a failure.
+  if (!m_bParsed)
+    return GetSourceMode() == emSourceBuffer ? 0 : -1;
+  CollectReferenceSites(sites, groups, only);
+  for (ReferenceSite& site : sites)
+    DecideReferenceSite(site, context);
+  return 1;
+}
+
 int CHtmlFileEx::RunReplace(CReplaceContext& context, int groups, POSITION only, int indexRule, int mode) {
   try {
     context.m_changes.clear();
-    if (context.GetDocumentOldPath().IsEmpty())
-      return -1;
-    EnsureAnalysed();
-    // An empty buffer is a page without references; a file not read is a failure.
-    if (!m_bParsed)
-      return GetSourceMode() == emSourceBuffer ? 0 : -1;
     std::vector<ReferenceSite> sites;
-    CollectReferenceSites(sites, groups, only);
+    const int ready = CollectDecidedSites(context, groups, only, sites);
+    if (ready <= 0)
+      return ready;
     for (ReferenceSite& site : sites) {
-      DecideReferenceSite(site, context);
       // A variant that only rewrites, or only unlinks, leaves the rest.
       const int kind = site.ref.m_nChange == CFileMoves::emRewritten ? kReplaceRewrite
                        : site.ref.m_nChange == CFileMoves::emDeleted ? kReplaceUnlink
@@ -451,19 +460,13 @@ int CHtmlFileEx::ReplaceFileReference(CReplaceContext& context) {
 int CHtmlFileEx::GetFileReferences(CReplaceContext& context, std::vector<CFileReference>& references) {
   references.clear();
   try {
-    if (context.GetDocumentOldPath().IsEmpty())
-      return -1;
-    EnsureAnalysed();
-    // An empty buffer is a page without references; a file not read is a failure.
-    if (!m_bParsed)
-      return GetSourceMode() == emSourceBuffer ? 0 : -1;
     std::vector<ReferenceSite> sites;
-    CollectReferenceSites(sites, kSiteAll, nullptr);
+    const int ready = CollectDecidedSites(context, kSiteAll, nullptr, sites);
+    if (ready <= 0)
+      return ready;
     references.reserve(sites.size());
-    for (ReferenceSite& site : sites) {
-      DecideReferenceSite(site, context);
+    for (const ReferenceSite& site : sites)
       references.push_back(site.ref);
-    }
     return static_cast<int>(references.size());
   } catch (...) {
     references.clear();
