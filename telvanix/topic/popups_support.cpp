@@ -5,6 +5,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstring>
+#include <map>
 #include <string>
 
 #include "telvanix/foundation/path_utils.h"
@@ -242,15 +243,27 @@ int CPopupsSupport::InsideBodyOutsideLink(POSITION pos) {
   CHtmlTokenList& list = *m_doc.GetTokenList();
   POSITION bodyStart = m_doc.GetBodyStartPosition();
   if (!LiveTagAt(list, bodyStart)) return 0;
-  for (POSITION p = pos; p;) {
+  // Walking back, an element closed before pos is passed over whole; one
+  // still open around pos decides: a link, an object or raw text refuse.
+  std::map<int, int> closed;
+  POSITION p = pos;
+  list.GetPrev(p);
+  while (p) {
     if (p == bodyStart) return 1;
     CHtmlTokenItem* token = list.GetPrev(p);
     CHtmlTagItem* tag = token && !token->IsDiscardedToken() ? token->GetSafeTagItemPtr() : nullptr;
-    if (!tag || token == list.GetTokenItem(pos)) continue;
+    if (!tag) continue;
     const int id = tag->GetTagId();
-    if (id == kTagA || id == EndOf(kTagBody) || id == kTagObject) return 0;
-    if (id == EndOf(kTagA) || id == EndOf(kTagObject)) continue;
-    if (!tag->IsEndTag() && (tag->GetSptType() & CHtmlTagItem::emSptRawContent)) return 0;
+    if (id == EndOf(kTagBody)) return 0;
+    if (tag->IsEndTag()) {
+      ++closed[id & ~kEndBit];
+      continue;
+    }
+    if (closed[id] > 0) {
+      --closed[id];
+      continue;
+    }
+    if (id == kTagA || id == kTagObject || (tag->GetSptType() & CHtmlTagItem::emSptRawContent)) return 0;
   }
   return 0;
 }

@@ -204,6 +204,7 @@ constexpr char kStyleText[] =
   font-size: 0.95em; line-height: 1.35; text-align: left;
 }
 .telvanix-popup-box:focus { outline: 2px solid #3a6fb0; outline-offset: 1px; }
+.telvanix-popup-box h1, .telvanix-popup-box h2, .telvanix-popup-box h3 { font-size: 1.05em; margin: 0 0 0.4em; }
 .telvanix-popup-box > :first-child { margin-top: 0; }
 .telvanix-popup-box > :last-child { margin-bottom: 0; }
 .telvanix-popup-box iframe { display: block; width: 26em; max-width: 100%; height: 12em; border: 0; }
