@@ -13,6 +13,9 @@
 #include "cli/page_files.h"
 #include "cli/parallel.h"
 #include "telvanix/html/html_pack.h"
+#include "telvanix/platform/code_page.h"
+#include "telvanix/sitemap/file_sitemap.h"
+#include "telvanix/sitemap/sitemap_entry.h"
 #include "telvanix/topic/html_file_ex.h"
 #include "telvanix/topic/popups_support.h"
 
@@ -21,11 +24,12 @@ namespace telvanix::tool {
 namespace {
 
 const char kHelp[] =
-    "usage: telvanix popups PAGE|DIR... [--json]\n"
+    "usage: telvanix popups PAGE|DIR|FILE.hhc... [--json]\n"
     "       telvanix popups PAGE|DIR... --make WORDS (--topic TARGET | --text TEXT) [--support DIR]\n"
     "       telvanix popups PAGE|DIR... --make-link WORDS [--support DIR]\n"
     "       telvanix popups PAGE|DIR... --remove WORDS [--keep-link]\n"
     "\n"
+    "A contents or index file (.hhc, .hhk) stands for the pages it lists.\n"
     "Without an option, lists every popup: popup objects, links that call the\n"
     "popup script (javascript:telvanixPopup('topic.htm#name') or\n"
     "javascript:telvanixPopupText('text')) and links of class \"telvanix-popup\".\n"
@@ -50,6 +54,54 @@ const char kHelp[] =
     "pages are read back before they are written, atomically.\n"
     "Exit status: 0 done, 1 some page cannot take the change (named, left as it\n"
     "was), 2 usage or I/O error.\n";
+
+bool IsSitemapName(const std::string& name) {
+  const std::string ext = std::filesystem::path(name).extension().string();
+  return ext.size() == 4 && (ext[1] | 0x20) == 'h' && (ext[2] | 0x20) == 'h' &&
+         ((ext[3] | 0x20) == 'c' || (ext[3] | 0x20) == 'k');
+}
+
+// The pages a contents or index file lists that exist, in its order, each
+// once. Read as UTF-8 (as `toc` does), so that no name loses a character;
+// only the main thread runs while the code page is switched.
+bool ListedPages(const std::string& file, std::vector<std::string>& pages, std::string& error) {
+  CByteString bytes;
+  std::string utf8;
+  if (!LoadPage(file, bytes, error)) return false;
+  if (!CodePageToUtf8(SitemapCodePage(bytes, file.c_str()), bytes, static_cast<size_t>(bytes.GetLength()), utf8)) {
+    error = file + ": cannot be read in its charset";
+    return false;
+  }
+  CByteString text(reinterpret_cast<const unsigned char*>(utf8.data()), static_cast<int>(utf8.size()));
+  CHtmlFileSitemap sitemap;
+  const UINT previous = SetActiveCodePage(CP_UTF8);
+  const int read = sitemap.Read(text);
+  SetActiveCodePage(previous);
+  if (!read) {
+    error = file + ": not a contents or index file (no entries could be read)";
+    return false;
+  }
+  const std::filesystem::path folder = std::filesystem::path(file).parent_path();
+  auto add = [&](const char* local) {
+    std::string name = AttributeValueToUtf8(local, CP_UTF8);
+    name = name.substr(0, name.find('#'));
+    if (name.empty() || name.find(':') != std::string::npos) return;
+    for (char& c : name)
+      if (c == '\\') c = '/';
+    const std::string page = (folder / name).lexically_normal().string();
+    std::error_code ec;
+    if (std::filesystem::is_regular_file(page, ec) && std::find(pages.begin(), pages.end(), page) == pages.end())
+      pages.push_back(page);
+  };
+  for (int i = 0; i < sitemap.GetSitemapArraySize(); ++i) {
+    const CHtmlSitemap* e = sitemap.GetSitemap(i);
+    if (!e) continue;
+    add(e->GetPrimary());
+    for (int s = 0; s < e->GetSectionArraySize(); ++s)
+      if (const CHtmlSitemapSection* sec = e->GetSection(s)) add(sec->GetPrimary());
+  }
+  return true;
+}
 
 struct Listed {
   std::string kind, target, text, words;
@@ -250,8 +302,14 @@ int Run(const std::vector<std::string>& args) {
       std::filesystem::is_directory(cl.operands()[0]))
     r.support = cl.operands()[0];
 
-  std::vector<std::string> errors;
-  std::vector<std::string> pages = ExpandTopicOperands(cl.operands(), errors);
+  std::vector<std::string> errors, operands, pages;
+  for (const std::string& operand : cl.operands()) {
+    std::string error;
+    if (!IsSitemapName(operand)) operands.push_back(operand);
+    else if (!ListedPages(operand, pages, error)) errors.push_back(error);
+  }
+  for (const std::string& page : ExpandTopicOperands(operands, errors))
+    if (std::find(pages.begin(), pages.end(), page) == pages.end()) pages.push_back(page);
   std::vector<PageOutcome> results(pages.size());
   // The shared files come first, so that no page links to a file that is
   // not there.
