@@ -33,6 +33,9 @@ const run = (...args) => execFileSync(tool, ["popups", page, ...args], { encodin
 run("--make", "baud rate", "--topic", "baud.htm");
 run("--make", "parity", "--topic", "glossary.htm#parity");
 run("--make", "terminal", "--text", "The program or device at the other end of the line.");
+// A page with popup objects, given the support links by a popup of its own.
+fs.copyFileSync(path.join(site, "..", "project", "kinds.htm"), path.join(work, "kinds.htm"));
+execFileSync(tool, ["popups", path.join(work, "kinds.htm"), "--make", "Not popups", "--text", "These are not."]);
 const listed = JSON.parse(run("--json")).popups;
 check(listed.length === 3, "the tool lists the three popups it made", JSON.stringify(listed));
 
@@ -115,6 +118,13 @@ try {
   const text = await tab.$eval(".telvanix-popup-box", (el) => [el.innerText, el.getAttribute("role")]);
   check(text[0] === "The program or device at the other end of the line." && text[1] === "tooltip",
         "a text popup shows its text as a tooltip", text.join(" | "));
+  await tab.keyboard.press("Escape");
+
+  // A popup object becomes a link that opens the same box.
+  await tab.goto(base + "kinds.htm");
+  await (await tab.waitForSelector(link("stop bit"))).click();
+  const fromObject = await tab.$eval(".telvanix-popup-box", (el) => el.innerText);
+  check(fromObject === "The idle time that ends a character & more.", "a popup object opens its text", fromObject);
   await tab.keyboard.press("Escape");
 
   // From disk the page may not read the topic; it is shown in a frame.
