@@ -66,6 +66,13 @@ bool CutsCleanly(const char* text, int length, int start, int end) {
   return true;
 }
 
+// "<a id="x"/>": an XHTML element closed by its own start tag.
+bool ClosesItself(CHtmlTagItem* tag) {
+  const CString text = TokenText(tag);
+  const int n = text.GetLength();
+  return n >= 2 && text[n - 1] == '>' && text[n - 2] == '/';
+}
+
 int CountLineBreaks(const CString& text) {
   int n = 0;
   for (const char* p = text; *p; ++p)
@@ -263,6 +270,7 @@ int CPopupsSupport::InsideBodyOutsideLink(POSITION pos) {
       --closed[id];
       continue;
     }
+    if (ClosesItself(tag)) continue;
     if (id == kTagA || id == kTagObject || (tag->GetSptType() & CHtmlTagItem::emSptRawContent)) return 0;
   }
   return 0;
