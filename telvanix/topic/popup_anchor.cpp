@@ -113,6 +113,8 @@ void CHtmlPopupAnchor::Default() {
   m_strTarget.Empty();
   m_strText.Empty();
   m_strLinkText.Empty();
+  m_strWrittenValue.Empty();
+  m_strWrittenLinkText.Empty();
   m_posStart = nullptr;
   m_posEnd = nullptr;
   m_nLine = 0;
@@ -219,13 +221,17 @@ int CHtmlPopupAnchor::AnalyseLink(CHtmlFileEx& doc, POSITION pos) {
   CString argument;
   if (href && ParseScriptCall(CHtmlPack::HtmlToText(href), kind, argument)) {
     m_nKind = kind;
+    m_strWrittenValue = href;
     (kind == emPopupScriptText ? m_strText : m_strTarget) = argument;
   } else if (HasClass(tag, ms_szPopupClass)) {
     if (tag->GetAttributeValue("data-popup-text")) {
       m_nKind = emPopupClassText;
       m_strText = DecodedAttribute(tag, "data-popup-text");
+      m_strWrittenValue = tag->GetAttributeValue("data-popup-text");
     } else {
-      m_strTarget = DecodedAttribute(tag, tag->GetAttributeValue("data-popup-topic") ? "data-popup-topic" : "href");
+      const char* from = tag->GetAttributeValue("data-popup-topic") ? "data-popup-topic" : "href";
+      m_strTarget = DecodedAttribute(tag, from);
+      m_strWrittenValue = tag->GetAttributeValue(from);
       // A class-marked "javascript:" link is only a popup through its call.
       if (m_strTarget.IsEmpty() || m_strTarget == "#" || doc.IsJavaScriptAnchorHref(m_strTarget)) return 0;
       m_nKind = emPopupClassTopic;
@@ -249,15 +255,17 @@ int CHtmlPopupAnchor::AnalyseLink(CHtmlFileEx& doc, POSITION pos) {
       if (t->GetTagId() == kTagA) break;
       continue;
     }
-    words += CHtmlPack::HtmlToText(TokenText(token));
+    words += TokenText(token);
   }
-  m_strLinkText = CollapsedBlanks(words);
+  m_strWrittenLinkText = CollapsedBlanks(words);
+  m_strLinkText = CollapsedBlanks(CHtmlPack::HtmlToText(words));
   return 1;
 }
 
 int CHtmlPopupAnchor::AnalyseObject(CHtmlFileEx& doc, POSITION pos) {
   CHtmlTokenList& list = *doc.GetTokenList();
   bool hasText = false, hasTopic = false;
+  CString text, topic;
   POSITION walk = pos;
   list.GetNext(walk);
   int depth = 0;
@@ -276,21 +284,28 @@ int CHtmlPopupAnchor::AnalyseObject(CHtmlFileEx& doc, POSITION pos) {
     if (MbsEqualNoCase(name, "Text") && !hasText) {
       hasText = true;
       m_strText = DecodedAttribute(t, "value");
+      text = t->GetAttributeValue("value");
     } else if (MbsEqualNoCase(name, "Item1") && !hasTopic) {
       hasTopic = true;
       m_strTarget = DecodedAttribute(t, "value");
+      topic = t->GetAttributeValue("value");
     } else if (MbsEqualNoCase(name, "Button")) {
-      const CString caption = DecodedAttribute(t, "value");
-      if (MbsNCompareNoCase(caption, "text:", 5) == 0) m_strLinkText = CollapsedBlanks(caption.Mid(5));
+      const CString caption = t->GetAttributeValue("value");
+      if (MbsNCompareNoCase(caption, "text:", 5) == 0) {
+        m_strWrittenLinkText = CollapsedBlanks(caption.Mid(5));
+        m_strLinkText = CollapsedBlanks(CHtmlPack::HtmlToText(caption.Mid(5)));
+      }
     }
   }
   // Text wins when an object holds both, as the script shows it.
   if (hasText && !m_strText.IsEmpty()) {
     m_nKind = emPopupObjectText;
     m_strTarget.Empty();
+    m_strWrittenValue = text;
   } else if (hasTopic && !m_strTarget.IsEmpty()) {
     m_nKind = emPopupObjectTopic;
     m_strText.Empty();
+    m_strWrittenValue = topic;
   } else {
     return 0;
   }

@@ -71,6 +71,13 @@ class TELVANIX_API CHtmlPopupAnchor {
   // The words of the link (an object's "Button" caption after "Text:"),
   // references decoded and blanks collapsed.
   const CString& GetLinkText() const { return m_strLinkText; }
+  // The same two as written (character references not decoded): the value
+  // the target or text was read from (for script kinds the whole "href"),
+  // and the link's words with blanks collapsed. Decoding is lossy for a
+  // character the page's code page cannot hold; a host that reads pages
+  // as Unicode decodes these itself.
+  const CString& GetWrittenValue() const { return m_strWrittenValue; }
+  const CString& GetWrittenLinkText() const { return m_strWrittenLinkText; }
   // The start tag, and the end tag that closes it (null when none).
   POSITION GetStartPosition() const { return m_posStart; }
   POSITION GetEndPosition() const { return m_posEnd; }
@@ -84,6 +91,8 @@ class TELVANIX_API CHtmlPopupAnchor {
   CString m_strTarget;
   CString m_strText;
   CString m_strLinkText;
+  CString m_strWrittenValue;
+  CString m_strWrittenLinkText;
   POSITION m_posStart;
   POSITION m_posEnd;
   int m_nLine;

@@ -73,6 +73,29 @@ bool ClosesItself(CHtmlTagItem* tag) {
   return n >= 2 && text[n - 1] == '>' && text[n - 2] == '/';
 }
 
+// Text as attribute bytes: encoded for HTML, but a numeric reference
+// ("&#960;", a character the page's code page cannot hold) is kept as one.
+CString EncodedKeepingReferences(const CString& text) {
+  const std::string s = text.str();
+  std::string out, piece;
+  for (size_t i = 0; i < s.size();) {
+    size_t j = i + 2;
+    const bool hex = j < s.size() && (s[j] == 'x' || s[j] == 'X');
+    if (hex) ++j;
+    const size_t digits = j;
+    while (j < s.size() && (hex ? std::isxdigit(static_cast<unsigned char>(s[j])) : std::isdigit(static_cast<unsigned char>(s[j]))))
+      ++j;
+    if (s.compare(i, 2, "&#") == 0 && j > digits && j < s.size() && s[j] == ';') {
+      out += CHtmlPack::TextToHtml(piece.c_str()).str() + s.substr(i, j + 1 - i);
+      piece.clear();
+      i = j + 1;
+    } else {
+      piece += s[i++];
+    }
+  }
+  return CString((out + CHtmlPack::TextToHtml(piece.c_str()).str()).c_str());
+}
+
 int CountLineBreaks(const CString& text) {
   int n = 0;
   for (const char* p = text; *p; ++p)
@@ -298,7 +321,7 @@ int CPopupsSupport::MakePopupFromText(POSITION pos, int start, int length, const
                               : CString(target);
     CString open;
     open.Format("<a class=\"%s\" href=\"%s\">", CHtmlPopupAnchor::ms_szPopupClass,
-                static_cast<const char*>(CHtmlPack::TextToHtml(href)));
+                static_cast<const char*>(EncodedKeepingReferences(href)));
     token->DiscardToken();
     POSITION at = pos;
     if (start > 0) at = InsertVerbatim(at, bytes.Left(start), 0, nullptr);

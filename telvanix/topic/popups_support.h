@@ -36,7 +36,7 @@ class TELVANIX_API CPopupsSupport {
   // Makes `length` bytes from `start` of the body text token at pos a popup
   // link: of the topic `target` ("topic.htm#name", as written in an href)
   // when text is null, else of the literal text (bytes of the page's code
-  // page). 0 when the range is empty, outside the token, cuts a character
+  // page; "&#N;" stands for a character the code page cannot hold). 0 when the range is empty, outside the token, cuts a character
   // or a reference, holds only blanks, lies inside a link or outside the
   // body, or the page has no head for the support links.
   int MakePopupFromText(POSITION pos, int start, int length, const char* target, const char* text);

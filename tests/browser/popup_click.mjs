@@ -32,7 +32,7 @@ const page = path.join(work, "serial.htm");
 const run = (...args) => execFileSync(tool, ["popups", page, ...args], { encoding: "utf8" });
 run("--make", "baud rate", "--topic", "baud.htm");
 run("--make", "parity", "--topic", "glossary.htm#parity");
-run("--make", "terminal", "--text", "The program or device at the other end of the line.");
+run("--make", "terminal", "--text", "The device at the other end of the line (≈ a screen and a keyboard).");
 // A page with popup objects, given the support links by a popup of its own.
 fs.copyFileSync(path.join(site, "..", "project", "kinds.htm"), path.join(work, "kinds.htm"));
 execFileSync(tool, ["popups", path.join(work, "kinds.htm"), "--make", "Not popups", "--text", "These are not."]);
@@ -116,7 +116,7 @@ try {
   // A literal text.
   await (await tab.waitForSelector(link("terminal"))).click();
   const text = await tab.$eval(".telvanix-popup-box", (el) => [el.innerText, el.getAttribute("role")]);
-  check(text[0] === "The program or device at the other end of the line." && text[1] === "tooltip",
+  check(text[0] === "The device at the other end of the line (≈ a screen and a keyboard)." && text[1] === "tooltip",
         "a text popup shows its text as a tooltip", text.join(" | "));
   await tab.keyboard.press("Escape");
 

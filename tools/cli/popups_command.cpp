@@ -115,6 +115,22 @@ struct Request {
   bool Changing() const { return !make.empty() || !makeLink.empty() || !remove.empty(); }
 };
 
+// The words and the target or text as UTF-8, decoded from what the page
+// holds (a reference to a character outside the page's code page included).
+std::string WordsUtf8(const CHtmlPopupAnchor& p, UINT codePage) {
+  return AttributeValueToUtf8(p.GetWrittenLinkText(), codePage);
+}
+
+std::string ValueUtf8(const CHtmlPopupAnchor& p, UINT codePage) {
+  const std::string value = AttributeValueToUtf8(p.GetWrittenValue(), codePage);
+  if (p.GetKind() != CHtmlPopupAnchor::emPopupScriptTopic && p.GetKind() != CHtmlPopupAnchor::emPopupScriptText)
+    return value;
+  CHtmlPopupAnchor::EmPopupKind kind;
+  CString argument;
+  CHtmlPopupAnchor::ParseScriptCall(value.c_str(), kind, argument);
+  return argument.str();
+}
+
 std::vector<Listed> ListPopups(CHtmlFileEx& doc, const std::string& path, UINT codePage) {
   std::vector<Listed> out;
   CPopupsSupport popups(doc, path.c_str(), nullptr);
@@ -124,9 +140,8 @@ std::vector<Listed> ListPopups(CHtmlFileEx& doc, const std::string& path, UINT c
     Listed l;
     l.kind = CHtmlPopupAnchor::GetKindName(p.GetKind());
     l.isText = CHtmlPopupAnchor::IsTextKind(p.GetKind());
-    l.target = PageTextToUtf8(p.GetTarget(), codePage);
-    l.text = PageTextToUtf8(p.GetText(), codePage);
-    l.words = PageTextToUtf8(p.GetLinkText(), codePage);
+    (l.isText ? l.text : l.target) = ValueUtf8(p, codePage);
+    l.words = WordsUtf8(p, codePage);
     l.line = p.GetLine();
     out.push_back(l);
   }
@@ -179,7 +194,7 @@ int MakeFromLinks(CHtmlFileEx& doc, CPopupsSupport& popups, const std::string& w
         if ((inner->GetTagId() & ~CHtmlTagItem::emTagIdEndBit) == CHtmlTagItem::emTagIdA) break;
         continue;
       }
-      text += CHtmlPack::HtmlToText(t->GetPrintableText(CHtmlTokenItem::emTextTokenOnly)).str();
+      text += t->GetPrintableText(CHtmlTokenItem::emTextTokenOnly).str();
     }
     std::string collapsed;
     for (char c : text) {
@@ -188,7 +203,7 @@ int MakeFromLinks(CHtmlFileEx& doc, CPopupsSupport& popups, const std::string& w
       else if (!collapsed.empty() && collapsed.back() != ' ') collapsed += ' ';
     }
     while (!collapsed.empty() && collapsed.back() == ' ') collapsed.pop_back();
-    if (PageTextToUtf8(collapsed.c_str(), codePage) == words) links.push_back(here);
+    if (AttributeValueToUtf8(collapsed.c_str(), codePage) == words) links.push_back(here);
   }
   int made = 0;
   for (POSITION p : links) made += popups.MakePopupFromLink(p);
@@ -200,7 +215,7 @@ int RemoveByWords(CHtmlFileEx& doc, CPopupsSupport& popups, const Request& r, UI
   unsigned int cursor = 0;
   CHtmlPopupAnchor p;
   for (int ok = popups.GetFirstPopup(cursor, p); ok; ok = popups.GetNextPopup(cursor, p))
-    if (PageTextToUtf8(p.GetLinkText(), codePage) == r.remove) found.push_back(p);
+    if (WordsUtf8(p, codePage) == r.remove) found.push_back(p);
   int removed = 0;
   for (const CHtmlPopupAnchor& each : found) removed += popups.RemovePopup(each, r.keepLink ? 1 : 0);
   (void)doc;
