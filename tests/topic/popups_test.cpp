@@ -8,6 +8,7 @@
 
 #include "golden_cases.h"
 #include "test_util.h"
+#include "telvanix/platform/code_page.h"
 #include "telvanix/topic/popups_support.h"
 #include "topic/topic_describe.h"
 
@@ -67,10 +68,12 @@ int Make(CHtmlFileEx& doc, CPopupsSupport& popups, const std::string& rest) {
 
 // Each line echoed with what it gave. "page TEXT" ("\r", "\n" stand for
 // those bytes) or "file NAME" starts a page; "reload" reads the saved page
-// afresh; "folder DIR" sets where the support files are; "call HREF" reads a
-// script call and makes it again.
+// afresh; "folder DIR" sets where the support files are; "codepage N" the
+// active code page for the rest of the case; "call HREF" reads a script
+// call and makes it again.
 TEST(Popups, CasesOfTestsDataPopups) {
-  test::RunGoldenCases("popups", ".popups", [](const std::string&, const std::string& input) {
+  const UINT codePage = GetActiveCodePage();
+  test::RunGoldenCases("popups", ".popups", [codePage](const std::string&, const std::string& input) {
     std::istringstream lines(input);
     std::string line, out, original, folder;
     std::unique_ptr<test::TopicPage> page;
@@ -98,8 +101,9 @@ TEST(Popups, CasesOfTestsDataPopups) {
                "] made again reads the same " + std::to_string(read && again == kind && back == argument) + "\n";
         continue;
       }
-      if (verb == "folder") {
-        folder = rest;
+      if (verb == "folder" || verb == "codepage") {
+        if (verb == "folder") folder = rest;
+        else SetActiveCodePage(static_cast<UINT>(std::atoi(rest.c_str())));
         continue;
       }
       if (verb == "page" || verb == "file")
@@ -136,6 +140,7 @@ TEST(Popups, CasesOfTestsDataPopups) {
       }
       out += "= " + std::to_string(result) + "\n";
     }
+    SetActiveCodePage(codePage);
     return out;
   }, 5);
 }
