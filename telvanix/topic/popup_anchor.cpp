@@ -3,6 +3,7 @@
 #include "telvanix/topic/popup_anchor.h"
 
 #include <cstring>
+#include <string>
 
 #include "telvanix/html/html_pack.h"
 #include "telvanix/topic/html_file_ex.h"

@@ -247,7 +247,6 @@ int CPopupsSupport::RemoveSupportLinks() {
     m_doc.GetBodyStartPosition();
     CHtmlTokenList& list = *m_doc.GetTokenList();
     for (POSITION pos = list.GetHeadPosition(); pos;) {
-      POSITION here = pos;
       CHtmlTagItem* tag = LiveTagAt(list, pos);
       list.GetNext(pos);
       if (!tag) continue;
@@ -258,7 +257,6 @@ int CPopupsSupport::RemoveSupportLinks() {
         CHtmlTagItem* end = pos ? LiveTagAt(list, pos) : nullptr;
         if (end && end->GetTagId() == EndOf(kTagScript)) end->DiscardToken();
       }
-      (void)here;
     }
     return 1;
   } catch (...) {

@@ -210,7 +210,7 @@ int MakeFromLinks(CHtmlFileEx& doc, CPopupsSupport& popups, const std::string& w
   return made;
 }
 
-int RemoveByWords(CHtmlFileEx& doc, CPopupsSupport& popups, const Request& r, UINT codePage) {
+int RemoveByWords(CPopupsSupport& popups, const Request& r, UINT codePage) {
   std::vector<CHtmlPopupAnchor> found;
   unsigned int cursor = 0;
   CHtmlPopupAnchor p;
@@ -218,7 +218,6 @@ int RemoveByWords(CHtmlFileEx& doc, CPopupsSupport& popups, const Request& r, UI
     if (WordsUtf8(p, codePage) == r.remove) found.push_back(p);
   int removed = 0;
   for (const CHtmlPopupAnchor& each : found) removed += popups.RemovePopup(each, r.keepLink ? 1 : 0);
-  (void)doc;
   return removed;
 }
 
@@ -261,7 +260,7 @@ PageOutcome HandlePage(const std::string& path, const Request& r) {
     wanted = before + static_cast<size_t>(made);
   } else {
     if (before == 0) return o;
-    if (RemoveByWords(*topic.doc, popups, r, codePage) != static_cast<int>(before)) {
+    if (RemoveByWords(popups, r, codePage) != static_cast<int>(before)) {
       o.written = -2;
       o.error = path + ": the popups could not be removed; left as it was";
       return o;
