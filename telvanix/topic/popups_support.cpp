@@ -196,15 +196,23 @@ CString CPopupsSupport::SupportHref(const char* name) const {
   return href;
 }
 
+std::vector<POSITION> CPopupsSupport::SupportTags() {
+  std::vector<POSITION> found;
+  m_doc.GetBodyStartPosition();
+  CHtmlTokenList& list = *m_doc.GetTokenList();
+  for (POSITION pos = list.GetHeadPosition(); pos; list.GetNext(pos)) {
+    CHtmlTagItem* tag = LiveTagAt(list, pos);
+    if (tag && ((tag->GetTagId() == kTagScript && NamesSupportFile(tag->GetAttributeValue("src"), kScriptName)) ||
+                (tag->GetTagId() == kTagLink && NamesSupportFile(tag->GetAttributeValue("href"), kStyleName))))
+      found.push_back(pos);
+  }
+  return found;
+}
+
 int CPopupsSupport::HasSupportLinks() {
   try {
-    m_doc.GetBodyStartPosition();
-    CHtmlTokenList& list = *m_doc.GetTokenList();
-    for (POSITION pos = list.GetHeadPosition(); pos;) {
-      CHtmlTagItem* tag = LiveTagAt(list, pos);
-      list.GetNext(pos);
-      if (tag && tag->GetTagId() == kTagScript && NamesSupportFile(tag->GetAttributeValue("src"), kScriptName)) return 1;
-    }
+    for (POSITION pos : SupportTags())
+      if (m_doc.GetTokenList()->GetTagItem(pos)->GetTagId() == kTagScript) return 1;
   } catch (...) {
   }
   return 0;
@@ -244,19 +252,13 @@ int CPopupsSupport::InsertSupportLinks() {
 
 int CPopupsSupport::RemoveSupportLinks() {
   try {
-    m_doc.GetBodyStartPosition();
     CHtmlTokenList& list = *m_doc.GetTokenList();
-    for (POSITION pos = list.GetHeadPosition(); pos;) {
-      CHtmlTagItem* tag = LiveTagAt(list, pos);
+    for (POSITION pos : SupportTags()) {
+      CHtmlTagItem* tag = list.GetTagItem(pos);
+      tag->DiscardToken();
       list.GetNext(pos);
-      if (!tag) continue;
-      if (tag->GetTagId() == kTagLink && NamesSupportFile(tag->GetAttributeValue("href"), kStyleName)) {
-        tag->DiscardToken();
-      } else if (tag->GetTagId() == kTagScript && NamesSupportFile(tag->GetAttributeValue("src"), kScriptName)) {
-        tag->DiscardToken();
-        CHtmlTagItem* end = pos ? LiveTagAt(list, pos) : nullptr;
-        if (end && end->GetTagId() == EndOf(kTagScript)) end->DiscardToken();
-      }
+      CHtmlTagItem* end = tag->GetTagId() == kTagScript ? LiveTagAt(list, pos) : nullptr;
+      if (end && end->GetTagId() == EndOf(kTagScript)) end->DiscardToken();
     }
     return 1;
   } catch (...) {

@@ -70,6 +70,8 @@ class TELVANIX_API CPopupsSupport {
  private:
   // Where the support file `name` is, as an href from the page.
   CString SupportHref(const char* name) const;
+  // The live start tags of the support links (script and stylesheet).
+  std::vector<POSITION> SupportTags();
   POSITION InsertVerbatim(POSITION after, const char* text, int isTag, const char* indentAfter);
   int DiscardKeepingBlanks(POSITION pos);
   int ReplaceTag(POSITION pos, const CString& bytes);
