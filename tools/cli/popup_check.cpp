@@ -1,5 +1,6 @@
 #include "cli/popup_check.h"
 
+#include <filesystem>
 #include <memory>
 
 #include "cli/page_files.h"
@@ -23,8 +24,8 @@ bool DefinesBookmark(const std::string& page, const std::string& name) {
   return false;
 }
 
-std::vector<PopupProblem> CheckPage(const std::string& root, const std::string& relative) {
-  std::vector<PopupProblem> out;
+PopupCheck CheckPage(const std::string& root, const std::string& relative) {
+  PopupCheck out;
   const std::string path = root + "/" + relative;
   OpenTopic topic;
   std::string error;
@@ -48,23 +49,31 @@ std::vector<PopupProblem> CheckPage(const std::string& root, const std::string& 
       if (c == '\\') c = '/';
     const size_t slash = path.find_last_of('/');
     const std::string resolved = file.empty() ? path : path.substr(0, slash + 1) + file;
-    if (!IsRegularFile(resolved.c_str())) {
-      out.push_back({relative, target, false});
+    CString found;
+    if (LookupPath(resolved.c_str(), found) == pathNotFound || !IsRegularFile(found)) {
+      out.problems.push_back({relative, target, false});
       continue;
     }
+    std::filesystem::path base = std::filesystem::path(root).lexically_normal();
+    if (!base.has_filename()) base = base.parent_path();  // "project/" names "project"
+    const std::string inside = std::filesystem::path(found.str()).lexically_normal().lexically_relative(base).generic_string();
+    if (inside != relative) out.referenced.insert(inside);
     const std::string bookmark = p.GetBookmark().str();
-    if (!bookmark.empty() && !DefinesBookmark(resolved, bookmark)) out.push_back({relative, target, true});
+    if (!bookmark.empty() && !DefinesBookmark(resolved, bookmark)) out.problems.push_back({relative, target, true});
   }
   return out;
 }
 
 }  // namespace
 
-std::vector<PopupProblem> FindPopupProblems(const std::string& root, const std::vector<std::string>& topics) {
-  std::vector<std::vector<PopupProblem>> perPage(topics.size());
+PopupCheck CheckPopups(const std::string& root, const std::vector<std::string>& topics) {
+  std::vector<PopupCheck> perPage(topics.size());
   ParallelFor(topics.size(), [&](size_t i) { perPage[i] = CheckPage(root, topics[i]); }, "popups");
-  std::vector<PopupProblem> out;
-  for (const auto& page : perPage) out.insert(out.end(), page.begin(), page.end());
+  PopupCheck out;
+  for (const PopupCheck& page : perPage) {
+    out.problems.insert(out.problems.end(), page.problems.begin(), page.problems.end());
+    out.referenced.insert(page.referenced.begin(), page.referenced.end());
+  }
   return out;
 }
 

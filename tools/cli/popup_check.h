@@ -4,6 +4,7 @@
 // "data-popup-topic").
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,8 +16,12 @@ struct PopupProblem {
   bool bookmark;       // the topic exists but does not define the bookmark
 };
 
-// `topics` are paths relative to `root`, "/"-separated; the problems come in
-// the order of `topics`, then of the popups in each page.
-std::vector<PopupProblem> FindPopupProblems(const std::string& root, const std::vector<std::string>& topics);
+struct PopupCheck {
+  std::vector<PopupProblem> problems;  // in the order of the pages, then of their popups
+  std::set<std::string> referenced;    // topics a popup of another page opens (as found on disk)
+};
+
+// `topics` are paths relative to `root`, "/"-separated, as `referenced` is.
+PopupCheck CheckPopups(const std::string& root, const std::vector<std::string>& topics);
 
 }  // namespace telvanix::tool

@@ -415,7 +415,9 @@ ProjectReport CheckProject(const std::string& root) {
   ReportOrphans(index.files(), scans, referenced, report);
   std::vector<std::string> topics;
   for (const ProjectFile& f : index.files()) if (f.kind == FileKind::kTopic) topics.push_back(f.path);
-  for (const PopupProblem& p : FindPopupProblems(root, topics)) report.findings.push_back({p.bookmark ? FindingKind::kMissingBookmark : FindingKind::kMissingFile, p.file, p.target, "popup", ""});
+  const PopupCheck popups = CheckPopups(root, topics);
+  for (const PopupProblem& p : popups.problems) report.findings.push_back({p.bookmark ? FindingKind::kMissingBookmark : FindingKind::kMissingFile, p.file, p.target, "popup", ""});
+  std::erase_if(report.findings, [&](const Finding& f) { return f.kind == FindingKind::kOrphanTopic && popups.referenced.count(f.file); });
   SortReport(report);
   return report;
 }
