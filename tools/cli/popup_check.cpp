@@ -1,5 +1,8 @@
 #include "cli/popup_check.h"
 
+#include <strings.h>
+
+#include <cstring>
 #include <filesystem>
 #include <memory>
 
@@ -24,11 +27,31 @@ bool DefinesBookmark(const std::string& page, const std::string& name) {
   return false;
 }
 
+// Whether the page may hold a popup whose target no ordinary link shows: a
+// script call, "data-popup-topic" or the popup object's class id (in any
+// letter case, found by its part without letters).
+bool MayHoldHiddenTargets(const CByteString& bytes) {
+  const char* data = static_cast<const char*>(bytes);
+  const size_t n = static_cast<size_t>(bytes.GetLength());
+  if (memmem(data, n, "telvanixPopup", 13) || memmem(data, n, "data-popup-topic", 16)) return true;
+  static const char kClassId[] = "3B6A91E4-5C2D-11D0-9E37-0000A4C81D55";
+  constexpr size_t kBefore = 23;  // where "-0000" stands in it
+  for (const char* p = data; (p = static_cast<const char*>(memmem(p, n - static_cast<size_t>(p - data), "-0000", 5)));
+       ++p)
+    if (static_cast<size_t>(p - data) >= kBefore && strncasecmp(p - kBefore, kClassId, sizeof(kClassId) - 1) == 0)
+      return true;
+  return false;
+}
+
 PopupCheck CheckPage(const std::string& root, const std::string& relative) {
   PopupCheck out;
   const std::string path = root + "/" + relative;
-  OpenTopic topic;
   std::string error;
+  // Only these popups name a target that is not an ordinary link's; a page
+  // without their marks is not parsed a second time.
+  CByteString bytes;
+  if (!LoadTopicBytes(path, bytes, error) || !MayHoldHiddenTargets(bytes)) return out;
+  OpenTopic topic;
   if (!OpenTopicPage(path, topic, error)) return out;
   CHtmlFileEx& doc = *topic.doc;
   CPopupsSupport popups(doc, path.c_str(), nullptr);
