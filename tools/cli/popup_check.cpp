@@ -33,6 +33,7 @@ bool DefinesBookmark(const std::string& page, const std::string& name) {
 bool MayHoldHiddenTargets(const CByteString& bytes) {
   const char* data = static_cast<const char*>(bytes);
   const size_t n = static_cast<size_t>(bytes.GetLength());
+  if (!data || n == 0) return false;
   if (memmem(data, n, "telvanixPopup", 13) || memmem(data, n, "data-popup-topic", 16)) return true;
   static const char kClassId[] = "3B6A91E4-5C2D-11D0-9E37-0000A4C81D55";
   constexpr size_t kBefore = 23;  // where "-0000" stands in it
