@@ -14,6 +14,7 @@
 #include "cli/parallel.h"
 #include "telvanix/html/html_pack.h"
 #include "telvanix/platform/code_page.h"
+#include "telvanix/platform/path_lookup.h"
 #include "telvanix/sitemap/file_sitemap.h"
 #include "telvanix/sitemap/sitemap_entry.h"
 #include "telvanix/topic/html_file_ex.h"
@@ -252,7 +253,15 @@ PageOutcome HandlePage(const std::string& path, const Request& r) {
     std::error_code ec;
     const std::filesystem::path self = std::filesystem::path(path).parent_path() / r.topic.substr(0, r.topic.find('#'));
     if (!r.topic.empty() && std::filesystem::equivalent(self, path, ec)) return o;
-    if (!MakeFromText(*topic.doc, popups, r, codePage)) return o;
+    if (!MakeFromText(*topic.doc, popups, r, codePage)) {
+      // The words are there, but the page has nowhere to link the script from.
+      const std::string source(static_cast<const char*>(topic.source), static_cast<size_t>(topic.source.GetLength()));
+      if (!topic.doc->GetHeadEndPosition() && source.find(Utf8ToPageText(r.make, codePage)) != std::string::npos) {
+        o.written = -2;
+        o.error = path + ": has no HEAD end tag to link the popup script from; left as it was";
+      }
+      return o;
+    }
     wanted = before + 1;
   } else if (!r.makeLink.empty()) {
     const int made = MakeFromLinks(*topic.doc, popups, words, codePage);
@@ -326,18 +335,22 @@ int Run(const std::vector<std::string>& args) {
     if (std::find(pages.begin(), pages.end(), page) == pages.end()) pages.push_back(page);
   std::vector<PageOutcome> results(pages.size());
   // The shared files come first, so that no page links to a file that is
-  // not there.
+  // not there; the ones made for nothing go again.
+  std::vector<std::string> created;
   if (!r.make.empty() || !r.makeLink.empty()) {
     std::vector<std::string> folders;
     for (const std::string& page : pages)
       if (std::find(folders.begin(), folders.end(), SupportFolderFor(page, r)) == folders.end())
         folders.push_back(SupportFolderFor(page, r));
-    for (const std::string& folder : folders)
+    for (const std::string& folder : folders) {
+      for (const char* name : {CPopupsSupport::GetScriptFileName(), CPopupsSupport::GetStyleFileName()})
+        if (!FileExists((folder + "/" + name).c_str())) created.push_back(folder + "/" + name);
       if (!CPopupsSupport::WriteSupportFiles(folder.c_str())) {
         PrintError(folder + ": the popup script and stylesheet cannot be written there (a file of that name that "
                             "telvanix did not write, or no access); no page changed");
         return kExitError;
       }
+    }
   }
   ParallelFor(pages.size(), [&](size_t i) { results[i] = HandlePage(pages[i], r); }, "popups");
 
@@ -368,6 +381,8 @@ int Run(const std::vector<std::string>& args) {
   }
   if (cl.Has("json") && !r.Changing())
     std::printf("%s\n", nlohmann::json{{"popups", all}}.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+  if (changed == 0)
+    for (const std::string& file : created) std::remove(file.c_str());
   return FinishPageEdits(r.Changing(), changed, pages.size(), refused, errors);
 }
 
