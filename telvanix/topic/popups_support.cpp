@@ -96,10 +96,20 @@ CString EncodedKeepingReferences(const CString& text) {
   return CString((out + CHtmlPack::TextToHtml(piece.c_str()).str()).c_str());
 }
 
-int CountLineBreaks(const CString& text) {
+// Line breaks in what a save prints for the token (its bytes and the blanks
+// after it, read in place unless an edit changed them).
+int CountLineBreaks(CHtmlTokenItem* token) {
+  CString printed;
+  const char* p = reinterpret_cast<const char*>(token->GetOriginalData());
+  int length = token->GetOriginalLength() + token->GetIndentAfterLength();
+  if (token->IsModifiedToken() || !p) {
+    printed = token->GetPrintableText(CHtmlTokenItem::emTextWithIndentAfter);
+    p = printed;
+    length = printed.GetLength();
+  }
   int n = 0;
-  for (const char* p = text; *p; ++p)
-    if (*p == '\n' || (*p == '\r' && p[1] != '\n')) ++n;
+  for (int i = 0; i < length; ++i)
+    if (p[i] == '\n' || (p[i] == '\r' && (i + 1 == length || p[i + 1] != '\n'))) ++n;
   return n;
 }
 
@@ -128,8 +138,17 @@ void CPopupsSupport::Collect() {
     if (!token || token->IsDiscardedToken()) continue;
     CHtmlPopupAnchor popup;
     if (token->IsTagToken() && popup.Analyse(m_doc, here, line)) m_found.push_back(popup);
-    line += CountLineBreaks(token->GetPrintableText(CHtmlTokenItem::emTextWithIndentAfter));
+    line += CountLineBreaks(token);
   }
+}
+
+int CPopupsSupport::AnyPopup() {
+  CHtmlTokenList& list = *m_doc.GetTokenList();
+  for (POSITION pos = list.GetHeadPosition(); pos; list.GetNext(pos)) {
+    CHtmlPopupAnchor popup;
+    if (popup.Analyse(m_doc, pos, 0)) return 1;
+  }
+  return 0;
 }
 
 int CPopupsSupport::GetFirstPopup(unsigned int& cursor, CHtmlPopupAnchor& popup) {
@@ -444,9 +463,7 @@ int CPopupsSupport::RemovePopup(const CHtmlPopupAnchor& popup, int keepLink) {
         }
       }
     }
-    unsigned int cursor = 0;
-    CHtmlPopupAnchor any;
-    if (!GetFirstPopup(cursor, any)) RemoveSupportLinks();
+    if (!AnyPopup()) RemoveSupportLinks();
     return 1;
   } catch (...) {
     return 0;

@@ -77,6 +77,7 @@ class TELVANIX_API CPopupsSupport {
   int ReplaceTag(POSITION pos, const CString& bytes);
   int InsideBodyOutsideLink(POSITION pos);
   void Collect();
+  int AnyPopup();
 
   CHtmlFileEx& m_doc;
   CString m_strPagePath;
