@@ -381,11 +381,12 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
  protected:
   virtual int ClearAllAnalysedData();
   virtual int WalkThroughTokenList();
-  // A derived document's own new text for one reference during replacement,
-  // asked before the library's rule: `name` is the reference as written
-  // (character references kept); context.GetCurrentReference() tells where
-  // it stands. Non-null: written verbatim as the new value (copied at once;
-  // equal to `name` keeps it). Null (the default): the library decides.
+  // A derived document's own new text for one reference during replacement;
+  // its answer goes before the library's rule. `name` is the reference as
+  // written (character references kept); context.GetCurrentReference() tells
+  // where it stands and what the library would write (m_nChange,
+  // m_strNewValue). Non-null: written verbatim as the new value (copied at
+  // once; equal to `name` keeps it). Null (the default): the library decides.
   virtual const char* GetNewRelFileNameCustom(const char* name, CReplaceContext& context);
 
   // Analyses when that has not been done yet.
