@@ -35,10 +35,13 @@ struct TELVANIX_API CFileReference {
     emRefSitemap = 7,      // contents and index entries: Local, URL, ImageList, Merge
     emRefContentsFile = 8  // help-control contents and index files
   };
-  int m_nLine = 0;          // 1-based line where the tag or rule starts
+  int m_nLine = 0;          // 1-based line of the value itself
   int m_nKind = 0;          // EmKind
-  CString m_strElement;     // tag name as written ("IMG", "param"), or "@import" / "url" in a sheet
-  CString m_strAttribute;   // attribute ("href"), PARAM name ("Local"), or "style" / "" for sheets
+  // Where it stands: the tag as written and its attribute ("IMG" "src"), a
+  // PARAM's name ("param" "Local"), a style attribute ("P" "style"), a STYLE
+  // block ("STYLE" "url" or "@import"), or in a sheet "url" or "@import" and "".
+  CString m_strElement;
+  CString m_strAttribute;
   CString m_strWritten;     // the reference as written (character references kept), blanks included
   CString m_strTarget;      // the project path it names; "" when it names none (remote, "#x", outside)
   CString m_strNewValue;    // what a rewrite writes instead; "" when it leaves it (see m_nChange)
