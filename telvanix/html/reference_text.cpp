@@ -63,44 +63,56 @@ CString Decoded(const char* text) {
 }  // namespace
 
 CString EncodeHtmlReferenceLike(const char* plain, const char* like, char quote) {
-  ReferenceStyle style;
-  ReadStyle(like ? like : "", style);
-  std::string out;
-  for (const char* p = plain ? plain : ""; *p; ++p) {
-    const unsigned char c = static_cast<unsigned char>(*p);
-    if (!style.byByte[c].empty())
-      out += style.byByte[c];
-    else if (c == '&')
-      out += style.bareAmpersand ? "&" : "&amp;";
-    else if (quote && c == static_cast<unsigned char>(quote))
-      out += quote == '"' ? "&quot;" : "&#39;";
-    else
-      out += static_cast<char>(c);
+  try {
+    ReferenceStyle style;
+    ReadStyle(like ? like : "", style);
+    std::string out;
+    for (const char* p = plain ? plain : ""; *p; ++p) {
+      const unsigned char c = static_cast<unsigned char>(*p);
+      if (!style.byByte[c].empty())
+        out += style.byByte[c];
+      else if (c == '&')
+        out += style.bareAmpersand ? "&" : "&amp;";
+      else if (quote && c == static_cast<unsigned char>(quote))
+        out += quote == '"' ? "&quot;" : "&#39;";
+      else
+        out += static_cast<char>(c);
+    }
+    return CString(out.c_str());
+  } catch (...) {
+    return CString();
   }
-  return CString(out.c_str());
 }
 
 CString ResolveHtmlReference(const CFileMoves& moves, const char* written) {
-  return moves.ResolveReference(Decoded(written));
+  try {
+    return moves.ResolveReference(Decoded(written));
+  } catch (...) {
+    return CString();
+  }
 }
 
 CFileMoves::EmRewrite RewriteHtmlReference(const CFileMoves& moves, const char* written, char quote, int canQuote,
                                            CString& out, CString* target) {
-  out.Empty();
-  // The path is decoded, rewritten and encoded again; the query and the
-  // fragment stay byte for byte.
-  const std::string text(written ? written : "");
-  const size_t cut = RestStart(text);
-  const std::string path = text.substr(0, cut), rest = text.substr(cut);
-  CString plain;
-  const CFileMoves::EmRewrite how = moves.RewriteReference(Decoded(path.c_str()), plain, target);
-  if (how != CFileMoves::emRewritten)
+  try {
+    out.Empty();
+    // The path is decoded, rewritten and encoded again; the query and the
+    // fragment stay byte for byte.
+    const std::string text(written ? written : "");
+    const size_t cut = RestStart(text);
+    const std::string path = text.substr(0, cut), rest = text.substr(cut);
+    CString plain;
+    const CFileMoves::EmRewrite how = moves.RewriteReference(Decoded(path.c_str()), plain, target);
+    if (how != CFileMoves::emRewritten)
+      return how;
+    out = (EncodeHtmlReferenceLike(plain, path.c_str(), quote).str() + rest).c_str();
+    // Quotes only where the new value needs them and the old one did not.
+    if (!quote && canQuote && NeedsQuotes(out.str()) && !NeedsQuotes(text))
+      out = ("\"" + EncodeHtmlReferenceLike(plain, path.c_str(), '"').str() + rest + "\"").c_str();
     return how;
-  out = (EncodeHtmlReferenceLike(plain, path.c_str(), quote).str() + rest).c_str();
-  // Quotes only where the new value needs them and the old one did not.
-  if (!quote && canQuote && NeedsQuotes(out.str()) && !NeedsQuotes(text))
-    out = ("\"" + EncodeHtmlReferenceLike(plain, path.c_str(), '"').str() + rest + "\"").c_str();
-  return how;
+  } catch (...) {
+    return CFileMoves::emUnchanged;
+  }
 }
 
 }  // namespace telvanix
