@@ -484,6 +484,8 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
 
 // The moves a reference replacement follows (CFileMoves: project paths,
 // document old and new location) with the options and the state of one run.
+// It serves one document at a time: threads copy it (and set each copy's
+// document).
 class TELVANIX_API CHtmlFileEx::CReplaceContext : public CFileMoves {
  public:
   enum EmReplaceOption : uint32_t {
