@@ -294,6 +294,8 @@ int CCssPackEx::ReplaceUrlsInText(const char* text, int length, const std::funct
   const unsigned char* const bytes = reinterpret_cast<const unsigned char*>(text);
   int done = 0, changed = 0;
   ForEachUrlTarget(text, length, [&](int offset, int n, int isImport, int line) {
+    if (std::memchr(text + offset, 0, static_cast<size_t>(n)))
+      return;  // a zero byte: no file name
     CFileReference ref;
     ref.m_nLine = firstLine + line;
     ref.m_nKind = isImport ? CFileReference::emRefStyleSheet : CFileReference::emRefStyleUrl;

@@ -34,8 +34,9 @@ int HexValue(char c) {
 }
 
 // Joins `dir` and `name` ("/" separated) and collapses "." and ".."; false
-// when ".." climbs above the root or nothing is left.
-bool Collapse(const std::string& dir, const std::string& name, std::string& out) {
+// when nothing is left, or when ".." climbs above the root unless `above`
+// allows that (the path then begins with "../").
+bool Collapse(const std::string& dir, const std::string& name, std::string& out, bool above = false) {
   std::string joined = dir.empty() ? name : dir + "/" + name;
   std::string result;
   size_t start = 0;
@@ -44,9 +45,12 @@ bool Collapse(const std::string& dir, const std::string& name, std::string& out)
     if (slash == std::string::npos)
       slash = joined.size();
     const std::string_view part(joined.data() + start, slash - start);
-    if (part == "..") {
-      if (result.empty())
+    const bool climbed = result == ".." || (result.size() >= 3 && result.compare(result.size() - 3, 3, "/..") == 0);
+    if (part == ".." && (result.empty() || climbed)) {
+      if (!above)
         return false;
+      result += result.empty() ? ".." : "/..";
+    } else if (part == "..") {
       const size_t cut = result.find_last_of('/');
       result.resize(cut == std::string::npos ? 0 : cut);
     } else if (!part.empty() && part != ".") {
@@ -164,21 +168,25 @@ CFileMoves::CFileMoves() = default;
 CFileMoves::~CFileMoves() = default;
 
 int CFileMoves::Add(const char* oldPath, const char* newPath, int isFolder, int deletion) {
-  std::string from, to;
-  if (!ProjectPath(oldPath, from))
+  try {
+    std::string from, to;
+    if (!ProjectPath(oldPath, from))
+      return 0;
+    if (!deletion) {
+      if (!ProjectPath(newPath, to) || to == from)
+        return 0;
+      // A folder cannot go inside itself.
+      if (isFolder && IsWithin(to, from))
+        return 0;
+    }
+    for (const Move& m : m_moves)
+      if (SameNoCase(m.from.str(), from))
+        return 0;
+    m_moves.push_back(Move{CString(from.c_str()), CString(to.c_str()), isFolder ? 1 : 0, deletion});
+    return 1;
+  } catch (...) {
     return 0;
-  if (!deletion) {
-    if (!ProjectPath(newPath, to) || to == from)
-      return 0;
-    // A folder cannot go inside itself.
-    if (isFolder && IsWithin(to, from))
-      return 0;
   }
-  for (const Move& m : m_moves)
-    if (SameNoCase(m.from.str(), from))
-      return 0;
-  m_moves.push_back(Move{CString(from.c_str()), CString(to.c_str()), isFolder ? 1 : 0, deletion});
-  return 1;
 }
 
 int CFileMoves::AddMove(const char* oldPath, const char* newPath, int isFolder) {
@@ -188,18 +196,22 @@ int CFileMoves::AddMove(const char* oldPath, const char* newPath, int isFolder) 
 int CFileMoves::AddDeletion(const char* path, int isFolder) { return Add(path, nullptr, isFolder, 1); }
 
 int CFileMoves::SetDocument(const char* oldPath, const char* newPath) {
-  std::string from, to;
-  if (!ProjectPath(oldPath, from))
-    return 0;
-  if (newPath && *newPath) {
-    if (!ProjectPath(newPath, to))
+  try {
+    std::string from, to;
+    if (!ProjectPath(oldPath, from))
       return 0;
-  } else {
-    to = from;
+    if (newPath && *newPath) {
+      if (!ProjectPath(newPath, to))
+        return 0;
+    } else {
+      to = from;
+    }
+    m_strDocOld = from.c_str();
+    m_strDocNew = to.c_str();
+    return 1;
+  } catch (...) {
+    return 0;
   }
-  m_strDocOld = from.c_str();
-  m_strDocNew = to.c_str();
-  return 1;
 }
 
 void CFileMoves::RemoveAll() {
@@ -211,96 +223,148 @@ void CFileMoves::RemoveAll() {
 int CFileMoves::GetMoveCount() const { return static_cast<int>(m_moves.size()); }
 
 CFileMoves::EmRewrite CFileMoves::MapPath(const char* path, CString& out) const {
-  out = path;
-  std::string p;
-  if (!ProjectPath(path, p))
-    return emUnchanged;
-  const Move* best = nullptr;
-  for (const Move& m : m_moves) {
-    const std::string& from = m.from.str();
-    const bool hit = m.folder ? IsWithin(p, from) : SameNoCase(p, from);
-    if (hit && (!best || from.size() > best->from.str().size()))
-      best = &m;
-  }
-  if (best) {
-    if (best->deletion) {
-      out.Empty();
-      return emDeleted;
+  try {
+    out = path;
+    std::string p;
+    if (!ProjectPath(path, p))
+      return emUnchanged;
+    const Move* best = nullptr;
+    for (const Move& m : m_moves) {
+      const std::string& from = m.from.str();
+      const bool hit = m.folder ? IsWithin(p, from) : SameNoCase(p, from);
+      if (hit && (!best || from.size() > best->from.str().size()))
+        best = &m;
     }
-    out = (best->to.str() + p.substr(best->from.GetLength())).c_str();
-    return emRewritten;
+    if (best) {
+      if (best->deletion) {
+        out.Empty();
+        return emDeleted;
+      }
+      out = (best->to.str() + p.substr(best->from.GetLength())).c_str();
+      return emRewritten;
+    }
+    // The document's own move, when the host did not list it.
+    if (!m_strDocOld.IsEmpty() && m_strDocOld != m_strDocNew && SameNoCase(p, m_strDocOld.str())) {
+      out = m_strDocNew;
+      return emRewritten;
+    }
+    return emUnchanged;
+  } catch (...) {
+    return emUnchanged;
   }
-  // The document's own move, when the host did not list it.
-  if (!m_strDocOld.IsEmpty() && m_strDocOld != m_strDocNew && SameNoCase(p, m_strDocOld.str())) {
-    out = m_strDocNew;
-    return emRewritten;
-  }
-  return emUnchanged;
 }
 
 CString CFileMoves::ResolveReference(const char* written) const {
-  const Parts parts = Split(written);
-  if (parts.path.empty() || IsForeign(parts.path))
+  try {
+    std::string resolved;
+    if (!Resolve(written, resolved, false))
+      return CString();
+    return CString(resolved.c_str());
+  } catch (...) {
     return CString();
-  const std::string plain = PlainPath(parts.path);
-  std::string resolved;
-  if (plain.empty() || plain[0] == '/' || !Collapse(FolderOf(m_strDocOld.str()), plain, resolved))
-    return CString();
-  return CString(resolved.c_str());
+  }
 }
 
-CFileMoves::EmRewrite CFileMoves::RewriteReference(const char* written, CString& out) const {
-  out.Empty();
-  const CString target = ResolveReference(written);
-  if (target.IsEmpty())
-    return emUnchanged;
-  CString moved;
-  const EmRewrite how = MapPath(target, moved);
-  if (how == emDeleted)
-    return emDeleted;
+bool CFileMoves::Resolve(const char* written, std::string& resolved, bool above) const {
   const Parts parts = Split(written);
-  bool encoded[256] = {};
-  const std::string plain = PlainPath(parts.path, encoded);
-  const std::string newFolder = FolderOf(m_strDocNew.str());
-  // Still the same file from where the document will be: keep it as written.
-  std::string still;
-  if (Collapse(newFolder, plain, still) && still == moved.str())
-    return emUnchanged;
+  if (parts.path.empty() || IsForeign(parts.path))
+    return false;
+  const std::string plain = PlainPath(parts.path);
+  // Characters no file name holds: this is no file reference.
+  for (char c : plain)
+    if (static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '<' || c == '>' || c == '|' || c == '*' || c == ':')
+      return false;
+  return !plain.empty() && plain[0] != '/' && Collapse(FolderOf(m_strDocOld.str()), plain, resolved, above);
+}
 
-  // The new path relative to the document's new folder ("/" separated).
-  CString base = m_strDocNew;
-  std::string relative = GetRelativePathNameByFilePathNames(moved, base).str();
-  const bool backslashes = parts.path.find('\\') != std::string::npos;
-  bool upperHex = true;
-  for (size_t i = 0; i + 2 < parts.path.size(); ++i)
-    if (parts.path[i] == '%' && (HexValue(parts.path[i + 1]) >= 10 || HexValue(parts.path[i + 2]) >= 10)) {
-      upperHex = (parts.path[i + 1] >= 'A' && parts.path[i + 1] <= 'F') ||
-                 (parts.path[i + 2] >= 'A' && parts.path[i + 2] <= 'F');
-      break;
+CFileMoves::EmRewrite CFileMoves::RewriteReference(const char* written, CString& out, CString* target) const {
+  try {
+    out.Empty();
+    if (target)
+      target->Empty();
+    // A file beside the project ("../../shared/x.gif" above the root) moves
+    // with nothing, but is re-based when the document moves.
+    std::string resolved;
+    if (!Resolve(written, resolved, true))
+      return emUnchanged;
+    const bool beside = resolved.compare(0, 2, "..") == 0;
+    const CString named(resolved.c_str());
+    if (target && !beside)
+      *target = named;
+    CString moved = named;
+    const EmRewrite how = beside ? emUnchanged : MapPath(named, moved);
+    if (how == emDeleted)
+      return emDeleted;
+    const Parts parts = Split(written);
+    bool encoded[256] = {};
+    const std::string plain = PlainPath(parts.path, encoded);
+    const std::string newFolder = FolderOf(m_strDocNew.str());
+    // Nothing moved for this reference: it stays as written, whatever its
+    // spelling ("./x.htm").
+    if (how == emUnchanged && newFolder == FolderOf(m_strDocOld.str()))
+      return emUnchanged;
+    // The new path relative to the document's new folder ("/" separated). A
+    // reference written the long way climbs as many folders as before when
+    // the new path still lies below that point ("../db/x.htm" in db/ becomes
+    // "../database/x.htm", not "x.htm"), so that the inverse move writes it
+    // back as it was.
+    std::string relative;
+    size_t ups = 0;
+    const bool shortest = GetRelativePathNameByFilePathNames(named, m_strDocOld).str() == plain;
+    while (!shortest && plain.compare(ups * 3, 3, "../") == 0)
+      ++ups;
+    std::string base = newFolder;
+    bool climbed = moved.str().compare(0, 2, "..") != 0;
+    for (size_t i = 0; i < ups && climbed; ++i) {
+      climbed = !base.empty();
+      base = FolderOf(base);
     }
-  // Characters that would be read as something else are always encoded.
-  encoded[static_cast<unsigned char>('%')] = encoded[static_cast<unsigned char>('#')] =
-      encoded[static_cast<unsigned char>('?')] = true;
-  std::string text = parts.lead;
-  static const char kUpper[] = "0123456789ABCDEF";
-  static const char kLower[] = "0123456789abcdef";
-  for (char c : relative) {
-    const unsigned char u = static_cast<unsigned char>(c);
-    if (c == '/' || c == '\\') {
-      text += backslashes ? '\\' : '/';
-    } else if (encoded[u]) {
-      const char* digits = upperHex ? kUpper : kLower;
-      text += '%';
-      text += digits[u >> 4];
-      text += digits[u & 15];
+    if (!shortest && climbed &&
+        (base.empty() || (IsWithin(moved.str(), base) && moved.GetLength() > static_cast<int>(base.size())))) {
+      for (size_t i = 0; i < ups; ++i)
+        relative += "../";
+      relative += moved.str().substr(base.empty() ? 0 : base.size() + 1);
     } else {
-      text += c;
+      relative = GetRelativePathNameByFilePathNames(moved, m_strDocNew).str();
     }
+    if (!plain.empty() && plain.back() == '/')
+      relative += '/';  // a folder written as one
+    if (relative == plain)
+      return emUnchanged;
+    const bool backslashes = parts.path.find('\\') != std::string::npos;
+    bool upperHex = true;
+    for (size_t i = 0; i + 2 < parts.path.size(); ++i)
+      if (parts.path[i] == '%' && (HexValue(parts.path[i + 1]) >= 10 || HexValue(parts.path[i + 2]) >= 10)) {
+        upperHex = (parts.path[i + 1] >= 'A' && parts.path[i + 1] <= 'F') ||
+                   (parts.path[i + 2] >= 'A' && parts.path[i + 2] <= 'F');
+        break;
+      }
+    // Characters that would be read as something else are always encoded.
+    encoded[static_cast<unsigned char>('%')] = encoded[static_cast<unsigned char>('#')] =
+        encoded[static_cast<unsigned char>('?')] = true;
+    std::string text = parts.lead;
+    static const char kUpper[] = "0123456789ABCDEF";
+    static const char kLower[] = "0123456789abcdef";
+    for (char c : relative) {
+      const unsigned char u = static_cast<unsigned char>(c);
+      if (c == '/' || c == '\\') {
+        text += backslashes ? '\\' : '/';
+      } else if (encoded[u]) {
+        const char* digits = upperHex ? kUpper : kLower;
+        text += '%';
+        text += digits[u >> 4];
+        text += digits[u & 15];
+      } else {
+        text += c;
+      }
+    }
+    text += parts.rest;
+    text += parts.trail;
+    out = text.c_str();
+    return emRewritten;
+  } catch (...) {
+    return emUnchanged;
   }
-  text += parts.rest;
-  text += parts.trail;
-  out = text.c_str();
-  return emRewritten;
 }
 
 }  // namespace telvanix

@@ -14,6 +14,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "telvanix/platform/export.h"
@@ -34,10 +35,13 @@ struct TELVANIX_API CFileReference {
     emRefSitemap = 7,      // contents and index entries: Local, URL, ImageList, Merge
     emRefContentsFile = 8  // help-control contents and index files
   };
-  int m_nLine = 0;          // 1-based line where the tag or rule starts
+  int m_nLine = 0;          // 1-based line of the value itself
   int m_nKind = 0;          // EmKind
-  CString m_strElement;     // tag name as written ("IMG", "param"), or "@import" / "url" in a sheet
-  CString m_strAttribute;   // attribute ("href"), PARAM name ("Local"), or "style" / "" for sheets
+  // Where it stands: the tag as written and its attribute ("IMG" "src"), a
+  // PARAM's name ("param" "Local"), a style attribute ("P" "style"), a STYLE
+  // block ("STYLE" "url" or "@import"), or in a sheet "url" or "@import" and "".
+  CString m_strElement;
+  CString m_strAttribute;
   CString m_strWritten;     // the reference as written (character references kept), blanks included
   CString m_strTarget;      // the project path it names; "" when it names none (remote, "#x", outside)
   CString m_strNewValue;    // what a rewrite writes instead; "" when it leaves it (see m_nChange)
@@ -79,14 +83,19 @@ class TELVANIX_API CFileMoves {
   // The project path a plain reference written in the document names; ""
   // when it names none: empty, a scheme ("http:", "mailto:", "javascript:",
   // two letters or more), a compiled-file reference ("x.chm::/a.htm"), a
-  // same-page "#x", a drive or leading "/", or ".." above the root. The
+  // same-page "#x", a drive or leading "/", ".." above the root, or a path
+  // holding a character no file name holds (control, '"', "<>|*:"). The
   // path is %-decoded and "?query" and "#fragment" are cut off.
   CString ResolveReference(const char* written) const;
 
   // The plain reference written again for the new layout. emRewritten sets
-  // out; emUnchanged (also when the text still names the same file from the
-  // document's new folder) and emDeleted leave out empty.
-  EmRewrite RewriteReference(const char* written, CString& out) const;
+  // out; emUnchanged and emDeleted leave out empty. A reference stays as
+  // written when neither it nor the document's folder moves, or when it
+  // already reads as the new relative path. A reference above
+  // the root names a file beside the project: it is re-based when the
+  // document moves, so it keeps naming that file.
+  // `target`, when given, gets what ResolveReference gives (one walk for both).
+  EmRewrite RewriteReference(const char* written, CString& out, CString* target = nullptr) const;
 
  private:
   struct Move {
@@ -96,6 +105,9 @@ class TELVANIX_API CFileMoves {
     int deletion;
   };
   int Add(const char* oldPath, const char* newPath, int isFolder, int deletion);
+  // The path a written reference names from the document's old folder;
+  // `above` lets it climb above the root ("../x").
+  bool Resolve(const char* written, std::string& resolved, bool above) const;
 
   std::vector<Move> m_moves;
   CString m_strDocOld;

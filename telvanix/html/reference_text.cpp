@@ -46,41 +46,73 @@ bool NeedsQuotes(const std::string& text) {
   return text.empty();
 }
 
+// Where the "?query#fragment" of HTML text begins: the first "?" or a "#"
+// that does not open a numeric character reference.
+size_t RestStart(const std::string& written) {
+  for (size_t i = 0; i < written.size(); ++i)
+    if (written[i] == '?' || (written[i] == '#' && (i == 0 || written[i - 1] != '&')))
+      return i;
+  return written.size();
+}
+
+// Character references decoded; most references hold none.
+CString Decoded(const char* text) {
+  return text && std::strchr(text, '&') ? CHtmlPack::HtmlToText(text) : CString(text);
+}
+
 }  // namespace
 
 CString EncodeHtmlReferenceLike(const char* plain, const char* like, char quote) {
-  ReferenceStyle style;
-  ReadStyle(like ? like : "", style);
-  std::string out;
-  for (const char* p = plain ? plain : ""; *p; ++p) {
-    const unsigned char c = static_cast<unsigned char>(*p);
-    if (!style.byByte[c].empty())
-      out += style.byByte[c];
-    else if (c == '&')
-      out += style.bareAmpersand ? "&" : "&amp;";
-    else if (quote && c == static_cast<unsigned char>(quote))
-      out += quote == '"' ? "&quot;" : "&#39;";
-    else
-      out += static_cast<char>(c);
+  try {
+    ReferenceStyle style;
+    ReadStyle(like ? like : "", style);
+    std::string out;
+    for (const char* p = plain ? plain : ""; *p; ++p) {
+      const unsigned char c = static_cast<unsigned char>(*p);
+      if (!style.byByte[c].empty())
+        out += style.byByte[c];
+      else if (c == '&')
+        out += style.bareAmpersand ? "&" : "&amp;";
+      else if (quote && c == static_cast<unsigned char>(quote))
+        out += quote == '"' ? "&quot;" : "&#39;";
+      else
+        out += static_cast<char>(c);
+    }
+    return CString(out.c_str());
+  } catch (...) {
+    return CString();
   }
-  return CString(out.c_str());
 }
 
 CString ResolveHtmlReference(const CFileMoves& moves, const char* written) {
-  return moves.ResolveReference(CHtmlPack::HtmlToText(written));
+  try {
+    return moves.ResolveReference(Decoded(written));
+  } catch (...) {
+    return CString();
+  }
 }
 
 CFileMoves::EmRewrite RewriteHtmlReference(const CFileMoves& moves, const char* written, char quote, int canQuote,
-                                           CString& out) {
-  out.Empty();
-  CString plain;
-  const CFileMoves::EmRewrite how = moves.RewriteReference(CHtmlPack::HtmlToText(written), plain);
-  if (how != CFileMoves::emRewritten)
+                                           CString& out, CString* target) {
+  try {
+    out.Empty();
+    // The path is decoded, rewritten and encoded again; the query and the
+    // fragment stay byte for byte.
+    const std::string text(written ? written : "");
+    const size_t cut = RestStart(text);
+    const std::string path = text.substr(0, cut), rest = text.substr(cut);
+    CString plain;
+    const CFileMoves::EmRewrite how = moves.RewriteReference(Decoded(path.c_str()), plain, target);
+    if (how != CFileMoves::emRewritten)
+      return how;
+    out = (EncodeHtmlReferenceLike(plain, path.c_str(), quote).str() + rest).c_str();
+    // Quotes only where the new value needs them and the old one did not.
+    if (!quote && canQuote && NeedsQuotes(out.str()) && !NeedsQuotes(text))
+      out = ("\"" + EncodeHtmlReferenceLike(plain, path.c_str(), '"').str() + rest + "\"").c_str();
     return how;
-  out = EncodeHtmlReferenceLike(plain, written, quote);
-  if (!quote && canQuote && NeedsQuotes(out.str()))
-    out = ("\"" + EncodeHtmlReferenceLike(plain, written, '"').str() + "\"").c_str();
-  return how;
+  } catch (...) {
+    return CFileMoves::emUnchanged;
+  }
 }
 
 }  // namespace telvanix

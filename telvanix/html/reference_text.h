@@ -20,8 +20,9 @@ TELVANIX_API CString ResolveHtmlReference(const CFileMoves& moves, const char* w
 // bare "&"), and `quote` ('"' or '\'', the attribute's quote) as a
 // reference. With quote 0 and canQuote set, a value that an unquoted
 // attribute cannot hold comes back in double quotes.
+// `target`, when given, gets what ResolveHtmlReference gives.
 TELVANIX_API CFileMoves::EmRewrite RewriteHtmlReference(const CFileMoves& moves, const char* written, char quote,
-                                                        int canQuote, CString& out);
+                                                        int canQuote, CString& out, CString* target = nullptr);
 
 // `plain` written as HTML text the way `like` was written (the rules above).
 TELVANIX_API CString EncodeHtmlReferenceLike(const char* plain, const char* like, char quote);

@@ -71,14 +71,9 @@ POSITION CHtmlFileEx::FindMatchingEnd(POSITION pos) {
     return nullptr;
   const int id = start->GetTagId();
   int depth = 0;
-  POSITION walk = pos;
+  POSITION walk = pos, here = nullptr;
   m_TokenList.GetNext(walk);
-  while (walk) {
-    const POSITION here = walk;
-    CHtmlTokenItem* token = m_TokenList.GetNext(walk);
-    CHtmlTagItem* tag = token && !token->IsDiscardedToken() ? token->GetSafeTagItemPtr() : nullptr;
-    if (!tag)
-      continue;
+  while (CHtmlTagItem* tag = NextLiveTag(m_TokenList, walk, &here)) {
     if (tag->GetTagId() == id)
       ++depth;
     else if (tag->GetTagId() == EndOf(id) && depth-- == 0)
@@ -93,16 +88,13 @@ int CHtmlFileEx::DeleteAnchor(POSITION pos) {
     if (!tag || tag->GetTagId() != kTagA)
       return 0;
     // Links do not nest: the first end tag before another link closes it.
-    POSITION end = nullptr;
+    POSITION end = nullptr, here = nullptr;
     POSITION walk = pos;
     m_TokenList.GetNext(walk);
-    while (walk && !end) {
-      const POSITION here = walk;
-      CHtmlTokenItem* token = m_TokenList.GetNext(walk);
-      CHtmlTagItem* next = token && !token->IsDiscardedToken() ? token->GetSafeTagItemPtr() : nullptr;
-      if (next && next->GetTagId() == kTagA)
+    while (CHtmlTagItem* next = end ? nullptr : NextLiveTag(m_TokenList, walk, &here)) {
+      if (next->GetTagId() == kTagA)
         break;
-      if (next && next->GetTagId() == EndOf(kTagA))
+      if (next->GetTagId() == EndOf(kTagA))
         end = here;
     }
     DiscardKeepingBlanks(pos);
@@ -150,22 +142,11 @@ int CHtmlFileEx::DeleteObject(POSITION pos) {
     if (FindMatchingEnd(pos))
       return DeleteEntity(pos);
     // Without an end tag: the OBJECT and the PARAMs that follow it.
-    POSITION walk = pos;
-    m_TokenList.GetNext(walk);
-    std::vector<POSITION> params;
-    while (walk) {
-      const POSITION here = walk;
-      CHtmlTokenItem* token = m_TokenList.GetNext(walk);
-      if (!token || token->IsDiscardedToken())
-        continue;
-      CHtmlTagItem* param = token->GetSafeTagItemPtr();
-      if (!param || param->GetTagId() != kTagParam)
-        break;
-      params.push_back(here);
-    }
+    CPositionArray params;
+    CollectObjectParams(pos, params);
     DiscardKeepingBlanks(pos);
-    for (POSITION p : params)
-      DiscardKeepingBlanks(p);
+    for (int i = 0; i < params.GetSize(); ++i)
+      DiscardKeepingBlanks(params[i]);
     return 1;
   } catch (...) {
     return 0;

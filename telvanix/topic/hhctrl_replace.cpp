@@ -31,22 +31,18 @@ int CHtmlFileEx::ReplaceTagHhctrlObjectInHtm(POSITION pos, CReplaceContext& cont
 }
 
 int CHtmlFileEx::ReplaceHhctrlButton(POSITION pos, CReplaceContext& context) {
-  try {
-    EnsureAnalysed();
-    const char* name = ParamName(m_TokenList, pos);
-    if (!name || !MbsEqualNoCase(name, "button"))
-      return -1;
-    return RunReplace(context, kSiteHhctrl, pos, 0, kReplaceRewrite | kReplaceUnlink);
-  } catch (...) {
-    return -1;
-  }
+  return ReplaceHhctrlParam(pos, context, "button", -1);
 }
 
 int CHtmlFileEx::ReplaceHhctrlItem(POSITION pos, CReplaceContext& context) {
+  return ReplaceHhctrlParam(pos, context, "item", 4);
+}
+
+int CHtmlFileEx::ReplaceHhctrlParam(POSITION pos, CReplaceContext& context, const char* name, int length) {
   try {
     EnsureAnalysed();
-    const char* name = ParamName(m_TokenList, pos);
-    if (!name || MbsNCompareNoCase(name, "item", 4) != 0)
+    const char* param = ParamName(m_TokenList, pos);
+    if (!param || MbsNCompareNoCase(param, name, length) != 0)
       return -1;
     return RunReplace(context, kSiteHhctrl, pos, 0, kReplaceRewrite | kReplaceUnlink);
   } catch (...) {
@@ -75,33 +71,24 @@ int CHtmlFileEx::UnlinkSitemapEntry(const ReferenceSite& site, int indexRule) {
     return 0;
   // The entry's live PARAMs and what follows its OBJECT.
   std::vector<POSITION> params;
-  POSITION after = nullptr;
+  POSITION after = nullptr, here = nullptr;
   POSITION walk = site.objectPos;
   m_TokenList.GetNext(walk);
-  while (walk) {
-    const POSITION here = walk;
-    CHtmlTokenItem* token = m_TokenList.GetNext(walk);
-    CHtmlTagItem* tag = token && !token->IsDiscardedToken() ? token->GetSafeTagItemPtr() : nullptr;
-    if (!tag)
-      continue;
-    if (tag->GetTagId() == kTagParam) {
-      params.push_back(here);
-      continue;
+  while (CHtmlTagItem* tag = NextLiveTag(m_TokenList, walk, &here)) {
+    if (tag->GetTagId() != kTagParam) {
+      after = tag->GetTagId() == EndOf(kTagObject) ? walk : here;
+      break;
     }
-    after = tag->GetTagId() == EndOf(kTagObject) ? walk : here;
-    break;
+    params.push_back(here);
   }
   // Children: a list opens before the next entry does.
   bool children = false;
-  for (POSITION p = after; p;) {
-    CHtmlTokenItem* token = m_TokenList.GetNext(p);
-    CHtmlTagItem* tag = token && !token->IsDiscardedToken() ? token->GetSafeTagItemPtr() : nullptr;
-    if (!tag)
-      continue;
-    if (tag->GetTagId() == EndOf(kTagLi))
-      continue;
-    children = tag->GetTagId() == kTagUl;
-    break;
+  walk = after;
+  while (CHtmlTagItem* tag = NextLiveTag(m_TokenList, walk)) {
+    if (tag->GetTagId() != EndOf(kTagLi)) {
+      children = tag->GetTagId() == kTagUl;
+      break;
+    }
   }
 
   if (indexRule) {
@@ -150,15 +137,9 @@ int CHtmlFileEx::UnlinkSitemapEntry(const ReferenceSite& site, int indexRule) {
   if (liTag && liTag->GetTagId() == kTagLi)
     DiscardKeepingBlanks(li);
   DeleteObject(site.objectPos);
-  for (POSITION p = after; p;) {
-    const POSITION here = p;
-    CHtmlTokenItem* token = m_TokenList.GetNext(p);
-    if (!token || token->IsDiscardedToken() || token->IsTextToken())
-      continue;
-    if (LiveTagAt(m_TokenList, here)->GetTagId() == EndOf(kTagLi))
-      DiscardKeepingBlanks(here);
-    break;
-  }
+  walk = after;
+  if (CHtmlTagItem* close = NextLiveTag(m_TokenList, walk, &here); close && close->GetTagId() == EndOf(kTagLi))
+    DiscardKeepingBlanks(here);
   return 1;
 }
 

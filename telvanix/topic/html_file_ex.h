@@ -381,11 +381,12 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
  protected:
   virtual int ClearAllAnalysedData();
   virtual int WalkThroughTokenList();
-  // A derived document's own new text for one reference during replacement,
-  // asked before the library's rule: `name` is the reference as written
-  // (character references kept); context.GetCurrentReference() tells where
-  // it stands. Non-null: written verbatim as the new value (copied at once;
-  // equal to `name` keeps it). Null (the default): the library decides.
+  // A derived document's own new text for one reference during replacement;
+  // its answer goes before the library's rule. `name` is the reference as
+  // written (character references kept); context.GetCurrentReference() tells
+  // where it stands and what the library would write (m_nChange,
+  // m_strNewValue). Non-null: written verbatim as the new value (copied at
+  // once; equal to `name` keeps it). Null (the default): the library decides.
   virtual const char* GetNewRelFileNameCustom(const char* name, CReplaceContext& context);
 
   // Analyses when that has not been done yet.
@@ -417,12 +418,18 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   // Reference replacement (reference_replace.cpp): the walk that finds
   // every site of the groups asked for (topic_detail::SiteGroup), limited to
   // one token or object when `only` is set; deciding one site; applying the
-  // decisions (rewrites, then unlinks; the count changed); and a whole run
+  // decisions (rewrites, then unlinks; the count changed); the sites of a
+  // run, decided (-1 failure, 0 an empty page, 1 ready); and a whole run
   // doing what `mode` (topic_detail::ReplaceMode) allows.
   void CollectReferenceSites(std::vector<topic_detail::ReferenceSite>& sites, int groups, POSITION only);
   void DecideReferenceSite(topic_detail::ReferenceSite& site, CReplaceContext& context);
   int ApplyReferenceSites(std::vector<topic_detail::ReferenceSite>& sites, CReplaceContext& context, int indexRule);
+  int CollectDecidedSites(CReplaceContext& context, int groups, POSITION only,
+                          std::vector<topic_detail::ReferenceSite>& sites);
   int RunReplace(CReplaceContext& context, int groups, POSITION only, int indexRule, int mode);
+  // ReplaceHhctrlButton and ReplaceHhctrlItem: the PARAM at pos, whose name
+  // begins with `name` (length characters; -1 the whole name).
+  int ReplaceHhctrlParam(POSITION pos, CReplaceContext& context, const char* name, int length);
   int UnlinkSitemapEntry(const topic_detail::ReferenceSite& site, int indexRule);
   // Discards the token at pos; its trailing blanks go to the live token
   // before it unless that one ends at the start of a line.
@@ -477,6 +484,8 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
 
 // The moves a reference replacement follows (CFileMoves: project paths,
 // document old and new location) with the options and the state of one run.
+// It serves one document at a time: threads copy it (and set each copy's
+// document).
 class TELVANIX_API CHtmlFileEx::CReplaceContext : public CFileMoves {
  public:
   enum EmReplaceOption : uint32_t {

@@ -57,6 +57,14 @@ const AttributeRule kAttributeRules[] = {
 const char* const kMediaParams[] = {"src", "filename", "movie", "url", "data"};
 const char* const kSitemapParams[] = {"Local", "URL", "ImageList", "Merge"};
 
+// A rule for the tag and attribute (any attribute for a null name).
+bool HasAttributeRule(int tagId, const char* name) {
+  for (const AttributeRule& rule : kAttributeRules)
+    if (rule.tagId == tagId && (!name || MbsEqualNoCase(name, rule.attribute)))
+      return true;
+  return false;
+}
+
 bool InList(const char* name, const char* const* list, int n) {
   for (int i = 0; i < n; ++i)
     if (MbsEqualNoCase(name, list[i]))
@@ -115,7 +123,9 @@ void CHtmlFileEx::CollectReferenceSites(std::vector<ReferenceSite>& sites, int g
 
     auto add = [&](int offset, int n, int html, char quote, int whole, int group, int kind, int unlink,
                    const CString& element, const CString& attribute) {
-      if (!(groups & group) || n < 0 || offset < 0 || offset + n > length)
+      // A value holding a zero byte is no file name (and no C string).
+      if (!(groups & group) || n < 0 || offset < 0 || offset + n > length ||
+          std::memchr(data + offset, 0, static_cast<size_t>(n)))
         return;
       if (only && here != only && objectPos != only)
         return;
@@ -168,7 +178,12 @@ void CHtmlFileEx::CollectReferenceSites(std::vector<ReferenceSite>& sites, int g
     }
     if (tag->IsEndTag())
       continue;
-    const CString element = tag->GetTagName();
+    CString element;  // the tag's name, made once a site needs it
+    auto named = [&]() -> const CString& {
+      if (element.IsEmpty())
+        element = tag->GetTagName();
+      return element;
+    };
 
     if (id == kTagComment) {
       // Vector-markup images keep their "src" inside the comment.
@@ -217,19 +232,27 @@ void CHtmlFileEx::CollectReferenceSites(std::vector<ReferenceSite>& sites, int g
       const char* name = nullptr;
       const char* value = nullptr;
       int offset = 0, count = 0;
-      if (!tag->GetAttributeByNum(i, name, value) || !name || !value || !tag->GetAttributeValueSpan(i, offset, count))
+      if (!tag->GetAttributeByNum(i, name, value) || !name || !value)
+        continue;
+      // Most attributes name no file: the value is located only for those
+      // that may.
+      const bool wanted = MbsEqualNoCase(name, "style") || MbsEqualNoCase(name, "background") ||
+                          MbsEqualNoCase(name, "srcset") ||
+                          (id == kTagParam && object != kNoObject && MbsEqualNoCase(name, "value")) ||
+                          HasAttributeRule(id, name);
+      if (!wanted || !tag->GetAttributeValueSpan(i, offset, count))
         continue;
       const char before = offset > 0 ? static_cast<char>(data[offset - 1]) : 0;
       const char quote = before == '"' || before == '\'' ? before : 0;
       const CString attribute(name);
 
       if (MbsEqualNoCase(name, "style")) {
-        addStyle(offset, count, 1, quote, element, "style");
+        addStyle(offset, count, 1, quote, named(), "style");
         continue;
       }
       if (MbsEqualNoCase(name, "background")) {
         if (IsBackgroundFile(value))
-          add(offset, count, 1, quote, 1, kSiteTag, CFileReference::emRefImage, kUnlinkNone, element, attribute);
+          add(offset, count, 1, quote, 1, kSiteTag, CFileReference::emRefImage, kUnlinkNone, named(), attribute);
         continue;
       }
       if (MbsEqualNoCase(name, "srcset")) {
@@ -246,7 +269,7 @@ void CHtmlFileEx::CollectReferenceSites(std::vector<ReferenceSite>& sites, int g
           while (end > start && value[end - 1] == ',')
             --end;
           if (end > start)
-            add(offset + start, end - start, 1, quote, 0, kSiteTag, CFileReference::emRefImage, kUnlinkNone, element,
+            add(offset + start, end - start, 1, quote, 0, kSiteTag, CFileReference::emRefImage, kUnlinkNone, named(),
                 attribute);
           if (end == k)
             while (k < count && value[k] != ',')
@@ -263,7 +286,7 @@ void CHtmlFileEx::CollectReferenceSites(std::vector<ReferenceSite>& sites, int g
           if (MbsEqualNoCase(paramName, "button")) {
             if (const char* image = command != emHhctrlNone ? ButtonImage(value) : nullptr)
               add(offset + static_cast<int>(image - value), count - static_cast<int>(image - value), 1, quote, 0,
-                  kSiteHhctrl, CFileReference::emRefImage, kUnlinkParam, element, param);
+                  kSiteHhctrl, CFileReference::emRefImage, kUnlinkParam, named(), param);
           } else if (MbsNCompareNoCase(paramName, "item", 4) == 0) {
             const char* segment = LastSegment(value);
             int kind = 0;
@@ -275,7 +298,7 @@ void CHtmlFileEx::CollectReferenceSites(std::vector<ReferenceSite>& sites, int g
               kind = CFileReference::emRefContentsFile;
             if (kind)
               add(offset + static_cast<int>(segment - value), count - static_cast<int>(segment - value), 1, quote, 0,
-                  kSiteHhctrl, kind, kUnlinkParam, element, param);
+                  kSiteHhctrl, kind, kUnlinkParam, named(), param);
           }
         } else if (object == kSitemapObject && InList(paramName, kSitemapParams, 4)) {
           int n2 = count;
@@ -283,9 +306,9 @@ void CHtmlFileEx::CollectReferenceSites(std::vector<ReferenceSite>& sites, int g
           if (const char* split = MbsEqualNoCase(paramName, "Merge") ? std::strstr(value, "::") : nullptr)
             n2 = static_cast<int>(split - value);
           add(offset, n2, 1, quote, n2 == count, kSiteSitemap, CFileReference::emRefSitemap,
-              MbsEqualNoCase(paramName, "Local") ? kUnlinkSitemapEntry : kUnlinkNone, element, param);
+              MbsEqualNoCase(paramName, "Local") ? kUnlinkSitemapEntry : kUnlinkNone, named(), param);
         } else if (object == kMediaObject && InList(paramName, kMediaParams, 5)) {
-          add(offset, count, 1, quote, 1, kSiteMedia, CFileReference::emRefMedia, kUnlinkObject, element, param);
+          add(offset, count, 1, quote, 1, kSiteMedia, CFileReference::emRefMedia, kUnlinkObject, named(), param);
         }
         continue;
       }
@@ -301,7 +324,7 @@ void CHtmlFileEx::CollectReferenceSites(std::vector<ReferenceSite>& sites, int g
           if (rel.Find("stylesheet") < 0)
             kind = CFileReference::emRefLink;
         }
-        add(offset, count, 1, quote, 1, kSiteTag, kind, rule.unlink, element, attribute);
+        add(offset, count, 1, quote, 1, kSiteTag, kind, rule.unlink, named(), attribute);
         break;
       }
     }
@@ -310,25 +333,19 @@ void CHtmlFileEx::CollectReferenceSites(std::vector<ReferenceSite>& sites, int g
 
 void CHtmlFileEx::DecideReferenceSite(ReferenceSite& site, CReplaceContext& context) {
   CFileReference& ref = site.ref;
-  ref.m_strTarget = site.html ? ResolveHtmlReference(context, ref.m_strWritten)
-                              : context.ResolveReference(ref.m_strWritten);
-  ref.m_nChange = CFileMoves::emUnchanged;
-  ref.m_strNewValue.Empty();
+  ref.m_nChange = site.html ? RewriteHtmlReference(context, ref.m_strWritten, site.quote, site.wholeValue,
+                                                   ref.m_strNewValue, &ref.m_strTarget)
+                            : context.RewriteReference(ref.m_strWritten, ref.m_strNewValue, &ref.m_strTarget);
   if (!(context.GetOptions() & CReplaceContext::emReplaceNoHook)) {
     context.m_pCurrent = &ref;
     const char* custom = GetNewRelFileNameCustom(ref.m_strWritten, context);
     context.m_pCurrent = nullptr;
     if (custom) {
-      if (std::strcmp(custom, ref.m_strWritten) != 0) {
-        ref.m_strNewValue = custom;
-        ref.m_nChange = CFileMoves::emRewritten;
-      }
-      return;
+      const bool same = std::strcmp(custom, ref.m_strWritten) == 0;
+      ref.m_strNewValue = same ? CString() : CString(custom);
+      ref.m_nChange = same ? CFileMoves::emUnchanged : CFileMoves::emRewritten;
     }
   }
-  ref.m_nChange = site.html ? RewriteHtmlReference(context, ref.m_strWritten, site.quote, site.wholeValue,
-                                                   ref.m_strNewValue)
-                            : context.RewriteReference(ref.m_strWritten, ref.m_strNewValue);
 }
 
 int CHtmlFileEx::ApplyReferenceSites(std::vector<ReferenceSite>& sites, CReplaceContext& context, int indexRule) {
@@ -398,18 +415,28 @@ int CHtmlFileEx::ApplyReferenceSites(std::vector<ReferenceSite>& sites, CReplace
   return changed;
 }
 
+int CHtmlFileEx::CollectDecidedSites(CReplaceContext& context, int groups, POSITION only,
+                                     std::vector<ReferenceSite>& sites) {
+  if (context.GetDocumentOldPath().IsEmpty())
+    return -1;
+  EnsureAnalysed();
+  // An empty buffer is a page without references; a file not read is a failure.
+  if (!m_bParsed)
+    return GetSourceMode() == emSourceBuffer ? 0 : -1;
+  CollectReferenceSites(sites, groups, only);
+  for (ReferenceSite& site : sites)
+    DecideReferenceSite(site, context);
+  return 1;
+}
+
 int CHtmlFileEx::RunReplace(CReplaceContext& context, int groups, POSITION only, int indexRule, int mode) {
   try {
     context.m_changes.clear();
-    if (context.GetDocumentOldPath().IsEmpty())
-      return -1;
-    EnsureAnalysed();
-    if (!m_bParsed)
-      return -1;
     std::vector<ReferenceSite> sites;
-    CollectReferenceSites(sites, groups, only);
+    const int ready = CollectDecidedSites(context, groups, only, sites);
+    if (ready <= 0)
+      return ready;
     for (ReferenceSite& site : sites) {
-      DecideReferenceSite(site, context);
       // A variant that only rewrites, or only unlinks, leaves the rest.
       const int kind = site.ref.m_nChange == CFileMoves::emRewritten ? kReplaceRewrite
                        : site.ref.m_nChange == CFileMoves::emDeleted ? kReplaceUnlink
@@ -433,18 +460,13 @@ int CHtmlFileEx::ReplaceFileReference(CReplaceContext& context) {
 int CHtmlFileEx::GetFileReferences(CReplaceContext& context, std::vector<CFileReference>& references) {
   references.clear();
   try {
-    if (context.GetDocumentOldPath().IsEmpty())
-      return -1;
-    EnsureAnalysed();
-    if (!m_bParsed)
-      return -1;
     std::vector<ReferenceSite> sites;
-    CollectReferenceSites(sites, kSiteAll, nullptr);
+    const int ready = CollectDecidedSites(context, kSiteAll, nullptr, sites);
+    if (ready <= 0)
+      return ready;
     references.reserve(sites.size());
-    for (ReferenceSite& site : sites) {
-      DecideReferenceSite(site, context);
+    for (const ReferenceSite& site : sites)
       references.push_back(site.ref);
-    }
     return static_cast<int>(references.size());
   } catch (...) {
     references.clear();

@@ -5,6 +5,7 @@ namespace telvanix::tool {
 extern const Command kCheckCommand;
 extern const Command kFormatCommand;
 extern const Command kMvCommand;
+extern const Command kPopupsCommand;
 extern const Command kPropsCommand;
 extern const Command kRecoverCommand;
 extern const Command kRefsCommand;
@@ -16,8 +17,9 @@ extern const Command kTocCommand;
 
 const std::vector<Command>& AllCommands() {
   static const std::vector<Command> commands = {kCheckCommand, kTextCommand,  kPropsCommand,    kTagsCommand,
-                                                kFormatCommand, kTocCommand, kRoundtripCommand, kMvCommand,
-                                                kRmCommand,     kRefsCommand, kRecoverCommand};
+                                                kFormatCommand, kTocCommand, kRoundtripCommand,
+                                                kPopupsCommand, kMvCommand,  kRmCommand,       kRefsCommand,
+                                                kRecoverCommand};
   return commands;
 }
 

@@ -1,4 +1,5 @@
 #include "cli/project_check.h"
+#include "cli/popup_check.h"
 
 #include <algorithm>
 #include <set>
@@ -153,6 +154,11 @@ ProjectReport CheckProject(const std::string& root) {
   std::vector<bool> referenced(index.GetFiles().size(), false);
   ResolveReferences(index, report, referenced);
   ReportOrphans(index.GetFiles(), index.GetEntries(), referenced, report);
+  std::vector<std::string> topics;
+  for (const ProjectFile& f : index.GetFiles()) if (f.kind == FileKind::kTopic) topics.push_back(f.path);
+  const PopupCheck popups = CheckPopups(root, topics);
+  for (const PopupProblem& p : popups.problems) report.findings.push_back({p.bookmark ? FindingKind::kMissingBookmark : FindingKind::kMissingFile, p.file, p.target, "popup", ""});
+  std::erase_if(report.findings, [&](const Finding& f) { return f.kind == FindingKind::kOrphanTopic && popups.referenced.count(f.file); });
   SortReport(report);
   return report;
 }

@@ -90,6 +90,22 @@ inline CHtmlTagItem* LiveTagAt(CHtmlTokenList& list, POSITION pos) {
   return token->GetSafeTagItemPtr();
 }
 
+// The next live tag from walk on, walk moved past it; its position in *at.
+// Null at the end.
+inline CHtmlTagItem* NextLiveTag(CHtmlTokenList& list, POSITION& walk, POSITION* at = nullptr) {
+  while (walk) {
+    const POSITION here = walk;
+    CHtmlTokenItem* token = list.GetNext(walk);
+    CHtmlTagItem* tag = token && !token->IsDiscardedToken() ? token->GetSafeTagItemPtr() : nullptr;
+    if (tag) {
+      if (at)
+        *at = here;
+      return tag;
+    }
+  }
+  return nullptr;
+}
+
 // The token's text alone, as a save would print it.
 inline CString TokenText(CHtmlTokenItem* token) {
   return token ? token->GetPrintableText(CHtmlTokenItem::emTextTokenOnly) : CString();

@@ -5,4 +5,4 @@ move x.htm y.htm
 ----
 <a href="http://example.com/x.htm">1</a><a href="mailto:me@example.com">2</a>
 <a href="javascript:go('x.htm')">3</a><a href="#x">4</a><a href="help.chm::/x.htm">5</a>
-<a href="/abs/x.htm">6</a><a href="C:\x.htm">7</a><a href="../../x.htm">8</a>
+<a href="/abs/x.htm">6</a><a href="C:\x.htm">7</a>
