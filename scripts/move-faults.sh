@@ -36,12 +36,15 @@ bad=0
 killed=0
 for ((k = 1; k < 100000; k++)); do
   rm -rf "$work/run"
-  cp -a "$project" "$work/run"
+  # Hard links are enough: a change never writes a file in place (it writes
+  # a new file and renames it), so the original stays as it was.
+  cp -al "$project" "$work/run" 2>/dev/null || cp -a "$project" "$work/run"
   # (The shell's own "Killed" notice is not wanted either.)
   status=$( { (cd "$work/run" && TELVANIX_FAULT_AFTER=$k exec "$tool" mv --root . "${args[@]}" >/dev/null 2>&1); echo $?; } 2>/dev/null)
   # A plain command after the crash completes or undoes the change.
   (cd "$work/run" && "$tool" refs --root . "${args[0]}" >/dev/null 2>&1) || true
   runs=$((runs + 1))
+  [ -n "${MOVE_FAULTS_VERBOSE:-}" ] && echo "k=$k status=$status" >&2
   if diff -r -q "$work/before" "$work/run" >/dev/null 2>&1; then
     state=before
   elif diff -r -q "$work/after" "$work/run" >/dev/null 2>&1; then
