@@ -5,6 +5,12 @@
 // out: a rule for one unknown tag would match them all.
 #include "telvanix/view/internal/browser_default_sheet.h"
 
+#include <strings.h>
+
+#include <cctype>
+#include <cstring>
+#include <string>
+
 namespace telvanix {
 
 const char kBrowserDefaultSheet[] = R"css(
@@ -60,5 +66,55 @@ const char kBrowserQuirksSheet[] = R"css(
 table { font-size: 16px; font-weight: normal; font-style: normal; text-align: left; white-space: normal }
 form { margin-bottom: 1em }
 )css";
+
+namespace {
+
+// Public identifiers of document types older than HTML 4.01, by prefix.
+constexpr const char* kQuirksPublicPrefixes[] = {
+    "-//IETF//DTD HTML",  "-//W3C//DTD HTML 3",           "-//W3C//DTD HTML 4.0 Transitional//",
+    "-//W3C//DTD HTML 4.0 Frameset//", "-//W3C//DTD HTML Experimental", "-//W3C//DTD W3 HTML//",
+    "-//W3O//DTD W3 HTML",
+};
+constexpr const char* kQuirksWithoutSystemId[] = {
+    "-//W3C//DTD HTML 4.01 Transitional//",
+    "-//W3C//DTD HTML 4.01 Frameset//",
+};
+
+bool StartsNoCase(const std::string& text, const char* prefix) {
+  return strncasecmp(text.c_str(), prefix, strlen(prefix)) == 0;
+}
+
+// The next word, or the next quoted literal without its quotes; `quoted` says
+// which it was.
+std::string NextItem(const char*& p, bool& quoted) {
+  while (*p && (isspace(static_cast<unsigned char>(*p)) != 0)) ++p;
+  quoted = *p == '"' || *p == '\'';
+  const char* begin = quoted ? ++p : p;
+  while (*p && (quoted ? *p != begin[-1] : (isspace(static_cast<unsigned char>(*p)) == 0 && *p != '>'))) ++p;
+  std::string item(begin, p);
+  if (quoted && *p) ++p;
+  return item;
+}
+
+}  // namespace
+
+int IsQuirksModeDoctype(const char* declaration) {
+  if (declaration == nullptr || strncasecmp(declaration, "<!doctype", 9) != 0) return 1;
+  const char* p = declaration + 9;
+  bool quoted = false;
+  if (strcasecmp(NextItem(p, quoted).c_str(), "html") != 0) return 1;
+  const std::string keyword = NextItem(p, quoted);
+  if (strcasecmp(keyword.c_str(), "public") != 0) return 0;
+  const std::string publicId = NextItem(p, quoted);
+  NextItem(p, quoted);
+  const bool hasSystemId = quoted;
+  for (const char* prefix : kQuirksPublicPrefixes) {
+    if (StartsNoCase(publicId, prefix)) return 1;
+  }
+  for (const char* prefix : kQuirksWithoutSystemId) {
+    if (!hasSystemId && StartsNoCase(publicId, prefix)) return 1;
+  }
+  return 0;
+}
 
 }  // namespace telvanix

@@ -15,4 +15,11 @@ extern const char kBrowserDefaultSheet[];
 // FORM keeps a blank line below it.
 extern const char kBrowserQuirksSheet[];
 
+// 1 when a page with this DOCTYPE declaration ("<!DOCTYPE ...>" as written,
+// null when the page has none) is shown in compatibility mode: no DOCTYPE, a
+// document type other than HTML, HTML 2 and 3, HTML 4.0 Transitional or
+// Frameset, and HTML 4.01 Transitional or Frameset without a system
+// identifier. HTML 4.01 with one, XHTML and "<!DOCTYPE html>" give 0.
+int IsQuirksModeDoctype(const char* declaration);
+
 }  // namespace telvanix
