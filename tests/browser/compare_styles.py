@@ -104,6 +104,8 @@ def normalise(prop, value):
         return ' '.join(words) if words else 'none'
     if prop == 'text-align':
         return TEXT_ALIGN.get(v, v)
+    if prop == 'vertical-align' and v == '-webkit-baseline-middle':
+        return 'middle'
     if prop.endswith('-width') and v in BORDER_WIDTHS:
         return BORDER_WIDTHS[v]
     m = LENGTH.match(v)
