@@ -32,6 +32,39 @@ const char* Keyword(QuickMapStringToValueItem* table, int bytes, int code) {
   return "";
 }
 
+// A family list as a browser writes it: names that are not one identifier
+// in double quotes, generic families bare, ", " between.
+CString SerializedFamilies(const CString& list) {
+  static const char* const kGeneric[] = {"serif", "sans-serif", "monospace", "cursive", "fantasy", "system-ui"};
+  CString out;
+  const char* p = list;
+  while (*p) {
+    const char* comma = p;
+    char quote = 0;
+    for (; *comma && (quote || *comma != ','); ++comma)
+      quote = quote ? (*comma == quote ? 0 : quote) : (*comma == '"' || *comma == '\'' ? *comma : 0);
+    CString name(p, static_cast<int>(comma - p));
+    name.Trim();
+    name.Remove('"');
+    name.Remove('\'');
+    name.Trim();
+    p = *comma ? comma + 1 : comma;
+    if (name.IsEmpty())
+      continue;
+    bool identifier = !(name[0] >= '0' && name[0] <= '9');
+    for (const char* c = name; *c && identifier; ++c)
+      identifier = (*c >= 'a' && *c <= 'z') || (*c >= 'A' && *c <= 'Z') || (*c >= '0' && *c <= '9') || *c == '-' ||
+                   *c == '_' || static_cast<unsigned char>(*c) >= 0x80;
+    bool generic = false;
+    for (const char* g : kGeneric)
+      generic = generic || name.CompareNoCase(g) == 0;
+    if (!out.IsEmpty())
+      out += ", ";
+    out += identifier || generic ? name : CString("\"") + name + "\"";
+  }
+  return out;
+}
+
 bool IsMonospace(const CString& family) { return family.CompareNoCase("monospace") == 0; }
 
 float WeightOf(const F& f, float parent) {
@@ -126,7 +159,7 @@ CString CHtmlTagFormat::GetComputedValue(EmProperty property) const {
       out.Format("%d", static_cast<int>(v.number));
       break;
     case kFamily:
-      out = m_strFamily;
+      out = SerializedFamilies(m_strFamily);
       break;
     default:
       out = v.keyword;
