@@ -239,9 +239,6 @@ void CCssStyleFormat::MarkSet(EmPropertyNameId id) {
     m_setFlags.set(id);
 }
 
-int CCssStyleFormat::IsPropertySet(EmPropertyNameId id) const {
-  return id >= 0 && id < kPropertyIdCapacity && m_setFlags.test(id) ? 1 : 0;
-}
 
 int CCssStyleFormat::ConcatInner(const CCssStyleFormat* other) {
   if (!other)

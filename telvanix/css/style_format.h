@@ -124,7 +124,9 @@ class TELVANIX_API CCssStyleFormat : public CRglObject, public CCssPropertyNames
                                     QuickMapStringToValueItem* table, int tableBytes);
 
   // 1 when the property (a shorthand, or any part of one) was given.
-  int IsPropertySet(EmPropertyNameId id) const;
+  int IsPropertySet(EmPropertyNameId id) const {
+    return id >= 0 && id < kPropertyIdCapacity && m_setFlags.test(static_cast<size_t>(id)) ? 1 : 0;
+  }
 
   // 1 when both formats have the same stored properties set, with equal
   // values; shorthand marks are not compared (their parts carry the value).
