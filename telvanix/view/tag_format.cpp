@@ -245,10 +245,13 @@ void CHtmlTagFormat::ComputeFont(const CCssStyleCombine& combine, const CHtmlTag
       m_pData->sizeFactor = parentFactor * factor;
     }
   }
-  if (m_pData->sizeKeyword)
-    px = (monospace ? kMonospaceKeywordPx : kKeywordPx)[m_pData->sizeKeyword - 1] * m_pData->sizeFactor;
-  m_pData->values[C::emFontSize].type = kPx;
-  m_pData->values[C::emFontSize].number = px;
+  CComputed& data = *m_pData;
+  if (data.sizeKeyword >= 1 && data.sizeKeyword <= 7) {
+    const float* table = monospace ? kMonospaceKeywordPx : kKeywordPx;
+    px = table[data.sizeKeyword - 1] * data.sizeFactor;
+  }
+  data.values[C::emFontSize].type = kPx;
+  data.values[C::emFontSize].number = px;
 }
 
 void CHtmlTagFormat::Compute(const CCssStyleCombine& combine, const CHtmlTagFormat* parent) {
