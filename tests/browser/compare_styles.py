@@ -7,7 +7,9 @@ elements and repairs of its own); elements left unaligned are counted apart.
 For every aligned element and property both values are normalised (px within
 0.01, rgb/rgba/transparent, first font family, weights as numbers, keyword
 spellings) and compared. Prints agreement per property and the disagreement
-classes with examples; exits 1 when the agreement is below --min.
+classes with examples; exits 1 when the agreement is below --min, when more
+than --max-unaligned of either side's elements are unaligned, or when a page
+fails in the browser or the tool.
 
   compare_styles.py --tool TELVANIX [--browser-json FILE] [--save-browser FILE]
                     [--list FILE] [--sample N] [--min PERCENT] [--classes N]
@@ -278,6 +280,8 @@ def main():
     ap.add_argument('--browser-json', help='reuse a recorded browser run instead of starting the browser')
     ap.add_argument('--save-browser', help='keep the browser run in this file')
     ap.add_argument('--min', type=float, default=99.0, help='agreement goal in percent (default 99)')
+    ap.add_argument('--max-unaligned', type=float, default=1.0,
+                    help='most elements of either side left unaligned, in percent (default 1)')
     ap.add_argument('--classes', type=int, default=40, help='how many classes to list')
     ap.add_argument('--json', help='write the tallies as JSON here')
     args = ap.parse_args()
@@ -318,6 +322,11 @@ def main():
     if args.json:
         with open(args.json, 'w') as f:
             json.dump(tally.as_json(), f, indent=1)
+    # Agreement over a few aligned elements would mean little.
+    unaligned = max(sum(c.values()) for c in tally.unaligned.values())
+    if unaligned > args.max_unaligned / 100.0 * (tally.elements + unaligned):
+        sys.stdout.write('too many unaligned elements: %d\n' % unaligned)
+        sys.exit(1)
     if tally.failed or share < args.min:
         sys.exit(1)
 
