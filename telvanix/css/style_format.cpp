@@ -703,14 +703,16 @@ bool ReadRgbNotation(const char* text, COLORREF& color) {
 }  // namespace
 
 int CCssStyleFormat::ReadColor(const char* text, CSttColor& color) {
+  // The colour readers take the whole text, so blanks around a name would
+  // make it no name.
+  const CString word = LowerTrimmed(text);
   CSttColor read;
-  if (!read.Assign(text))
+  if (!read.Assign(word))
     return 0;
   if (read.GetKind() != CSttColor::emColorUnknown) {
     color = read;
     return 1;
   }
-  const CString word = LowerTrimmed(text);
   COLORREF value = kNoColor;
   if (word == "transparent" || ReadRgbNotation(word, value)) {
     color.Assign(static_cast<unsigned long>(value));

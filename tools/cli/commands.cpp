@@ -6,13 +6,15 @@ extern const Command kCheckCommand;
 extern const Command kFormatCommand;
 extern const Command kPropsCommand;
 extern const Command kRoundtripCommand;
+extern const Command kStyleCommand;
 extern const Command kTagsCommand;
 extern const Command kTextCommand;
 extern const Command kTocCommand;
 
 const std::vector<Command>& AllCommands() {
   static const std::vector<Command> commands = {kCheckCommand, kTextCommand,  kPropsCommand,    kTagsCommand,
-                                                kFormatCommand, kTocCommand, kRoundtripCommand};
+                                                kFormatCommand, kTocCommand, kRoundtripCommand,
+                                                kStyleCommand};
   return commands;
 }
 

@@ -1,0 +1,450 @@
+#include "telvanix/view/html_file_view.h"
+
+#include <strings.h>
+
+#include <cstring>
+#include <string>
+#include <unordered_map>
+
+#include "telvanix/css/css_pack_ex.h"
+#include "telvanix/css/css_pack_ex_manager.h"
+#include "telvanix/css/style_collector.h"
+#include "telvanix/css/style_combine.h"
+#include "telvanix/css/style_format.h"
+#include "telvanix/css/style_property.h"
+#include "telvanix/html/entity_tree.h"
+#include "telvanix/html/tag_item.h"
+#include "telvanix/html/token_list.h"
+#include "telvanix/html/tree_node.h"
+#include "telvanix/view/internal/browser_default_sheet.h"
+#include "telvanix/view/tag_format.h"
+
+namespace telvanix {
+
+namespace {
+
+using T = CHtmlTagItem;
+using Collector = CCssStyleCollector;
+
+std::shared_ptr<const Collector::CRuleSet> CompileDefaults(const char* text) {
+  CByteString bytes;
+  bytes.Append(reinterpret_cast<const unsigned char*>(text), static_cast<int>(std::strlen(text)));
+  auto pack = std::make_unique<CCssPack>(&bytes);
+  pack->Parse();
+  return std::make_shared<Collector::CRuleSet>(std::move(pack), "", text, 1, Collector::emLevelDefault);
+}
+
+// The tag defaults, compiled once for the process.
+const std::shared_ptr<const Collector::CRuleSet>& DefaultRules() {
+  static const auto rules = CompileDefaults(kBrowserDefaultSheet);
+  return rules;
+}
+const std::shared_ptr<const Collector::CRuleSet>& QuirksRules() {
+  static const auto rules = CompileDefaults(kBrowserQuirksSheet);
+  return rules;
+}
+
+bool ContainsWordNoCase(const char* text, const char* word) {
+  if (!text)
+    return false;
+  const size_t n = std::strlen(word);
+  for (const char* p = text; *p; ++p)
+    if (strncasecmp(p, word, n) == 0)
+      return true;
+  return false;
+}
+
+// Tags that stand for no element: comments, declarations, processing
+// instructions.
+bool IsElementTag(CHtmlTagItem* tag) {
+  if (!tag || tag->IsEndTag())
+    return false;
+  const int id = tag->GetTagId();
+  if (id == T::emTagIdDoctype || id == T::emTagIdComment || id == T::emTagIdXmlDoctype || id == 0)
+    return false;
+  if (tag->IsUnknownTag()) {
+    const CString name = tag->GetTagName();
+    return !name.IsEmpty() && name[0] != '!' && name[0] != '?' && name[0] != '/';
+  }
+  return true;
+}
+
+void SplitClasses(const char* text, std::vector<std::string>& out) {
+  if (!text)
+    return;
+  const char* p = text;
+  while (*p) {
+    while (*p == ' ' || *p == '\t' || *p == '\r' || *p == '\n' || *p == '\f')
+      ++p;
+    const char* q = p;
+    while (*q && *q != ' ' && *q != '\t' && *q != '\r' && *q != '\n' && *q != '\f')
+      ++q;
+    if (q > p)
+      out.emplace_back(p, q);
+    p = q;
+  }
+}
+
+// The nearest TABLE around an element; null when none.
+const Collector::CElement* EnclosingTable(const Collector::CElement& element) {
+  for (const Collector::CElement* e = element.parent; e; e = e->parent)
+    if (e->tagId == T::emTagIdTable)
+      return e;
+  return nullptr;
+}
+
+}  // namespace
+
+// The work of one build, kept apart from the view's state.
+struct CHtmlFileView::CBuild {
+  std::vector<Collector::CElement> elements;
+  std::vector<CHtmlTokenNode*> leaves;
+  std::vector<int> parents;
+  std::unordered_map<POSITION, int> lines;
+};
+
+CHtmlFileView::CHtmlFileView(CCssPackExManager* manager) : CHtmlPack(), m_pManager(manager) {
+  if (!m_pManager) {
+    m_pOwnManager = std::make_unique<CCssPackExManager>();
+    m_pManager = m_pOwnManager.get();
+  }
+}
+
+CHtmlFileView::CHtmlFileView(const char* path, CCssPackExManager* manager) : CHtmlPack(path), m_pManager(manager) {
+  if (!m_pManager) {
+    m_pOwnManager = std::make_unique<CCssPackExManager>();
+    m_pManager = m_pOwnManager.get();
+  }
+}
+
+CHtmlFileView::CHtmlFileView(CByteString& source, const char* path, CCssPackExManager* manager)
+    : CHtmlPack(source, path), m_pManager(manager) {
+  if (!m_pManager) {
+    m_pOwnManager = std::make_unique<CCssPackExManager>();
+    m_pManager = m_pOwnManager.get();
+  }
+}
+
+CHtmlFileView::~CHtmlFileView() = default;
+
+bool CHtmlFileView::IsCurrent() {
+  if (m_bStale)
+    return false;
+  CHtmlEntityTree* tree = GetEntityTree();
+  return tree && tree->GetRootNode() == m_pBuiltRoot && GetTokenList()->GetCount() == m_nBuiltTokens;
+}
+
+int CHtmlFileView::BuildView() {
+  try {
+    if (!IsParsed() && !Parse(emParseHtmlTree))
+      return 0;
+    if (!GetEntityTree() || !GetEntityTree()->GetRootNode())
+      if (!RebuildEntityTree())
+        return 0;
+    if (IsCurrent())
+      return 1;
+    return Build();
+  } catch (const std::exception&) {
+    m_arrElements.clear();
+    return 0;
+  }
+}
+
+int CHtmlFileView::Build() {
+  m_arrElements.clear();
+  m_arrRecords.clear();
+  m_arrSheetErrors.RemoveAll();
+  CHtmlTokenList* list = GetTokenList();
+  CHtmlEntityTree* tree = GetEntityTree();
+  if (!list || !tree || !tree->GetRootNode())
+    return 0;
+  CBuild build;
+
+  // Lines of the tokens, and what the head says: DOCTYPE, sheets, BODY link.
+  Collector collector;
+  collector.AddRuleSet(DefaultRules());
+  const char* doctype = nullptr;
+  CString doctypeText;
+  bool sawDoctype = false;
+  int line = 1;
+  build.lines.reserve(static_cast<size_t>(list->GetCount()));
+  struct CSheetRef {
+    bool block;
+    CString text;
+    int line;
+  };
+  std::vector<CSheetRef> sheets;
+  bool inStyle = false;
+  CString styleText;
+  int styleLine = 0;
+  for (POSITION pos = list->GetHeadPosition(); pos;) {
+    const POSITION here = pos;
+    CHtmlTokenItem* token = list->GetNext(pos);
+    if (!token)
+      continue;
+    build.lines.emplace(here, line);
+    const DWORD flags = token->GetTokenFlag();
+    const bool fromSource = !(flags & (CHtmlTokenItem::emTokenInserted | CHtmlTokenItem::emTokenRecoveryInserted));
+    if (fromSource) {
+      const unsigned char* data = token->GetOriginalData();
+      const int length = token->GetOriginalLength() + token->GetIndentAfterLength();
+      for (int i = 0; data && i < length; ++i)
+        line += data[i] == '\n';
+    }
+    if (token->IsDiscardedToken())
+      continue;
+    if (inStyle) {
+      if (token->IsTagToken()) {
+        inStyle = false;
+        sheets.push_back({true, styleText, styleLine});
+      } else {
+        styleText += token->GetOriginalString();
+        continue;
+      }
+    }
+    if (!token->IsTagToken())
+      continue;
+    CHtmlTagItem* tag = static_cast<CHtmlTagItem*>(token);
+    const int id = tag->GetTagId();
+    if (id == T::emTagIdDoctype && !sawDoctype) {
+      sawDoctype = true;
+      doctypeText = token->GetOriginalString();
+      doctype = doctypeText;
+    } else if (id == T::emTagIdStyle) {
+      const char* type = tag->GetAttributeValue("type");
+      const char* media = tag->GetAttributeValue("media");
+      if ((!type || !*type || ContainsWordNoCase(type, "css")) &&
+          (!media || !*media || ContainsWordNoCase(media, "screen") || ContainsWordNoCase(media, "all"))) {
+        inStyle = true;
+        styleText.Empty();
+        styleLine = line;
+      }
+    } else if (id == T::emTagIdLink) {
+      const char* rel = tag->GetAttributeValue("rel");
+      const char* href = tag->GetAttributeValue("href");
+      const char* media = tag->GetAttributeValue("media");
+      if (rel && href && *href && ContainsWordNoCase(rel, "stylesheet") && !ContainsWordNoCase(rel, "alternate") &&
+          (!media || !*media || ContainsWordNoCase(media, "screen") || ContainsWordNoCase(media, "all"))) {
+        CString name(href, static_cast<int>(std::strcspn(href, "?#")));
+        sheets.push_back({false, GetFilePathName(name), 0});
+      }
+    }
+  }
+  if (inStyle)
+    sheets.push_back({true, styleText, styleLine});
+  m_bQuirks = IsQuirksModeDoctype(doctype) != 0;
+  if (m_bQuirks)
+    collector.AddRuleSet(QuirksRules());
+  collector.SetQuirksMode(m_bQuirks);
+  for (const CSheetRef& sheet : sheets) {
+    if (sheet.block)
+      m_pManager->AddStyleBlock(GetPathName(), sheet.text, sheet.line, collector, m_arrSheetErrors);
+    else if (sheet.text.IsEmpty())
+      m_arrSheetErrors.Add("a linked stylesheet of a page without a path");
+    else
+      m_pManager->AddSheet(sheet.text, collector, m_arrSheetErrors);
+  }
+
+  // The elements in document order, walked without recursion.
+  struct CStep {
+    CHtmlEntityNode* node;
+    POSITION child;
+    int element;  // its index, -1 for the root
+    int lastChild;
+  };
+  std::vector<CStep> stack;
+  stack.push_back({tree->GetRootNode(), tree->GetRootNode()->GetFirstChildPosition(), -1, -1});
+  auto addElement = [&](CHtmlTokenNode* leaf, int parent, int& previous) -> int {
+    CHtmlTagItem* tag = leaf->GetTagItem(list);
+    if (!IsElementTag(tag))
+      return -1;
+    Collector::CElement e;
+    e.tagId = tag->GetTagId();
+    e.tag = tag;
+    if (const char* id = tag->GetAttributeValue("id"))
+      e.id = id;
+    SplitClasses(tag->GetAttributeValue("class"), e.classes);
+    e.link = e.tagId == T::emTagIdA && tag->GetAttributeValue("href") != nullptr;
+    const int index = static_cast<int>(build.elements.size());
+    build.elements.push_back(std::move(e));
+    build.leaves.push_back(leaf);
+    build.parents.push_back(parent);
+    build.parents.push_back(previous);  // parents[2i], previous[2i+1]
+    previous = index;
+    return index;
+  };
+  while (!stack.empty()) {
+    CStep& step = stack.back();
+    if (!step.child) {
+      stack.pop_back();
+      continue;
+    }
+    CHtmlTreeNode* child = step.node->GetNextChild(step.child);
+    if (!child)
+      continue;
+    if (child->IsEntityNode()) {
+      auto* element = static_cast<CHtmlEntityNode*>(child);
+      CHtmlTokenNode* start = element->GetStartTagNode();
+      int index = -1;
+      if (start)
+        index = addElement(start, step.element, step.lastChild);
+      CStep next{element, element->GetFirstChildPosition(), index >= 0 ? index : step.element, -1};
+      if (start)
+        element->GetNextChild(next.child);  // the start leaf is the element itself
+      if (index < 0)
+        next.lastChild = step.lastChild;  // an element of no tag: its children stand for it
+      stack.push_back(next);
+    } else {
+      auto* leaf = static_cast<CHtmlTokenNode*>(child);
+      if (leaf->IsTagNode() && leaf != step.node->GetStartTagNode())
+        addElement(leaf, step.element, step.lastChild);
+    }
+  }
+  // Links between the element records, now that the vector stays put.
+  const int count = static_cast<int>(build.elements.size());
+  for (int i = 0; i < count; ++i) {
+    const int parent = build.parents[2 * i];
+    const int previous = build.parents[2 * i + 1];
+    build.elements[i].parent = parent >= 0 ? &build.elements[parent] : nullptr;
+    build.elements[i].previous = previous >= 0 ? &build.elements[previous] : nullptr;
+  }
+
+  // BODY link colours links over the tag defaults.
+  CCssStyleFormat linkFormat;
+  for (const Collector::CElement& e : build.elements)
+    if (e.tagId == T::emTagIdBody) {
+      if (const char* link = e.tag->GetAttributeValue("link"))
+        linkFormat.AnalyseCssProperty("color", link);
+      break;
+    }
+
+  // Each element after its parent: collect, combine, compute.
+  std::vector<Collector::CMatch> matches;
+  CCssStyleCombine combine;
+  CCssStyleFormat attributes, inlineNormal, inlineImportant;
+  m_arrElements.reserve(static_cast<size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    const Collector::CElement& e = build.elements[i];
+    matches.clear();
+    collector.Collect(e, matches);
+    if (e.link && !linkFormat.IsDefault()) {
+      Collector::CMatch m;
+      m.format = &linkFormat;
+      m.level = Collector::emLevelDefaultLink;
+      matches.push_back(m);
+    }
+    // Presentational attributes, and what a table's attributes give its cells.
+    attributes.Default();
+    unsigned int cursor = 0;
+    const char* value = nullptr;
+    for (const char* name = e.tag->GetFirstAttribute(cursor, value); name;
+         name = e.tag->GetNextAttribute(cursor, value))
+      if (value && strcasecmp(name, "style") != 0 && strcasecmp(name, "class") != 0 && strcasecmp(name, "id") != 0)
+        attributes.AnalyseHtmlAttribute(e.tagId, name, value);
+    if (e.tagId == T::emTagIdTd || e.tagId == T::emTagIdTh) {
+      if (const Collector::CElement* table = EnclosingTable(e)) {
+        const char* border = table->tag->GetAttributeValue("border");
+        if (border && (!*border || std::atoi(border) > 0)) {
+          attributes.AnalyseCssProperty("border", "1px inset");
+        }
+        if (const char* padding = table->tag->GetAttributeValue("cellpadding")) {
+          CString px;
+          px.Format("%dpx", std::atoi(padding) < 0 ? 0 : std::atoi(padding));
+          attributes.AnalyseCssProperty("padding", px);
+        }
+      }
+    }
+    if (!attributes.IsDefault()) {
+      Collector::CMatch m;
+      m.format = &attributes;
+      m.level = Collector::emLevelAttribute;
+      matches.push_back(m);
+    }
+    // The style attribute: normal and !important declarations apart.
+    if (const char* style = e.tag->GetAttributeValue("style")) {
+      inlineNormal.Default();
+      inlineImportant.Default();
+      Collector::CInheritMask inheritNormal, inheritImportant;
+      CCssStyleProperty properties;
+      properties.Analyse(reinterpret_cast<unsigned char*>(const_cast<char*>(style)));
+      int index = 0;
+      properties.GetFirstPropertyPair(index);
+      while (const CCssStyleProperty::CPropertyPair* pair = properties.GetNextPropertyPair(index)) {
+        CString v = pair->GetValue();
+        const int bang = v.ReverseFind('!');
+        if (bang >= 0) {
+          CString rest = v.Mid(bang + 1);
+          rest.Trim();
+          if (rest.CompareNoCase("important") == 0) {
+            if (!Collector::ReadInheritDeclaration(pair->GetName(), v.Left(bang), inheritImportant))
+              inlineImportant.AnalyseCssProperty(pair->GetName(), v.Left(bang));
+            continue;
+          }
+        }
+        if (!Collector::ReadInheritDeclaration(pair->GetName(), v, inheritNormal))
+          inlineNormal.AnalyseCssProperty(pair->GetName(), v);
+      }
+      Collector::CMatch m;
+      m.format = &inlineNormal;
+      m.inherit = inheritNormal;
+      m.level = Collector::emLevelInline;
+      matches.push_back(m);
+      m.format = &inlineImportant;
+      m.inherit = inheritImportant;
+      m.level = Collector::emLevelInlineImportant;
+      matches.push_back(m);
+    }
+    combine.Combine(matches, m_bQuirks);
+    auto* format = new CHtmlTagFormat();
+    const int parent = build.parents[2 * i];
+    format->SetTagName(e.tag->GetTagName());
+    auto found = build.lines.find(build.leaves[i]->GetTokenPosition());
+    format->SetLine(found == build.lines.end() ? 0 : found->second);
+    format->Compute(combine,
+                    parent >= 0 ? static_cast<CHtmlTagFormat*>(build.leaves[parent]->GetTagFormat()) : nullptr);
+    build.leaves[i]->SetTagFormat(format);
+    m_arrElements.push_back(build.leaves[i]);
+  }
+  m_arrRecords = std::move(build.elements);
+  m_bStale = false;
+  m_pBuiltRoot = tree->GetRootNode();
+  m_nBuiltTokens = list->GetCount();
+  return 1;
+}
+
+int CHtmlFileView::GetElementCount() {
+  BuildView();
+  return static_cast<int>(m_arrElements.size());
+}
+
+CHtmlTokenNode* CHtmlFileView::GetElementNode(int index) {
+  BuildView();
+  return index >= 0 && index < static_cast<int>(m_arrElements.size()) ? m_arrElements[index] : nullptr;
+}
+
+CHtmlTagFormat* CHtmlFileView::GetTagFormat(int index) {
+  CHtmlTokenNode* node = GetElementNode(index);
+  return node ? static_cast<CHtmlTagFormat*>(node->GetTagFormat()) : nullptr;
+}
+
+CHtmlTagFormat* CHtmlFileView::GetTagFormat(POSITION pos) {
+  BuildView();
+  for (CHtmlTokenNode* node : m_arrElements)
+    if (node->GetTokenPosition() == pos)
+      return static_cast<CHtmlTagFormat*>(node->GetTagFormat());
+  return nullptr;
+}
+
+int CHtmlFileView::IsElementSelected(int index, const char* selector) {
+  BuildView();
+  if (index < 0 || index >= static_cast<int>(m_arrRecords.size()))
+    return 0;
+  return CCssStyleCollector::MatchesSelector(selector, m_arrRecords[index], m_bQuirks);
+}
+
+int CHtmlFileView::IsQuirksMode() {
+  BuildView();
+  return m_bQuirks ? 1 : 0;
+}
+
+}  // namespace telvanix
