@@ -58,6 +58,12 @@ thead, tbody, tfoot, tr { vertical-align: middle }
 td, th { vertical-align: middle; vertical-align: inherit; padding: 1px }
 th { font-weight: bold; text-align: center }
 
+/* Form controls take nothing of the text around them. */
+input, select, textarea, button { color: #000000; font-family: Arial; font-size: 13.333333px; font-weight: normal; font-style: normal; text-align: left }
+textarea { font-family: monospace; white-space: pre-wrap; background-color: #ffffff; padding: 2px; border: 1px solid #767676 }
+select { background-color: #efefef; white-space: pre; border: 1px solid #767676 }
+option { padding: 0 2px 1px; white-space: nowrap }
+button { background-color: #efefef; text-align: center; padding: 1px 6px; border: 2px outset #000000 }
 fieldset { margin: 0 2px; padding: 0.35em 0.75em 0.625em; border: 2px groove #efefef }
 iframe { border: 2px inset }
 )css";
