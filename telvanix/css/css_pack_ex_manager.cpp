@@ -33,14 +33,13 @@ CCssPackExManager::CRuleSetPtr CCssPackExManager::GetRuleSet(const char* path, C
   CString resolved;
   struct stat st {};
   const bool found = LookupPath(path, resolved) && stat(resolved, &st) == 0 && S_ISREG(st.st_mode);
-  std::lock_guard<std::mutex> lock(m_mutex);
-  CEntry& entry = m_entries[path];
   if (!found) {
-    entry = CEntry();
-    entry.error = std::string(path) + ": stylesheet not found";
-    error = entry.error.c_str();
+    error = CString(path) + ": stylesheet not found";
     return nullptr;
   }
+  // Names that differ only in letter case or slashes are one sheet.
+  std::lock_guard<std::mutex> lock(m_mutex);
+  CEntry& entry = m_entries[resolved.GetString()];
   const std::int64_t mtime = static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
   if (entry.rules && entry.mtime == mtime && entry.size == st.st_size)
     return entry.rules;
@@ -58,17 +57,20 @@ CCssPackExManager::CRuleSetPtr CCssPackExManager::GetRuleSet(const char* path, C
   pack->Parse();
   entry.mtime = mtime;
   entry.size = st.st_size;
-  entry.imports = ImportsOf(*pack, path);
+  entry.imports = ImportsOf(*pack, resolved);
   entry.error.clear();
   const char* text = bytes.GetContent() ? static_cast<const char*>(bytes) : "";
-  entry.rules = std::make_shared<CCssStyleCollector::CRuleSet>(std::move(pack), path, text, 1,
+  entry.rules = std::make_shared<CCssStyleCollector::CRuleSet>(std::move(pack), resolved, text, 1,
                                                               CCssStyleCollector::emLevelAuthor);
   return entry.rules;
 }
 
 std::vector<std::string> CCssPackExManager::GetImports(const char* path) {
+  CString resolved;
+  if (!path || !LookupPath(path, resolved))
+    return {};
   std::lock_guard<std::mutex> lock(m_mutex);
-  auto it = m_entries.find(path ? path : "");
+  auto it = m_entries.find(resolved.GetString());
   return it == m_entries.end() ? std::vector<std::string>() : it->second.imports;
 }
 

@@ -459,6 +459,13 @@ int CCssStyleFormat::ReadValue(const CPropertyRow& row, const char* text, const 
     }
     case EmPropertyRead::kNumber:
       return AssignKept(*into.number, text);
+    case EmPropertyRead::kMargin:
+      // "auto" is held as 0, the margin of a block whose width is not set.
+      if (LowerTrimmed(text) == "auto") {
+        into.number->Assign("0px");
+        return 1;
+      }
+      return AssignKept(*into.number, text);
     case EmPropertyRead::kColor:
       return ReadColor(text, *into.color);
     case EmPropertyRead::kUrl:
@@ -887,8 +894,44 @@ int CCssStyleFormat::AnalyseHtmlAttribute(int tagId, const char* name, const cha
     return 0;
   CString text(value);
   TrimLeftAndRight(text);
+  const bool cell = IsTag(tagId, CHtmlTagItem::emTagIdTd) || IsTag(tagId, CHtmlTagItem::emTagIdTh);
+  if (cell && strcasecmp(name, "nowrap") == 0)
+    return ParseProperty(emPropertyWhiteSpace, "nowrap");
+  const bool hr = IsTag(tagId, CHtmlTagItem::emTagIdHr);
+  if (hr && strcasecmp(name, "noshade") == 0)
+    return ParseProperty(emPropertyBorderStyle, "solid");
   if (text.IsEmpty() && strcasecmp(name, "border") != 0)
     return 0;
+  const bool image = IsTag(tagId, CHtmlTagItem::emTagIdImg);
+  if (hr && strcasecmp(name, "color") == 0)
+    return ParseProperty(emPropertyBorderColor, text) + ParseProperty(emPropertyBackgroundColor, text) ? 1 : 0;
+  if (image && (strcasecmp(name, "hspace") == 0 || strcasecmp(name, "vspace") == 0)) {
+    if (text[0] < '0' || text[0] > '9')
+      return 0;
+    CString px;
+    px.Format("%dpx", std::atoi(text));
+    const bool h = strcasecmp(name, "hspace") == 0;
+    return ParseProperty(h ? emPropertyMarginLeft : emPropertyMarginTop, px) &
+           ParseProperty(h ? emPropertyMarginRight : emPropertyMarginBottom, px);
+  }
+  if (strcasecmp(name, "type") == 0 &&
+      (IsTag(tagId, CHtmlTagItem::emTagIdUl) || IsTag(tagId, CHtmlTagItem::emTagIdOl) ||
+       IsTag(tagId, CHtmlTagItem::emTagIdLi))) {
+    // OL numbering letters are case-sensitive; bullet names are not.
+    static const struct {
+      const char* type;
+      const char* style;
+    } kTypes[] = {{"1", "decimal"}, {"a", "lower-alpha"}, {"A", "upper-alpha"}, {"i", "lower-roman"},
+                  {"I", "upper-roman"}};
+    for (const auto& t : kTypes)
+      if (text == t.type)
+        return ParseProperty(emPropertyListStyleType, t.style);
+    CString lower = text;
+    lower.MakeLower();
+    if (lower == "disc" || lower == "circle" || lower == "square")
+      return ParseProperty(emPropertyListStyleType, lower);
+    return 0;
+  }
   const bool font = IsTag(tagId, CHtmlTagItem::emTagIdFont) || IsTag(tagId, CHtmlTagItem::emTagIdBaseFont);
   const bool body = IsTag(tagId, CHtmlTagItem::emTagIdBody);
   auto store = [&](EmPropertyNameId id, const char* css) { return ParseProperty(id, css); };
@@ -917,8 +960,12 @@ int CCssStyleFormat::AnalyseHtmlAttribute(int tagId, const char* name, const cha
   if (strcasecmp(name, "bgcolor") == 0)
     return store(emPropertyBackgroundColor, text);
   if (strcasecmp(name, "align") == 0) {
-    // Images and tables float, which the format does not hold.
-    if (IsTag(tagId, CHtmlTagItem::emTagIdImg) || IsTag(tagId, CHtmlTagItem::emTagIdTable) ||
+    // An image aligned to the line; images and tables aligned left or
+    // right float, which the format does not hold.
+    if (image && (text.CompareNoCase("top") == 0 || text.CompareNoCase("middle") == 0 ||
+                  text.CompareNoCase("bottom") == 0))
+      return ParseProperty(emPropertyVerticalAlign, text);
+    if (image || IsTag(tagId, CHtmlTagItem::emTagIdTable) ||
         IsTag(tagId, CHtmlTagItem::emTagIdObject) || IsTag(tagId, CHtmlTagItem::emTagIdApplet))
       return 0;
     EmPropertyValue align = emValueNone;

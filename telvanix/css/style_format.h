@@ -29,7 +29,8 @@
 //   colour value; an alpha of 0 is transparent); any other text is refused,
 //   so it does not replace an earlier colour; font-family keeps the whole value text; the first
 //   family, de-quoted, is available through GetFirstFontFamily.
-// - padding sides, word-spacing, letter-spacing and text-indent are lengths;
+// - a margin of "auto" is stored as 0px (what a block without a set width
+//   gets); padding sides, word-spacing, letter-spacing and text-indent are lengths;
 //   background-repeat, -attachment, -position, display and white-space keep
 //   their value text lower-cased. Identifiers outside 1..65 are not stored.
 // - One descriptor row per stored property (style_format_table.cpp) says
@@ -136,8 +137,9 @@ class TELVANIX_API CCssStyleFormat : public CRglObject, public CCssPropertyNames
   // One presentational HTML attribute of a tag (tag id as CHtmlTagItem
   // gives it) read into the format: FONT color/size/face, BASEFONT,
   // BODY bgcolor/text/background, bgcolor, align, valign, border of
-  // IMG/OBJECT/TABLE. FONT size is 1..7 or relative to 3 ("+2"), stored in
-  // px. 1 when something was stored; 0 for attributes with no style
+  // IMG/OBJECT/TABLE, nowrap of TD/TH, IMG hspace/vspace and align
+  // top/middle/bottom, HR color/noshade, UL/OL/LI type. FONT size is 1..7
+  // or relative to 3 ("+2"), stored in px. 1 when something was stored; 0 for attributes with no style
   // meaning here (width, height, link...) and for unreadable values.
   int AnalyseHtmlAttribute(int tagId, const char* name, const char* value);
 

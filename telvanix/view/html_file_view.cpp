@@ -138,7 +138,9 @@ int CHtmlFileView::BuildView() {
   try {
     if (!IsParsed() && !Parse(emParseHtmlTree))
       return 0;
-    if (!GetEntityTree() || !GetEntityTree()->GetRootNode())
+    // Tokens inserted or removed since the last build leave the tree stale.
+    const bool listChanged = m_nBuiltTokens >= 0 && GetTokenList()->GetCount() != m_nBuiltTokens;
+    if (!GetEntityTree() || !GetEntityTree()->GetRootNode() || listChanged)
       if (!RebuildEntityTree())
         return 0;
     if (IsCurrent())
@@ -433,6 +435,16 @@ CHtmlTagFormat* CHtmlFileView::GetTagFormat(POSITION pos) {
     if (node->GetTokenPosition() == pos)
       return static_cast<CHtmlTagFormat*>(node->GetTagFormat());
   return nullptr;
+}
+
+int CHtmlFileView::SetElementAttribute(int index, const char* name, const char* value) {
+  CHtmlTokenNode* node = GetElementNode(index);
+  CHtmlTagItem* tag = node ? node->GetTagItem(GetTokenList()) : nullptr;
+  if (!tag || !name)
+    return 0;
+  const int done = value ? tag->SetAttribute(name, value) : tag->DeleteAttribute(name);
+  m_bStale = true;
+  return done;
 }
 
 int CHtmlFileView::IsElementSelected(int index, const char* selector) {

@@ -10,9 +10,10 @@
 // given none makes its own. A sheet that cannot be read is listed in
 // GetSheetErrors and left out.
 //
-// The view is built on first use and again after the page changed: when
-// the token list or its tree is not the one the view was built on, or after
-// InvalidateView (call it after editing a token in place).
+// The view is built on first use and again after the page changed: after
+// SetElementAttribute, when tokens were inserted or removed (the tree is
+// then rebuilt too) or the tree was rebuilt, or after InvalidateView (call
+// it after editing a token in place by other means).
 #pragma once
 
 #include <memory>
@@ -45,6 +46,10 @@ class TELVANIX_API CHtmlFileView : public CHtmlPack {
   int BuildView();
   // The next query rebuilds the view.
   void InvalidateView() { m_bStale = true; }
+  // Sets (or, for a null value, deletes) an attribute of an element's
+  // start tag ("style", "class", "color"...); the view is rebuilt on the
+  // next query. 0 for an index out of range.
+  int SetElementAttribute(int index, const char* name, const char* value);
 
   // Elements in document order (HTML and HEAD included); built on demand.
   int GetElementCount();

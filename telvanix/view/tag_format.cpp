@@ -21,6 +21,8 @@ constexpr COLORREF kTransparent = 0xFF000000;
 constexpr float kKeywordPx[7] = {9, 10, 13, 16, 18, 24, 32};
 constexpr float kMonospaceKeywordPx[7] = {9, 9, 10, 13, 15, 20, 26};
 constexpr int kMediumKeyword = 4;
+// The x-height of the default serif face, as a share of the font size.
+constexpr float kExRatio = 0.458984375f;
 
 const char* Keyword(QuickMapStringToValueItem* table, int bytes, int code) {
   const int rows = bytes / static_cast<int>(sizeof(QuickMapStringToValueItem));
@@ -28,6 +30,39 @@ const char* Keyword(QuickMapStringToValueItem* table, int bytes, int code) {
     if (table[i].nValue == code)
       return table[i].pszKey;
   return "";
+}
+
+// A family list as a browser writes it: names that are not one identifier
+// in double quotes, generic families bare, ", " between.
+CString SerializedFamilies(const CString& list) {
+  static const char* const kGeneric[] = {"serif", "sans-serif", "monospace", "cursive", "fantasy", "system-ui"};
+  CString out;
+  const char* p = list;
+  while (*p) {
+    const char* comma = p;
+    char quote = 0;
+    for (; *comma && (quote || *comma != ','); ++comma)
+      quote = quote ? (*comma == quote ? 0 : quote) : (*comma == '"' || *comma == '\'' ? *comma : 0);
+    CString name(p, static_cast<int>(comma - p));
+    name.Trim();
+    name.Remove('"');
+    name.Remove('\'');
+    name.Trim();
+    p = *comma ? comma + 1 : comma;
+    if (name.IsEmpty())
+      continue;
+    bool identifier = !(name[0] >= '0' && name[0] <= '9');
+    for (const char* c = name; *c && identifier; ++c)
+      identifier = (*c >= 'a' && *c <= 'z') || (*c >= 'A' && *c <= 'Z') || (*c >= '0' && *c <= '9') || *c == '-' ||
+                   *c == '_' || static_cast<unsigned char>(*c) >= 0x80;
+    bool generic = false;
+    for (const char* g : kGeneric)
+      generic = generic || name.CompareNoCase(g) == 0;
+    if (!out.IsEmpty())
+      out += ", ";
+    out += identifier || generic ? name : CString("\"") + name + "\"";
+  }
+  return out;
 }
 
 bool IsMonospace(const CString& family) { return family.CompareNoCase("monospace") == 0; }
@@ -124,7 +159,7 @@ CString CHtmlTagFormat::GetComputedValue(EmProperty property) const {
       out.Format("%d", static_cast<int>(v.number));
       break;
     case kFamily:
-      out = m_strFamily;
+      out = SerializedFamilies(m_strFamily);
       break;
     default:
       out = v.keyword;
@@ -143,7 +178,7 @@ float CHtmlTagFormat::LengthPx(const CSttNumber& number, float fontSize, bool& p
     case CSttNumber::emUnitCm: return n * 96.0f / 2.54f;
     case CSttNumber::emUnitMm: return n * 96.0f / 25.4f;
     case CSttNumber::emUnitEm: return n * fontSize;
-    case CSttNumber::emUnitEx: return n * fontSize * 0.5f;
+    case CSttNumber::emUnitEx: return n * fontSize * kExRatio;
     case CSttNumber::emUnitPercent:
       percent = true;
       return n;
@@ -164,33 +199,43 @@ void CHtmlTagFormat::ComputeFont(const CCssStyleCombine& combine, const CHtmlTag
 
   const C::CWinner& size = combine.GetWinner(C::emFontSize);
   const float parentSize = parent ? parent->GetFontSizePx() : kKeywordPx[kMediumKeyword - 1];
+  // A size that comes from a keyword, through any em and % steps, keeps
+  // the keyword and the factor, so that a monospace family can resize it.
   const int parentKeyword = parent ? parent->m_nSizeKeyword : kMediumKeyword;
+  const float parentFactor = parent ? parent->m_fSizeFactor : 1.0f;
   float px = parentSize;
-  m_nSizeKeyword = 0;
-  if (!size.format) {
-    m_nSizeKeyword = parentKeyword;
-  } else {
+  m_nSizeKeyword = parentKeyword;
+  m_fSizeFactor = parentFactor;
+  if (size.format) {
     const N::EmPropertyValue code = size.format->GetFontSizeValue();
+    const CSttNumber& n = size.format->GetFontSize();
+    float factor = 0;  // a multiple of the parent's size, 0 for an absolute size
     if (code >= N::emFontSizeXXSmall && code <= N::emFontSizeXXLarge) {
       m_nSizeKeyword = code;
+      m_fSizeFactor = 1;
     } else if (code == N::emFontSizeLarger) {
-      px = parentSize * 1.2f;
+      factor = 1.2f;
     } else if (code == N::emFontSizeSmaller) {
-      px = parentSize / 1.2f;
+      factor = 1 / 1.2f;
     } else if (!parent && size.origin == C::emOriginDefault) {
       m_nSizeKeyword = kMediumKeyword;  // the root's default size is the medium keyword's
+      m_fSizeFactor = 1;
+    } else if (n.GetUnitType() == CSttNumber::emUnitEm) {
+      factor = n.GetNumEx();
+    } else if (n.GetUnitType() == CSttNumber::emUnitPercent) {
+      factor = n.GetNumEx() / 100.0f;
     } else {
       bool percent = false;
-      const CSttNumber& n = size.format->GetFontSize();
-      px = n.GetUnitType() == CSttNumber::emUnitEm || n.GetUnitType() == CSttNumber::emUnitEx
-               ? LengthPx(n, parentSize, percent)
-               : LengthPx(n, parentSize, percent);
-      if (percent)
-        px = parentSize * px / 100.0f;
+      px = LengthPx(n, parentSize, percent);
+      m_nSizeKeyword = 0;
+    }
+    if (factor != 0) {
+      px = parentSize * factor;
+      m_fSizeFactor = parentFactor * factor;
     }
   }
   if (m_nSizeKeyword)
-    px = (monospace ? kMonospaceKeywordPx : kKeywordPx)[m_nSizeKeyword - 1];
+    px = (monospace ? kMonospaceKeywordPx : kKeywordPx)[m_nSizeKeyword - 1] * m_fSizeFactor;
   m_tValues[C::emFontSize].type = kPx;
   m_tValues[C::emFontSize].number = px;
 }

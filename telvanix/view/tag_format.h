@@ -73,6 +73,7 @@ class TELVANIX_API CHtmlTagFormat : public CRglObject {
   // inherited while no other size is given; 0 when it is no keyword's. A
   // browser sizes keyword text in a monospace family smaller.
   int m_nSizeKeyword = 0;
+  float m_fSizeFactor = 1;  // the em and % steps since that keyword
 };
 
 }  // namespace telvanix

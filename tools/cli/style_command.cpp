@@ -57,7 +57,7 @@ int Run(const std::vector<std::string>& args) {
   const std::string selector = selecting ? cl.Values("select").front() : std::string();
   const UINT codePage = view.GetPageCodePage();
   const bool json = cl.Has("json");
-  nlohmann::json elements = nlohmann::json::array();
+  nlohmann::ordered_json elements = nlohmann::ordered_json::array();
   std::string text;
   const int count = view.GetElementCount();
   for (int i = 0; i < count; ++i) {
@@ -66,8 +66,8 @@ int Run(const std::vector<std::string>& args) {
     const CHtmlTagFormat* format = view.GetTagFormat(i);
     if (!format)
       continue;
-    nlohmann::json computed = nlohmann::json::object();
-    nlohmann::json origin = nlohmann::json::object();
+    nlohmann::ordered_json computed = nlohmann::ordered_json::object();
+    nlohmann::ordered_json origin = nlohmann::ordered_json::object();
     char head[64];
     std::snprintf(head, sizeof head, "%d ", format->GetLine());
     text += head + AttributeValueToUtf8(format->GetTagName(), codePage) + "\n";
@@ -87,8 +87,8 @@ int Run(const std::vector<std::string>& args) {
                           {"origin", std::move(origin)}});
   }
   if (json) {
-    nlohmann::json out = {{"file", FileNameToUtf8(path)}, {"elements", std::move(elements)}};
-    std::printf("%s\n", out.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+    nlohmann::ordered_json out = {{"file", FileNameToUtf8(path)}, {"elements", std::move(elements)}};
+    std::printf("%s\n", out.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
   } else {
     std::fputs(text.c_str(), stdout);
   }

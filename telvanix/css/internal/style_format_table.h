@@ -14,6 +14,7 @@ enum class EmPropertyRead : unsigned char {
   kKeywordOrNumber,  // a keyword, else a number (code emValueNumber); a keyword clears the number
   kKeywordKeepsNumber,  // as kKeywordOrNumber, but a keyword leaves the number as it was
   kNumber,           // CSttNumber::Assign; a rejected text keeps the earlier value
+  kMargin,           // as kNumber; "auto" reads as 0px
   kColor,            // a colour (CCssStyleFormat::ReadColor); other text keeps the earlier value
   kUrl,              // CSttUrl::Assign, likewise
   kLowerText,        // the text trimmed and lower-cased; empty counts as not read
