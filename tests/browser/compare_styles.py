@@ -170,12 +170,15 @@ def run_tool(tool, page):
                               stderr=subprocess.PIPE, timeout=120)
     except subprocess.TimeoutExpired:
         return None, 'timed out'
-    if proc.returncode != 0:
-        return None, (proc.stderr.decode('utf-8', 'replace').strip() or 'exit %d' % proc.returncode)
+    # Status 1 with a whole view on stdout is a page whose problems (a sheet
+    # that cannot be read) were reported; anything else without one failed.
+    message = proc.stderr.decode('utf-8', 'replace').strip() or 'exit %d' % proc.returncode
+    if proc.returncode not in (0, 1):
+        return None, message
     try:
         return json.loads(proc.stdout.decode('utf-8', 'replace')), None
     except ValueError as e:
-        return None, 'unreadable JSON: %s' % e
+        return None, message if proc.returncode else 'unreadable JSON: %s' % e
 
 
 def tool_value(computed, prop):
