@@ -33,10 +33,19 @@ hr { color: #808080; margin: 0.5em 0; border: 1px inset }
 
 ul, menu, dir { list-style-type: disc; margin: 1em 0; padding-left: 40px }
 ol { list-style-type: decimal; margin: 1em 0; padding-left: 40px }
-ul ul, ul ol, ul menu, ul dir, ol ul, ol ol, ol menu, ol dir { margin-top: 0; margin-bottom: 0 }
-menu ul, menu ol, dir ul, dir ol { margin-top: 0; margin-bottom: 0 }
-ul ul, ol ul, menu ul, dir ul { list-style-type: circle }
-ul ul ul, ul ol ul, ol ul ul, ol ol ul { list-style-type: square }
+/* Lists inside lists: no margins; markers by depth of unordered lists. */
+ul ul, ul ol, ul dir, ul menu, ul dl, ol ul, ol ol, ol dir, ol menu, ol dl, dir ul, dir ol,
+dir dir, dir menu, dir dl, menu ul, menu ol, menu dir, menu menu, menu dl, dl ul, dl ol,
+dl dir, dl menu, dl dl { margin-top: 0; margin-bottom: 0 }
+ul ul, ul dir, ul menu, ol ul, ol dir, ol menu, dir ul, dir dir, dir menu, menu ul, menu dir,
+menu menu { list-style-type: circle }
+ul ul ul, ul ul dir, ul ul menu, ul ol ul, ul ol dir, ul ol menu, ul dir ul, ul dir dir,
+ul dir menu, ul menu ul, ul menu dir, ul menu menu, ol ul ul, ol ul dir, ol ul menu, ol ol ul,
+ol ol dir, ol ol menu, ol dir ul, ol dir dir, ol dir menu, ol menu ul, ol menu dir,
+ol menu menu, dir ul ul, dir ul dir, dir ul menu, dir ol ul, dir ol dir, dir ol menu,
+dir dir ul, dir dir dir, dir dir menu, dir menu ul, dir menu dir, dir menu menu, menu ul ul,
+menu ul dir, menu ul menu, menu ol ul, menu ol dir, menu ol menu, menu dir ul, menu dir dir,
+menu dir menu, menu menu ul, menu menu dir, menu menu menu { list-style-type: square }
 
 pre, xmp, listing, plaintext { font-family: monospace; white-space: pre; margin: 1em 0 }
 tt, code, kbd, samp { font-family: monospace }
@@ -58,6 +67,14 @@ thead, tbody, tfoot, tr { vertical-align: middle }
 td, th { vertical-align: middle; vertical-align: inherit; padding: 1px }
 th { font-weight: bold; text-align: center }
 
+/* Form controls take nothing of the text around them; an INPUT is a text field
+   unless its type says otherwise, which a tag rule cannot tell. */
+input, select, textarea, button { color: #000000; font-family: Arial; font-size: 13.333333px; font-weight: normal; font-style: normal; text-align: left }
+textarea { font-family: monospace; white-space: pre-wrap; background-color: #ffffff; padding: 2px; border: 1px solid #767676 }
+select { background-color: #efefef; white-space: pre; border: 1px solid #767676 }
+input { background-color: #ffffff; padding: 1px 2px; border: 2px inset #767676 }
+option { padding: 0 2px 1px; white-space: nowrap }
+button { background-color: #efefef; text-align: center; padding: 1px 6px; border: 2px outset #000000 }
 fieldset { margin: 0 2px; padding: 0.35em 0.75em 0.625em; border: 2px groove #efefef }
 iframe { border: 2px inset }
 )css";

@@ -7,7 +7,9 @@ elements and repairs of its own); elements left unaligned are counted apart.
 For every aligned element and property both values are normalised (px within
 0.01, rgb/rgba/transparent, first font family, weights as numbers, keyword
 spellings) and compared. Prints agreement per property and the disagreement
-classes with examples; exits 1 when the agreement is below --min.
+classes with examples; exits 1 when the agreement is below --min, when more
+than --max-unaligned of either side's elements are unaligned, or when a page
+fails in the browser or the tool.
 
   compare_styles.py --tool TELVANIX [--browser-json FILE] [--save-browser FILE]
                     [--list FILE] [--sample N] [--min PERCENT] [--classes N]
@@ -61,6 +63,9 @@ WEIGHTS = {'normal': 400, 'bold': 700, 'lighter': 100, 'bolder': 900}
 TEXT_ALIGN = {'start': 'left', 'end': 'right', '-webkit-left': 'left', '-webkit-right': 'right',
               '-webkit-center': 'center', '-internal-center': 'center', 'middle': 'center'}
 DECORATIONS = ('underline', 'overline', 'line-through', 'blink')
+# Elements a browser's parser inserts where the markup leaves them implied;
+# the page's own tree need not hold them, so they do not count as unaligned.
+IMPLIED = {'TBODY', 'HTML', 'HEAD', 'BODY'}
 LENGTH = re.compile(r'^([+-]?(?:\d+\.?\d*|\.\d+)(?:e[+-]?\d+)?)(px)?$')
 RGB = re.compile(r'^rgba?\(\s*([\d.]+)[,\s]+([\d.]+)[,\s]+([\d.]+)(?:[,\s/]+([\d.]+%?))?\s*\)$')
 
@@ -165,12 +170,15 @@ def run_tool(tool, page):
                               stderr=subprocess.PIPE, timeout=120)
     except subprocess.TimeoutExpired:
         return None, 'timed out'
-    if proc.returncode != 0:
-        return None, (proc.stderr.decode('utf-8', 'replace').strip() or 'exit %d' % proc.returncode)
+    # Status 1 with a whole view on stdout is a page whose problems (a sheet
+    # that cannot be read) were reported; anything else without one failed.
+    message = proc.stderr.decode('utf-8', 'replace').strip() or 'exit %d' % proc.returncode
+    if proc.returncode not in (0, 1):
+        return None, message
     try:
         return json.loads(proc.stdout.decode('utf-8', 'replace')), None
     except ValueError as e:
-        return None, 'unreadable JSON: %s' % e
+        return None, message if proc.returncode else 'unreadable JSON: %s' % e
 
 
 def tool_value(computed, prop):
@@ -278,6 +286,8 @@ def main():
     ap.add_argument('--browser-json', help='reuse a recorded browser run instead of starting the browser')
     ap.add_argument('--save-browser', help='keep the browser run in this file')
     ap.add_argument('--min', type=float, default=99.0, help='agreement goal in percent (default 99)')
+    ap.add_argument('--max-unaligned', type=float, default=1.0,
+                    help='most elements of either side left unaligned, in percent (default 1)')
     ap.add_argument('--classes', type=int, default=40, help='how many classes to list')
     ap.add_argument('--json', help='write the tallies as JSON here')
     args = ap.parse_args()
@@ -318,6 +328,12 @@ def main():
     if args.json:
         with open(args.json, 'w') as f:
             json.dump(tally.as_json(), f, indent=1)
+    # Agreement over a few aligned elements would mean little.
+    unaligned = max(sum(n for tag, n in c.items() if side == 'tool' or tag not in IMPLIED)
+                    for side, c in tally.unaligned.items())
+    if unaligned > args.max_unaligned / 100.0 * (tally.elements + unaligned):
+        sys.stdout.write('too many unaligned elements: %d\n' % unaligned)
+        sys.exit(1)
     if tally.failed or share < args.min:
         sys.exit(1)
 

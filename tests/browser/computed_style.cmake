@@ -9,7 +9,7 @@ if(NOT TELVANIX_NODE OR NOT TELVANIX_PYTHON3 OR NOT TARGET telvanix_tool)
 endif()
 set(_compare ${TELVANIX_PYTHON3} ${CMAKE_CURRENT_SOURCE_DIR}/compare_styles.py
   --tool $<TARGET_FILE:telvanix_tool> --classes 15)
-set(_pages ${PROJECT_SOURCE_DIR}/samples/lantern)
+set(_pages ${PROJECT_SOURCE_DIR}/samples/lantern ${CMAKE_CURRENT_SOURCE_DIR}/computed_style_pages)
 if(EXISTS ${PROJECT_SOURCE_DIR}/tests/data/view)
   list(APPEND _pages ${PROJECT_SOURCE_DIR}/tests/data/view)
 endif()

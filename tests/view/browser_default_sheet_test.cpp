@@ -6,13 +6,10 @@
 #include <string>
 
 #include "telvanix/css/css_pack.h"
-#include "telvanix/css/css_selector.h"
 #include "telvanix/css/style_format.h"
-#include "telvanix/css/style_property.h"
 #include "telvanix/html/tag_item.h"
 
 namespace telvanix {
-namespace {
 
 // A typo would silently drop a default: every rule must name known tags only
 // and have each declaration read by the style format ("inherit" is the view's).
@@ -47,5 +44,4 @@ TEST(BrowserDefaultSheetTest, QuirksModeFollowsTheDoctype) {
     EXPECT_EQ(IsQuirksModeDoctype(standard), 0) << standard;
 }
 
-}  // namespace
 }  // namespace telvanix
