@@ -140,7 +140,8 @@ class TELVANIX_API CCssStyleFormat : public CRglObject, public CCssPropertyNames
   // gives it) read into the format: FONT color/size/face, BASEFONT,
   // BODY bgcolor/text/background, bgcolor, align, valign, border of
   // IMG/OBJECT/TABLE, nowrap of TD/TH, IMG hspace/vspace and align
-  // top/middle/bottom, HR color/noshade, UL/OL/LI type. FONT size is 1..7
+  // top/middle/bottom, HR color/noshade/size, UL/OL/LI type, INPUT type
+  // (controls without a field box, buttons). FONT size is 1..7
   // or relative to 3 ("+2"), stored in px. 1 when something was stored; 0 for attributes with no style
   // meaning here (width, height, link...) and for unreadable values.
   int AnalyseHtmlAttribute(int tagId, const char* name, const char* value);

@@ -91,7 +91,7 @@ void SplitClasses(const char* text, std::vector<std::string>& out) {
 // Attribute names AnalyseHtmlAttribute reads (and a few it refuses), so
 // that the many others (href, name, onclick...) cost one look at a byte.
 bool IsPresentationalName(const char* name) {
-  static const char* const kNames[] = {"color", "face",  "size",   "text",   "background", "bgcolor", "align",
+  static const char* const kNames[] = {"color",  "face",   "size",   "text",    "background", "bgcolor", "align",
                                        "valign", "border", "nowrap", "noshade", "hspace",     "vspace",  "type"};
   const char first = static_cast<char>(name[0] | 0x20);
   for (const char* known : kNames)
