@@ -6,7 +6,12 @@ set -euo pipefail
 packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libfontconfig-dev fonts-dejavu-core nlohmann-json3-dev)
 browser=0
 [ "${1:-}" = "--browser" ] && browser=1
-[ $browser -eq 1 ] && packages+=(chromium nodejs npm fonts-liberation)
+if [ $browser -eq 1 ]; then
+  packages+=(chromium fonts-liberation)
+  # A machine may carry its own Node.js build; Debian's is asked for only
+  # when there is none.
+  command -v npm >/dev/null || packages+=(nodejs npm)
+fi
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
