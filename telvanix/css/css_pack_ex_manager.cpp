@@ -25,14 +25,39 @@ std::vector<std::string> CCssPackExManager::ImportsOf(CCssPack& pack, const char
 }
 
 CCssPackExManager::CRuleSetPtr CCssPackExManager::GetRuleSet(const char* path, CString& error) {
+  std::vector<std::string> imports;
+  return GetRuleSet(path, error, imports);
+}
+
+CCssPackExManager::CRuleSetPtr CCssPackExManager::GetRuleSet(const char* path, CString& error,
+                                                             std::vector<std::string>& imports) {
   error.Empty();
+  imports.clear();
   if (!path || !*path) {
     error = "no stylesheet path";
     return nullptr;
   }
+  // A path resolved before is only checked for its time and size (one
+  // stat); a path that is gone is looked up again.
   CString resolved;
   struct stat st {};
-  const bool found = LookupPath(path, resolved) && stat(resolved, &st) == 0 && S_ISREG(st.st_mode);
+  bool found = false;
+  {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    auto known = m_resolved.find(path);
+    if (known != m_resolved.end())
+      resolved = known->second.c_str();
+  }
+  if (!resolved.IsEmpty())
+    found = stat(resolved, &st) == 0 && S_ISREG(st.st_mode);
+  if (!found) {
+    found = LookupPath(path, resolved) && stat(resolved, &st) == 0 && S_ISREG(st.st_mode);
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (found)
+      m_resolved[path] = resolved.GetString();
+    else
+      m_resolved.erase(path);
+  }
   if (!found) {
     error = CString(path) + ": stylesheet not found";
     return nullptr;
@@ -41,8 +66,10 @@ CCssPackExManager::CRuleSetPtr CCssPackExManager::GetRuleSet(const char* path, C
   std::lock_guard<std::mutex> lock(m_mutex);
   CEntry& entry = m_entries[resolved.GetString()];
   const std::int64_t mtime = static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
-  if (entry.rules && entry.mtime == mtime && entry.size == st.st_size)
+  if (entry.rules && entry.mtime == mtime && entry.size == st.st_size) {
+    imports = entry.imports;
     return entry.rules;
+  }
   CByteString bytes;
   ++m_nLoads;
   if (!bytes.LoadFromFile(resolved)) {
@@ -62,6 +89,7 @@ CCssPackExManager::CRuleSetPtr CCssPackExManager::GetRuleSet(const char* path, C
   const char* text = bytes.GetContent() ? static_cast<const char*>(bytes) : "";
   entry.rules = std::make_shared<CCssStyleCollector::CRuleSet>(std::move(pack), resolved, text, 1,
                                                               CCssStyleCollector::emLevelAuthor);
+  imports = entry.imports;
   return entry.rules;
 }
 
@@ -80,13 +108,14 @@ void CCssPackExManager::AddWithImports(const std::string& path, CCssStyleCollect
   if (std::find(open.begin(), open.end(), path) != open.end() || open.size() > 64)
     return;
   CString error;
-  CRuleSetPtr rules = GetRuleSet(path.c_str(), error);
+  std::vector<std::string> imports;
+  CRuleSetPtr rules = GetRuleSet(path.c_str(), error, imports);
   if (!rules) {
     errors.Add(error);
     return;
   }
   open.push_back(path);
-  for (const std::string& imported : GetImports(path.c_str()))
+  for (const std::string& imported : imports)
     AddWithImports(imported, collector, errors, open);
   open.pop_back();
   collector.AddRuleSet(rules);
@@ -122,6 +151,7 @@ int CCssPackExManager::GetLoadCount() const {
 void CCssPackExManager::Clear() {
   std::lock_guard<std::mutex> lock(m_mutex);
   m_entries.clear();
+  m_resolved.clear();
 }
 
 }  // namespace telvanix

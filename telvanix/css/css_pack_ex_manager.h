@@ -37,6 +37,8 @@ class TELVANIX_API CCssPackExManager {
   // from the cache while the file is unchanged; null when it cannot be read,
   // with a one-line reason in `error`.
   CRuleSetPtr GetRuleSet(const char* path, CString& error);
+  // The same, also giving the paths the sheet imports.
+  CRuleSetPtr GetRuleSet(const char* path, CString& error, std::vector<std::string>& imports);
   // The paths the sheet at `path` imports, resolved against it (after
   // GetRuleSet has loaded it; empty otherwise).
   std::vector<std::string> GetImports(const char* path);
@@ -70,6 +72,8 @@ class TELVANIX_API CCssPackExManager {
 
   mutable std::mutex m_mutex;
   std::map<std::string, CEntry> m_entries;
+  // Paths as asked for, resolved once (without regard to letter case).
+  std::map<std::string, std::string> m_resolved;
   int m_nLoads = 0;
 };
 

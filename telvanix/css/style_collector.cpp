@@ -373,10 +373,13 @@ CCssStyleCollector::CRuleSet::CRuleSet(std::unique_ptr<CCssPack> pack, const cha
       continue;
     const int at = static_cast<int>(m_rules.size());
     const CCompound& last = rule.chain.back();
-    if (!last.ids.empty())
-      m_byId[Lower(last.ids.front())].push_back(at);
-    else if (!last.classes.empty())
-      m_byClass[Lower(last.classes.front())].push_back(at);
+    if (!last.ids.empty()) {
+      m_byId[last.ids.front()].push_back(at);
+      m_byIdLower[Lower(last.ids.front())].push_back(at);
+    } else if (!last.classes.empty()) {
+      m_byClass[last.classes.front()].push_back(at);
+      m_byClassLower[Lower(last.classes.front())].push_back(at);
+    }
     else if (last.tagId)
       m_byTag[last.tagId].push_back(at);
     else
@@ -432,14 +435,16 @@ void CCssStyleCollector::Collect(const CElement& element, std::vector<CMatch>& o
       return it == map.end() ? nullptr : &it->second;
     };
     if (!element.id.empty())
-      take(findIn(set.m_byId, Lower(element.id)));
+      take(m_bQuirks ? findIn(set.m_byIdLower, Lower(element.id)) : findIn(set.m_byId, element.id));
     for (const std::string& name : element.classes)
-      take(findIn(set.m_byClass, Lower(name)));
+      take(m_bQuirks ? findIn(set.m_byClassLower, Lower(name)) : findIn(set.m_byClass, name));
     take(findIn(set.m_byTag, element.tagId));
     take(&set.m_universal);
     // A class named twice on the element would find a rule twice.
-    std::sort(candidates.begin(), candidates.end());
-    candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
+    if (candidates.size() > 1) {
+      std::sort(candidates.begin(), candidates.end());
+      candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
+    }
     for (int index : candidates) {
       const CRuleSet::CRule& rule = set.m_rules[index];
       if (!ChainMatches(rule.chain, static_cast<int>(rule.chain.size()) - 1, &element, m_bQuirks))

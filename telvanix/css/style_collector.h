@@ -86,6 +86,9 @@ class TELVANIX_API CCssStyleCollector {
     // Rules by the key of their last compound: id, class, tag, or none.
     std::unordered_map<std::string, std::vector<int>> m_byId;
     std::unordered_map<std::string, std::vector<int>> m_byClass;
+    // The same by lower-case name, for quirks mode.
+    std::unordered_map<std::string, std::vector<int>> m_byIdLower;
+    std::unordered_map<std::string, std::vector<int>> m_byClassLower;
     std::unordered_map<int, std::vector<int>> m_byTag;
     std::vector<int> m_universal;
   };

@@ -177,7 +177,8 @@ int CCssStyleCombine::IsValidValue(EmProperty property, const CCssStyleFormat& f
 }
 
 void CCssStyleCombine::Combine(std::vector<CCssStyleCollector::CMatch>& matches, bool quirks) {
-  std::stable_sort(matches.begin(), matches.end(),
+  if (matches.size() > 1)
+    std::stable_sort(matches.begin(), matches.end(),
                    [](const CCssStyleCollector::CMatch& a, const CCssStyleCollector::CMatch& b) {
                      if (a.level != b.level)
                        return a.level < b.level;
@@ -188,7 +189,7 @@ void CCssStyleCombine::Combine(std::vector<CCssStyleCollector::CMatch>& matches,
   for (int p = 0; p < emPropertyCount; ++p)
     m_tWinners[p] = CWinner();
   for (const CCssStyleCollector::CMatch& match : matches) {
-    if (!match.format)
+    if (!match.format || (match.format->IsDefault() && match.inherit.none()))
       continue;
     EmOrigin origin = emOriginRule;
     switch (match.level) {

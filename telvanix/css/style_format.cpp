@@ -239,9 +239,6 @@ void CCssStyleFormat::MarkSet(EmPropertyNameId id) {
     m_setFlags.set(id);
 }
 
-int CCssStyleFormat::IsPropertySet(EmPropertyNameId id) const {
-  return id >= 0 && id < kPropertyIdCapacity && m_setFlags.test(id) ? 1 : 0;
-}
 
 int CCssStyleFormat::ConcatInner(const CCssStyleFormat* other) {
   if (!other)
@@ -898,8 +895,40 @@ int CCssStyleFormat::AnalyseHtmlAttribute(int tagId, const char* name, const cha
   if (cell && strcasecmp(name, "nowrap") == 0)
     return ParseProperty(emPropertyWhiteSpace, "nowrap");
   const bool hr = IsTag(tagId, CHtmlTagItem::emTagIdHr);
-  if (hr && strcasecmp(name, "noshade") == 0)
+  if (hr && strcasecmp(name, "noshade") == 0) {
+    // A solid rule filled with its colour: gray unless color= gives one.
+    if (!IsPropertySet(emPropertyBackgroundColor))
+      ParseProperty(emPropertyBackgroundColor, "gray");
     return ParseProperty(emPropertyBorderStyle, "solid");
+  }
+  if (hr && strcasecmp(name, "size") == 0) {
+    // A rule of one pixel or less has no bottom border.
+    if (value[0] >= '0' && value[0] <= '9' && std::atoi(value) <= 1)
+      return ParseProperty(emPropertyBorderBottomWidth, "0px");
+    return 0;
+  }
+  if (IsTag(tagId, CHtmlTagItem::emTagIdInput) && strcasecmp(name, "type") == 0) {
+    // Controls other than text fields draw no field box; buttons draw their own.
+    CString type(value);
+    type.Trim();
+    type.MakeLower();
+    if (type == "image" || type == "checkbox" || type == "radio" || type == "hidden") {
+      ParseProperty(emPropertyBackgroundColor, "transparent");
+      ParseProperty(emPropertyPadding, "0px");
+      ParseProperty(emPropertyBorder, "none");
+      if (type == "checkbox" || type == "radio")
+        ParseProperty(emPropertyMargin, "3px 3px 0px 5px");
+      return 1;
+    }
+    if (type == "submit" || type == "reset" || type == "button") {
+      ParseProperty(emPropertyBackgroundColor, "#efefef");
+      ParseProperty(emPropertyPadding, "1px 6px");
+      ParseProperty(emPropertyBorder, "2px outset");
+      ParseProperty(emPropertyTextAlign, "center");
+      return 1;
+    }
+    return 0;
+  }
   if (text.IsEmpty() && strcasecmp(name, "border") != 0)
     return 0;
   const bool image = IsTag(tagId, CHtmlTagItem::emTagIdImg);

@@ -124,7 +124,9 @@ class TELVANIX_API CCssStyleFormat : public CRglObject, public CCssPropertyNames
                                     QuickMapStringToValueItem* table, int tableBytes);
 
   // 1 when the property (a shorthand, or any part of one) was given.
-  int IsPropertySet(EmPropertyNameId id) const;
+  int IsPropertySet(EmPropertyNameId id) const {
+    return id >= 0 && id < kPropertyIdCapacity && m_setFlags.test(static_cast<size_t>(id)) ? 1 : 0;
+  }
 
   // 1 when both formats have the same stored properties set, with equal
   // values; shorthand marks are not compared (their parts carry the value).
@@ -138,7 +140,8 @@ class TELVANIX_API CCssStyleFormat : public CRglObject, public CCssPropertyNames
   // gives it) read into the format: FONT color/size/face, BASEFONT,
   // BODY bgcolor/text/background, bgcolor, align, valign, border of
   // IMG/OBJECT/TABLE, nowrap of TD/TH, IMG hspace/vspace and align
-  // top/middle/bottom, HR color/noshade, UL/OL/LI type. FONT size is 1..7
+  // top/middle/bottom, HR color/noshade/size, UL/OL/LI type, INPUT type
+  // (controls without a field box, buttons). FONT size is 1..7
   // or relative to 3 ("+2"), stored in px. 1 when something was stored; 0 for attributes with no style
   // meaning here (width, height, link...) and for unreadable values.
   int AnalyseHtmlAttribute(int tagId, const char* name, const char* value);

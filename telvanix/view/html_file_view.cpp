@@ -2,6 +2,8 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <unordered_map>
@@ -12,6 +14,7 @@
 #include "telvanix/css/style_combine.h"
 #include "telvanix/css/style_format.h"
 #include "telvanix/css/style_property.h"
+#include "telvanix/foundation/path_utils.h"
 #include "telvanix/html/entity_tree.h"
 #include "telvanix/html/tag_item.h"
 #include "telvanix/html/token_list.h"
@@ -85,6 +88,52 @@ void SplitClasses(const char* text, std::vector<std::string>& out) {
   }
 }
 
+// Attribute names AnalyseHtmlAttribute reads (and a few it refuses), so
+// that the many others (href, name, onclick...) cost one look at a byte.
+bool IsPresentationalName(const char* name) {
+  static const char* const kNames[] = {"color",  "face",   "size",   "text",    "background", "bgcolor", "align",
+                                       "valign", "border", "nowrap", "noshade", "hspace",     "vspace",  "type"};
+  const char first = static_cast<char>(name[0] | 0x20);
+  for (const char* known : kNames)
+    if (known[0] == first && strcasecmp(known, name) == 0)
+      return true;
+  return false;
+}
+
+// Lines of tokens asked for in document order: a cursor walks the list
+// once, counting line ends of the bytes read from the source (tokens a
+// repair inserted have none). A token met out of order starts the walk over.
+class CLineCursor {
+ public:
+  explicit CLineCursor(CHtmlTokenList* list) : m_list(list), m_pos(list->GetHeadPosition()) {}
+  int LineOf(POSITION target) {
+    for (int pass = 0; pass < 2; ++pass) {
+      while (m_pos) {
+        const POSITION here = m_pos;
+        CHtmlTokenItem* token = m_list->GetNext(m_pos);
+        const int line = m_line;
+        if (token && !(token->GetTokenFlag() &
+                       (CHtmlTokenItem::emTokenInserted | CHtmlTokenItem::emTokenRecoveryInserted))) {
+          const unsigned char* data = token->GetOriginalData();
+          const int length = token->GetOriginalLength() + token->GetIndentAfterLength();
+          if (data && length > 0)
+            m_line += static_cast<int>(std::count(data, data + length, static_cast<unsigned char>('\n')));
+        }
+        if (here == target)
+          return line;
+      }
+      m_pos = m_list->GetHeadPosition();
+      m_line = 1;
+    }
+    return 0;
+  }
+
+ private:
+  CHtmlTokenList* m_list;
+  POSITION m_pos;
+  int m_line = 1;
+};
+
 // The nearest TABLE around an element; null when none.
 const Collector::CElement* EnclosingTable(const Collector::CElement& element) {
   for (const Collector::CElement* e = element.parent; e; e = e->parent)
@@ -100,7 +149,6 @@ struct CHtmlFileView::CBuild {
   std::vector<Collector::CElement> elements;
   std::vector<CHtmlTokenNode*> leaves;
   std::vector<int> parents;
-  std::unordered_map<POSITION, int> lines;
 };
 
 CHtmlFileView::CHtmlFileView(CCssPackExManager* manager) : CHtmlPack(), m_pManager(manager) {
@@ -163,13 +211,13 @@ int CHtmlFileView::Build() {
   CBuild build;
 
   // Lines of the tokens, and what the head says: DOCTYPE, sheets, BODY link.
-  Collector collector;
+  m_pCollector = std::make_unique<Collector>();
+  Collector& collector = *m_pCollector;
   collector.AddRuleSet(DefaultRules());
   const char* doctype = nullptr;
   CString doctypeText;
   bool sawDoctype = false;
-  int line = 1;
-  build.lines.reserve(static_cast<size_t>(list->GetCount()));
+  CLineCursor styleLines(list);
   struct CSheetRef {
     bool block;
     CString text;
@@ -184,15 +232,6 @@ int CHtmlFileView::Build() {
     CHtmlTokenItem* token = list->GetNext(pos);
     if (!token)
       continue;
-    build.lines.emplace(here, line);
-    const DWORD flags = token->GetTokenFlag();
-    const bool fromSource = !(flags & (CHtmlTokenItem::emTokenInserted | CHtmlTokenItem::emTokenRecoveryInserted));
-    if (fromSource) {
-      const unsigned char* data = token->GetOriginalData();
-      const int length = token->GetOriginalLength() + token->GetIndentAfterLength();
-      for (int i = 0; data && i < length; ++i)
-        line += data[i] == '\n';
-    }
     if (token->IsDiscardedToken())
       continue;
     if (inStyle) {
@@ -200,6 +239,9 @@ int CHtmlFileView::Build() {
         inStyle = false;
         sheets.push_back({true, styleText, styleLine});
       } else {
+        // Rule lines count from the line the block's text begins on.
+        if (styleLine == 0)
+          styleLine = styleLines.LineOf(here);
         styleText += token->GetOriginalString();
         continue;
       }
@@ -219,7 +261,7 @@ int CHtmlFileView::Build() {
           (!media || !*media || ContainsWordNoCase(media, "screen") || ContainsWordNoCase(media, "all"))) {
         inStyle = true;
         styleText.Empty();
-        styleLine = line;
+        styleLine = 0;
       }
     } else if (id == T::emTagIdLink) {
       const char* rel = tag->GetAttributeValue("rel");
@@ -228,7 +270,8 @@ int CHtmlFileView::Build() {
       if (rel && href && *href && ContainsWordNoCase(rel, "stylesheet") && !ContainsWordNoCase(rel, "alternate") &&
           (!media || !*media || ContainsWordNoCase(media, "screen") || ContainsWordNoCase(media, "all"))) {
         CString name(href, static_cast<int>(std::strcspn(href, "?#")));
-        sheets.push_back({false, GetFilePathName(name), 0});
+        // Resolved against the page's path, also for a page given as bytes.
+        sheets.push_back({false, GetPathName().IsEmpty() ? CString() : GetNormalizedFullPathName(name, GetPathName()), 0});
       }
     }
   }
@@ -312,7 +355,12 @@ int CHtmlFileView::Build() {
   }
 
   // BODY link colours links over the tag defaults.
-  CCssStyleFormat linkFormat;
+  // Scratch formats, kept per thread: a format is costly to make.
+  thread_local CCssStyleFormat linkFormat, inlineNormal, inlineImportant;
+  // Attribute formats, by tag and attribute text: shared results point at them.
+  std::unordered_map<std::string, std::unique_ptr<CCssStyleFormat>> attributeFormats;
+  if (!linkFormat.IsDefault())
+    linkFormat.Default();
   for (const Collector::CElement& e : build.elements)
     if (e.tagId == T::emTagIdBody) {
       if (const char* link = e.tag->GetAttributeValue("link"))
@@ -320,10 +368,14 @@ int CHtmlFileView::Build() {
       break;
     }
 
-  // Each element after its parent: collect, combine, compute.
+  // Each element after its parent: collect, combine, compute. An element
+  // whose parent format, tag and matched rules equal an earlier one's (and
+  // that has no attributes or inline style of its own) takes a copy of that
+  // earlier result, as siblings and rows of a table mostly do.
+  CLineCursor lines(list);
+  std::unordered_map<std::uint64_t, const CHtmlTagFormat*> shared;
   std::vector<Collector::CMatch> matches;
   CCssStyleCombine combine;
-  CCssStyleFormat attributes, inlineNormal, inlineImportant;
   m_arrElements.reserve(static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) {
     const Collector::CElement& e = build.elements[i];
@@ -335,37 +387,85 @@ int CHtmlFileView::Build() {
       m.level = Collector::emLevelDefaultLink;
       matches.push_back(m);
     }
-    // Presentational attributes, and what a table's attributes give its cells.
-    attributes.Default();
+    // Presentational attributes, and what a table's attributes give its
+    // cells: one format per distinct set of them, kept for the build.
+    std::string signature;
     unsigned int cursor = 0;
     const char* value = nullptr;
     for (const char* name = e.tag->GetFirstAttribute(cursor, value); name;
          name = e.tag->GetNextAttribute(cursor, value))
-      if (value && strcasecmp(name, "style") != 0 && strcasecmp(name, "class") != 0 && strcasecmp(name, "id") != 0)
-        attributes.AnalyseHtmlAttribute(e.tagId, name, value);
+      if (value && IsPresentationalName(name)) {
+        signature += name;
+        signature += '=';
+        signature += value;
+        signature += '\0';
+      }
+    const char* cellBorder = nullptr;
+    const char* cellPadding = nullptr;
     if (e.tagId == T::emTagIdTd || e.tagId == T::emTagIdTh) {
       if (const Collector::CElement* table = EnclosingTable(e)) {
-        const char* border = table->tag->GetAttributeValue("border");
-        if (border && (!*border || std::atoi(border) > 0)) {
-          attributes.AnalyseCssProperty("border", "1px inset");
-        }
-        if (const char* padding = table->tag->GetAttributeValue("cellpadding")) {
-          CString px;
-          px.Format("%dpx", std::atoi(padding) < 0 ? 0 : std::atoi(padding));
-          attributes.AnalyseCssProperty("padding", px);
-        }
+        cellBorder = table->tag->GetAttributeValue("border");
+        cellPadding = table->tag->GetAttributeValue("cellpadding");
+        signature += cellBorder ? std::string("\1") + cellBorder : std::string("\2");
+        signature += cellPadding ? std::string("\1") + cellPadding : std::string("\2");
       }
     }
-    if (!attributes.IsDefault()) {
+    const CCssStyleFormat* attributes = nullptr;
+    if (!signature.empty()) {
+      signature += std::to_string(e.tagId);
+      std::unique_ptr<CCssStyleFormat>& made = attributeFormats[signature];
+      if (!made) {
+        made = std::make_unique<CCssStyleFormat>();
+        cursor = 0;
+        for (const char* name = e.tag->GetFirstAttribute(cursor, value); name;
+             name = e.tag->GetNextAttribute(cursor, value))
+          if (value && IsPresentationalName(name))
+            made->AnalyseHtmlAttribute(e.tagId, name, value);
+        if (cellBorder && (!*cellBorder || std::atoi(cellBorder) > 0))
+          made->AnalyseCssProperty("border", "1px inset");
+        if (cellPadding) {
+          CString px;
+          px.Format("%dpx", std::atoi(cellPadding) < 0 ? 0 : std::atoi(cellPadding));
+          made->AnalyseCssProperty("padding", px);
+        }
+      }
+      if (!made->IsDefault())
+        attributes = made.get();
+    }
+    if (attributes) {
       Collector::CMatch m;
-      m.format = &attributes;
+      m.format = attributes;
       m.level = Collector::emLevelAttribute;
       matches.push_back(m);
     }
+    const bool plain = !e.tag->GetAttributeValue("style");
+    const int parentIndex = build.parents[2 * i];
+    const CHtmlTagFormat* parentFormat =
+        parentIndex >= 0 ? static_cast<CHtmlTagFormat*>(build.leaves[parentIndex]->GetTagFormat()) : nullptr;
+    std::uint64_t key = 0;
+    if (plain) {
+      key = 1469598103934665603ull;
+      auto mix = [&key](std::uint64_t v) { key = (key ^ v) * 1099511628211ull; };
+      mix(reinterpret_cast<std::uintptr_t>(parentFormat ? parentFormat->GetSharedSource() : nullptr));
+      mix(static_cast<std::uint32_t>(e.tagId));
+      for (const Collector::CMatch& m : matches)
+        mix(reinterpret_cast<std::uintptr_t>(m.format) * 31 + static_cast<std::uint64_t>(m.level));
+      auto found = shared.find(key);
+      if (found != shared.end()) {
+        auto* format = new CHtmlTagFormat(*found->second);
+        format->SetTagName(e.tag->GetTagName());
+        format->SetLine(lines.LineOf(build.leaves[i]->GetTokenPosition()));
+        build.leaves[i]->SetTagFormat(format);
+        m_arrElements.push_back(build.leaves[i]);
+        continue;
+      }
+    }
     // The style attribute: normal and !important declarations apart.
     if (const char* style = e.tag->GetAttributeValue("style")) {
-      inlineNormal.Default();
-      inlineImportant.Default();
+      if (!inlineNormal.IsDefault())
+        inlineNormal.Default();
+      if (!inlineImportant.IsDefault())
+        inlineImportant.Default();
       Collector::CInheritMask inheritNormal, inheritImportant;
       CCssStyleProperty properties;
       properties.Analyse(reinterpret_cast<unsigned char*>(const_cast<char*>(style)));
@@ -398,12 +498,11 @@ int CHtmlFileView::Build() {
     }
     combine.Combine(matches, m_bQuirks);
     auto* format = new CHtmlTagFormat();
-    const int parent = build.parents[2 * i];
     format->SetTagName(e.tag->GetTagName());
-    auto found = build.lines.find(build.leaves[i]->GetTokenPosition());
-    format->SetLine(found == build.lines.end() ? 0 : found->second);
-    format->Compute(combine,
-                    parent >= 0 ? static_cast<CHtmlTagFormat*>(build.leaves[parent]->GetTagFormat()) : nullptr);
+    format->SetLine(lines.LineOf(build.leaves[i]->GetTokenPosition()));
+    format->Compute(combine, parentFormat);
+    if (plain)
+      shared.emplace(key, format);
     build.leaves[i]->SetTagFormat(format);
     m_arrElements.push_back(build.leaves[i]);
   }

@@ -79,6 +79,8 @@ class TELVANIX_API CHtmlFileView : public CHtmlPack {
   std::unique_ptr<CCssPackExManager> m_pOwnManager;
   std::vector<CHtmlTokenNode*> m_arrElements;
   std::vector<CCssStyleCollector::CElement> m_arrRecords;  // the elements as selectors see them
+  // The sheets of the last build: the formats' origins name their files.
+  std::unique_ptr<CCssStyleCollector> m_pCollector;
   CStringArray m_arrSheetErrors;
   bool m_bStale = true;
   bool m_bQuirks = false;

@@ -1,8 +1,11 @@
 #include "telvanix/view/tag_format.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <cstdio>
 #include <cstring>
+#include <strings.h>
 
 #include "telvanix/css/style_format.h"
 #include "telvanix/css/style_values.h"
@@ -65,8 +68,6 @@ CString SerializedFamilies(const CString& list) {
   return out;
 }
 
-bool IsMonospace(const CString& family) { return family.CompareNoCase("monospace") == 0; }
-
 float WeightOf(const F& f, float parent) {
   switch (f.GetFontWeight()) {
     case N::emValueNumber:
@@ -90,7 +91,13 @@ float SnapBorder(float px) {
 
 }  // namespace
 
-CHtmlTagFormat::CHtmlTagFormat() = default;
+CHtmlTagFormat::CHtmlTagFormat() : m_pData(std::make_shared<CComputed>()) {}
+
+CHtmlTagFormat::CHtmlTagFormat(const CHtmlTagFormat& other)
+    : CRglObject(), m_pData(other.m_pData), m_strTagName(other.m_strTagName), m_nLine(other.m_nLine) {}
+
+float CHtmlTagFormat::GetFontSizePx() const { return m_pData->values[C::emFontSize].number; }
+
 CHtmlTagFormat::~CHtmlTagFormat() = default;
 
 const char* CHtmlTagFormat::GetPropertyName(EmProperty property) {
@@ -100,13 +107,13 @@ const char* CHtmlTagFormat::GetPropertyName(EmProperty property) {
 }
 
 CCssStyleCombine::EmOrigin CHtmlTagFormat::GetOrigin(EmProperty property) const {
-  return property >= 0 && property < C::emPropertyCount ? m_tOrigins[property].kind : C::emOriginInitial;
+  return property >= 0 && property < C::emPropertyCount ? m_pData->origins[property].kind : C::emOriginInitial;
 }
 
 CString CHtmlTagFormat::GetOriginText(EmProperty property) const {
   if (property < 0 || property >= C::emPropertyCount)
     return CString();
-  const COrigin& o = m_tOrigins[property];
+  const COrigin& o = m_pData->origins[property];
   switch (o.kind) {
     case C::emOriginDefault: return CString("default");
     case C::emOriginAttribute: return CString("attribute");
@@ -114,7 +121,7 @@ CString CHtmlTagFormat::GetOriginText(EmProperty property) const {
     case C::emOriginInherited: return CString("inherited");
     case C::emOriginRule: {
       CString text;
-      text.Format("%s:%d", o.file.GetString(), o.line);
+      text.Format("%s:%d", o.file, o.line);
       return text;
     }
     default: return CString("initial");
@@ -122,16 +129,16 @@ CString CHtmlTagFormat::GetOriginText(EmProperty property) const {
 }
 
 COLORREF CHtmlTagFormat::GetColor(EmProperty property) const {
-  if (property < 0 || property >= C::emPropertyCount || m_tValues[property].type != kColor)
+  if (property < 0 || property >= C::emPropertyCount || m_pData->values[property].type != kColor)
     return kTransparent;
-  return m_tValues[property].color;
+  return m_pData->values[property].color;
 }
 
 CString CHtmlTagFormat::GetComputedValue(EmProperty property) const {
   CString out;
   if (property < 0 || property >= C::emPropertyCount)
     return out;
-  const CValue& v = m_tValues[property];
+  const CValue& v = m_pData->values[property];
   switch (v.type) {
     case kPx:
     case kPercent: {
@@ -159,7 +166,7 @@ CString CHtmlTagFormat::GetComputedValue(EmProperty property) const {
       out.Format("%d", static_cast<int>(v.number));
       break;
     case kFamily:
-      out = SerializedFamilies(m_strFamily);
+      out = SerializedFamilies(m_pData->family);
       break;
     default:
       out = v.keyword;
@@ -190,36 +197,40 @@ float CHtmlTagFormat::LengthPx(const CSttNumber& number, float fontSize, bool& p
 void CHtmlTagFormat::ComputeFont(const CCssStyleCombine& combine, const CHtmlTagFormat* parent) {
   // Family first: a monospace family changes what a size keyword means.
   const C::CWinner& family = combine.GetWinner(C::emFontFamily);
-  if (family.format)
-    m_strFamily = family.format->GetFontFamily();
-  else
-    m_strFamily = parent ? parent->m_strFamily : CString("Times New Roman");
-  m_tValues[C::emFontFamily].type = kFamily;
-  const bool monospace = IsMonospace(m_strFamily);
+  if (!family.format) {
+    m_pData->family = parent ? parent->m_pData->family : "Times New Roman";
+  } else if (family.origin == C::emOriginDefault || family.origin == C::emOriginRule) {
+    m_pData->family = family.format->GetFontFamily();
+  } else {
+    m_pData->ownFamily = family.format->GetFontFamily();
+    m_pData->family = m_pData->ownFamily;
+  }
+  m_pData->values[C::emFontFamily].type = kFamily;
+  const bool monospace = strcasecmp(m_pData->family, "monospace") == 0;
 
   const C::CWinner& size = combine.GetWinner(C::emFontSize);
   const float parentSize = parent ? parent->GetFontSizePx() : kKeywordPx[kMediumKeyword - 1];
   // A size that comes from a keyword, through any em and % steps, keeps
   // the keyword and the factor, so that a monospace family can resize it.
-  const int parentKeyword = parent ? parent->m_nSizeKeyword : kMediumKeyword;
-  const float parentFactor = parent ? parent->m_fSizeFactor : 1.0f;
+  const int parentKeyword = parent ? parent->m_pData->sizeKeyword : kMediumKeyword;
+  const float parentFactor = parent ? parent->m_pData->sizeFactor : 1.0f;
   float px = parentSize;
-  m_nSizeKeyword = parentKeyword;
-  m_fSizeFactor = parentFactor;
+  m_pData->sizeKeyword = parentKeyword;
+  m_pData->sizeFactor = parentFactor;
   if (size.format) {
     const N::EmPropertyValue code = size.format->GetFontSizeValue();
     const CSttNumber& n = size.format->GetFontSize();
     float factor = 0;  // a multiple of the parent's size, 0 for an absolute size
     if (code >= N::emFontSizeXXSmall && code <= N::emFontSizeXXLarge) {
-      m_nSizeKeyword = code;
-      m_fSizeFactor = 1;
+      m_pData->sizeKeyword = code;
+      m_pData->sizeFactor = 1;
     } else if (code == N::emFontSizeLarger) {
       factor = 1.2f;
     } else if (code == N::emFontSizeSmaller) {
       factor = 1 / 1.2f;
     } else if (!parent && size.origin == C::emOriginDefault) {
-      m_nSizeKeyword = kMediumKeyword;  // the root's default size is the medium keyword's
-      m_fSizeFactor = 1;
+      m_pData->sizeKeyword = kMediumKeyword;  // the root's default size is the medium keyword's
+      m_pData->sizeFactor = 1;
     } else if (n.GetUnitType() == CSttNumber::emUnitEm) {
       factor = n.GetNumEx();
     } else if (n.GetUnitType() == CSttNumber::emUnitPercent) {
@@ -227,36 +238,41 @@ void CHtmlTagFormat::ComputeFont(const CCssStyleCombine& combine, const CHtmlTag
     } else {
       bool percent = false;
       px = LengthPx(n, parentSize, percent);
-      m_nSizeKeyword = 0;
+      m_pData->sizeKeyword = 0;
     }
     if (factor != 0) {
       px = parentSize * factor;
-      m_fSizeFactor = parentFactor * factor;
+      m_pData->sizeFactor = parentFactor * factor;
     }
   }
-  if (m_nSizeKeyword)
-    px = (monospace ? kMonospaceKeywordPx : kKeywordPx)[m_nSizeKeyword - 1] * m_fSizeFactor;
-  m_tValues[C::emFontSize].type = kPx;
-  m_tValues[C::emFontSize].number = px;
+  CComputed& data = *m_pData;
+  if (data.sizeKeyword >= 1 && data.sizeKeyword <= 7) {
+    const float* table = monospace ? kMonospaceKeywordPx : kKeywordPx;
+    px = table[data.sizeKeyword - 1] * data.sizeFactor;
+  }
+  data.values[C::emFontSize].type = kPx;
+  data.values[C::emFontSize].number = px;
 }
 
 void CHtmlTagFormat::Compute(const CCssStyleCombine& combine, const CHtmlTagFormat* parent) {
+  if (!m_pData || m_pData.use_count() > 1)
+    m_pData = std::make_shared<CComputed>();
   ComputeFont(combine, parent);
   const float fontSize = GetFontSizePx();
   for (int p = 0; p < C::emPropertyCount; ++p) {
     const EmProperty property = static_cast<EmProperty>(p);
     const C::CWinner& w = combine.GetWinner(property);
-    COrigin& origin = m_tOrigins[p];
+    COrigin& origin = m_pData->origins[p];
     origin.kind = w.origin;
     origin.line = w.line;
     origin.file = w.origin == C::emOriginRule && w.file ? w.file : "";
     if (property == C::emFontFamily || property == C::emFontSize)
       continue;
-    CValue& v = m_tValues[p];
+    CValue& v = m_pData->values[p];
     if (!w.format) {
       // Inherited, or the initial value.
       if (w.origin == C::emOriginInherited && parent) {
-        v = parent->m_tValues[p];
+        v = parent->m_pData->values[p];
         continue;
       }
       v = CValue();
@@ -332,7 +348,7 @@ void CHtmlTagFormat::Compute(const CCssStyleCombine& combine, const CHtmlTagForm
         if (color.GetKind() == CSttColor::emColorUnset) {
           // currentcolor: for color itself the parent's colour.
           if (property == C::emColor)
-            v.color = parent ? parent->m_tValues[C::emColor].color : 0;
+            v.color = parent ? parent->m_pData->values[C::emColor].color : 0;
           else
             v.keyword = "currentcolor";
         }
@@ -340,7 +356,7 @@ void CHtmlTagFormat::Compute(const CCssStyleCombine& combine, const CHtmlTagForm
       }
       case C::emFontWeight: {
         v.type = kNumber;
-        v.number = WeightOf(f, parent ? parent->m_tValues[C::emFontWeight].number : 400);
+        v.number = WeightOf(f, parent ? parent->m_pData->values[C::emFontWeight].number : 400);
         break;
       }
       case C::emFontStyle:
@@ -409,13 +425,13 @@ void CHtmlTagFormat::Compute(const CCssStyleCombine& combine, const CHtmlTagForm
   // Border colours that are the text colour; widths of borders without a
   // style are 0.
   for (int side = 0; side < 4; ++side) {
-    CValue& color = m_tValues[C::emBorderTopColor + side];
+    CValue& color = m_pData->values[C::emBorderTopColor + side];
     if (std::strcmp(color.keyword, "currentcolor") == 0) {
-      color.color = m_tValues[C::emColor].color;
+      color.color = m_pData->values[C::emColor].color;
       color.keyword = "";
     }
-    CValue& width = m_tValues[C::emBorderTopWidth + side];
-    const char* style = m_tValues[C::emBorderTopStyle + side].keyword;
+    CValue& width = m_pData->values[C::emBorderTopWidth + side];
+    const char* style = m_pData->values[C::emBorderTopStyle + side].keyword;
     if (std::strcmp(style, "none") == 0 || std::strcmp(style, "hidden") == 0)
       width.number = 0;
     else if (width.type == kPx)

@@ -7,6 +7,8 @@
 // leaf of every element of a page.
 #pragma once
 
+#include <memory>
+
 #include "telvanix/css/style_combine.h"
 #include "telvanix/foundation/rgl_object.h"
 #include "telvanix/platform/export.h"
@@ -21,7 +23,15 @@ class TELVANIX_API CHtmlTagFormat : public CRglObject {
   using EmOrigin = CCssStyleCombine::EmOrigin;
 
   CHtmlTagFormat();
+  // A copy shares the computed values and origins; it names the format it
+  // was computed as (GetSharedSource) so that equal inputs find it again.
+  CHtmlTagFormat(const CHtmlTagFormat& other);
+  CHtmlTagFormat& operator=(const CHtmlTagFormat&) = delete;
   ~CHtmlTagFormat() override;
+
+  // The computed values this format holds; formats made as copies share
+  // them, so equal inputs find them again.
+  const void* GetSharedSource() const { return m_pData.get(); }
 
   // The CSS name of a property ("margin-top"); null out of range.
   static const char* GetPropertyName(EmProperty property);
@@ -36,13 +46,14 @@ class TELVANIX_API CHtmlTagFormat : public CRglObject {
   // The element's line in the page (1 for the first).
   int GetLine() const { return m_nLine; }
   const CString& GetTagName() const { return m_strTagName; }
-  float GetFontSizePx() const { return m_tValues[CCssStyleCombine::emFontSize].number; }
+  float GetFontSizePx() const;
   // The colour as 0x00BBGGRR; 0xFF000000 for a transparent one.
   COLORREF GetColor(EmProperty property) const;
 
   // Computes every value from the cascade's winners and the parent's format
-  // (null for the root). The winners' formats and file names must outlive
-  // this call only.
+  // (null for the root). The file names of rules, and the formats of
+  // winners of origin default or rule, must outlive this format; attribute
+  // and inline formats need outlive only the call.
   void Compute(const CCssStyleCombine& combine, const CHtmlTagFormat* parent);
 
   void SetLine(int line) { m_nLine = line; }
@@ -59,21 +70,29 @@ class TELVANIX_API CHtmlTagFormat : public CRglObject {
   struct COrigin {
     EmOrigin kind = CCssStyleCombine::emOriginInitial;
     int line = 0;
-    CString file;
+    const char* file = "";  // the view keeps the sheets its rules come from
   };
   void ComputeFont(const CCssStyleCombine& combine, const CHtmlTagFormat* parent);
   float LengthPx(const class CSttNumber& number, float fontSize, bool& percent) const;
 
-  CValue m_tValues[CCssStyleCombine::emPropertyCount];
-  COrigin m_tOrigins[CCssStyleCombine::emPropertyCount];
-  CString m_strFamily;
+  // What a computation gives; shared, never changed once computed.
+  struct CComputed {
+    CValue values[CCssStyleCombine::emPropertyCount];
+    COrigin origins[CCssStyleCombine::emPropertyCount];
+    // The family list: the winning format's text while that format lives as
+    // long as the view (a sheet's rule), else the own copy.
+    const char* family = "";
+    CString ownFamily;
+    // The size keyword the font size comes from (1..7 for xx-small..
+    // xx-large), inherited while no other size is given, and the em and %
+    // factor since; 0 when it is no keyword's. A browser sizes keyword text
+    // in a monospace family smaller.
+    int sizeKeyword = 0;
+    float sizeFactor = 1;
+  };
+  std::shared_ptr<CComputed> m_pData;
   CString m_strTagName;
   int m_nLine = 0;
-  // The size keyword the font size comes from (1..7 for xx-small..xx-large),
-  // inherited while no other size is given; 0 when it is no keyword's. A
-  // browser sizes keyword text in a monospace family smaller.
-  int m_nSizeKeyword = 0;
-  float m_fSizeFactor = 1;  // the em and % steps since that keyword
 };
 
 }  // namespace telvanix
