@@ -66,6 +66,9 @@ DECORATIONS = ('underline', 'overline', 'line-through', 'blink')
 # Elements a browser's parser inserts where the markup leaves them implied;
 # the page's own tree need not hold them, so they do not count as unaligned.
 IMPLIED = {'TBODY', 'HTML', 'HEAD', 'BODY'}
+# Elements no reader sees; their values are inherited and agree trivially, so
+# the agreement is also given without them.
+UNSEEN = {'HTML', 'HEAD', 'TITLE', 'META', 'LINK', 'STYLE', 'SCRIPT', 'BASE', 'NOSCRIPT'}
 LENGTH = re.compile(r'^([+-]?(?:\d+\.?\d*|\.\d+)(?:e[+-]?\d+)?)(px)?$')
 RGB = re.compile(r'^rgba?\(\s*([\d.]+)[,\s]+([\d.]+)[,\s]+([\d.]+)(?:[,\s/]+([\d.]+%?))?\s*\)$')
 
@@ -191,6 +194,7 @@ def tool_value(computed, prop):
 class Tally:
     def __init__(self):
         self.agree = collections.Counter()
+        self.seen = collections.Counter()  # pairs and agreeing pairs on elements a reader sees
         self.total = collections.Counter()
         self.classes = collections.Counter()
         self.examples = {}
@@ -224,8 +228,11 @@ class Tally:
             want = normalise(prop, browser['computed'].get(prop))
             got = normalise(prop, tool_value(computed, prop))
             self.total[prop] += 1
+            visible = browser['tag'].upper() not in UNSEEN
+            self.seen['pairs'] += visible
             if same(want, got):
                 self.agree[prop] += 1
+                self.seen['agree'] += visible
                 continue
             key = (prop, browser['tag'].upper(), shown(want), 'missing' if got is None else shown(got))
             self.classes[key] += 1
@@ -241,8 +248,11 @@ class Tally:
         out.write('pages compared: %d, failed: %d; elements aligned: %d; unaligned: browser %d, tool %d\n' % (
             self.pages, len(self.failed), self.elements,
             sum(self.unaligned['browser'].values()), sum(self.unaligned['tool'].values())))
-        out.write('agreement: %d of %d element x property pairs = %.3f%% (goal %.1f%%)\n\n' % (
+        out.write('agreement: %d of %d element x property pairs = %.3f%% (goal %.1f%%)\n' % (
             agree, total, share, minimum))
+        out.write('without HTML, HEAD and the elements inside HEAD: %d of %d = %.3f%%\n\n' % (
+            self.seen['agree'], self.seen['pairs'],
+            100.0 * self.seen['agree'] / self.seen['pairs'] if self.seen['pairs'] else 0.0))
         out.write('| property | agree | pairs | % |\n|---|---|---|---|\n')
         for prop in PROPERTIES:
             t = self.total[prop]
