@@ -1015,6 +1015,11 @@ int CCssStyleFormat::AnalyseHtmlAttribute(int tagId, const char* name, const cha
     int size = std::atoi(p);
     size = sign ? 3 + sign * (size > 9 ? 9 : size) : size;
     size = size < 1 ? 1 : size > 7 ? 7 : size;
+    // Sizes 1 to 6 are the keywords x-small to xx-large (a browser resizes
+    // them in a monospace family); 7 has no keyword.
+    static const char* const kKeywords[6] = {"x-small", "small", "medium", "large", "x-large", "xx-large"};
+    if (size <= 6)
+      return store(emPropertyFontSize, kKeywords[size - 1]);
     CString px;
     px.Format("%dpx", kHtmlFontSizePx[size - 1]);
     return store(emPropertyFontSize, px);
