@@ -63,14 +63,15 @@ CString LowerTrimmed(const char* text) {
 }
 
 // Text values keep no byte that the declaration reader treats as syntax
-// (quotes, brackets, ";", braces, comment and escape marks) and one blank
+// (quotes, brackets, ";", braces, comment, escape and at-keyword marks)
+// and one blank
 // between words, so printed back they read as the same text.
 CString PlainText(const char* text) {
   CString out;
   bool blank = false;
   for (const char* p = text; *p; ++p) {
     const char c = *p;
-    if (std::strchr("\"'()[]{};<>\\/*!", c))
+    if (std::strchr("\"'()[]{};<>\\/*!@", c))
       continue;
     if (c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f') {
       blank = !out.IsEmpty();
