@@ -98,7 +98,6 @@ bool IsPlainUrl(const CSttUrl& url) {
 CString FamilyList(const char* text) {
   CString out;
   CString name;
-  char quote = 0;
   auto flush = [&]() {
     name = PlainText(name);
     if (!name.IsEmpty()) {
@@ -108,13 +107,9 @@ CString FamilyList(const char* text) {
     }
     name.Empty();
   };
+  // Names keep no quotes, so a comma inside quotes also ends a name.
   for (const char* p = text; *p; ++p) {
-    if (quote) {
-      if (*p == quote)
-        quote = 0;
-    } else if (*p == '\'' || *p == '"') {
-      quote = *p;
-    } else if (*p == ',') {
+    if (*p == ',') {
       flush();
       continue;
     }
