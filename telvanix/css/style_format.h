@@ -12,7 +12,9 @@
 // - Shorthands are split into their parts and each part is stored as if it
 //   had been given on its own; the shorthand itself counts as set too.
 //   font: [style] [variant] [weight] size[/line-height] family (a size is
-//   required; everything after the size is the family, as written).
+//   required; everything after the size is the family, as written). Style,
+//   variant and weight that are not given are set to normal, as the
+//   shorthand resets them.
 //   margin, padding, border-width/-color/-style: one to four values, given
 //   to the sides in the usual top, right, bottom, left order.
 //   border, border-top/right/bottom/left: width, style and colour in any
@@ -20,10 +22,19 @@
 //   background: colour, url image, repeat word, attachment word; other words
 //   and lengths make up the position text.
 //   list-style: type word, position word, url image, in any order.
+// - text values (families, display, white-space, background words) keep
+//   no quotes, brackets, ";", braces, "@", comment or escape marks, and one blank
+//   between words; a url whose name holds ")", ";", braces or a comment mark
+//   is refused: so every value prints back as text that reads the same;
 // - font-weight reads the weight table or a number ("700" gives code 1 with
-//   the number 700); font-family keeps the whole value text; the first
+//   the number 700); the table's two codes of "light" are stored as one;
+// - colours: a name or hexadecimal value, "transparent" (a colour value of
+//   no colour), rgb()/rgba() with numbers or percentages (stored as a
+//   colour value; an alpha of 0 is transparent); any other text is refused,
+//   so it does not replace an earlier colour; font-family keeps the whole value text; the first
 //   family, de-quoted, is available through GetFirstFontFamily.
-// - padding sides, word-spacing, letter-spacing and text-indent are lengths;
+// - a margin of "auto" is stored as 0px (what a block without a set width
+//   gets); padding sides, word-spacing, letter-spacing and text-indent are lengths;
 //   background-repeat, -attachment, -position, display and white-space keep
 //   their value text lower-cased. Identifiers outside 1..65 are not stored.
 // - One descriptor row per stored property (style_format_table.cpp) says
@@ -117,10 +128,33 @@ class TELVANIX_API CCssStyleFormat : public CRglObject, public CCssPropertyNames
                                     QuickMapStringToValueItem* table, int tableBytes);
 
   // 1 when the property (a shorthand, or any part of one) was given.
-  int IsPropertySet(EmPropertyNameId id) const;
+  int IsPropertySet(EmPropertyNameId id) const {
+    return id >= 0 && id < kPropertyIdCapacity && m_setFlags.test(static_cast<size_t>(id)) ? 1 : 0;
+  }
+
+  // 1 when both formats have the same stored properties set, with equal
+  // values; shorthand marks are not compared (their parts carry the value).
+  // 0 for null.
+  int Compare(const CCssStyleFormat* other) const;
+  // Declaration text ("name:value; " per stored property that is set, in
+  // identifier order) that AnalyseCssProperties reads back to an equal
+  // format. Numbers keep every digit the reader can hold.
+  CString GetPrintableString() const;
+  // One presentational HTML attribute of a tag (tag id as CHtmlTagItem
+  // gives it) read into the format: FONT color/size/face, BASEFONT,
+  // BODY bgcolor/text/background, bgcolor, align, valign, border of
+  // IMG/OBJECT/TABLE, nowrap of TD/TH, IMG hspace/vspace and align
+  // top/middle/bottom, HR color/noshade/size, UL/OL/LI type, INPUT type
+  // (controls without a field box, buttons). FONT size is 1..7
+  // or relative to 3 ("+2"), stored in px. 1 when something was stored; 0 for attributes with no style
+  // meaning here (width, height, link...) and for unreadable values.
+  int AnalyseHtmlAttribute(int tagId, const char* name, const char* value);
 
   // Font.
   const CSttNumber& GetFontSize() const { return m_numFontSize; }
+  // The size keyword (emFontSizeXXSmall..emFontSizeSmaller); emValueNone
+  // when the size is a length (or not given).
+  EmPropertyValue GetFontSizeValue() const { return m_emFontSize; }
   const CString& GetFontFamily() const { return m_strFontFamily; }
   // The first family of the list, without quotes ("" when none).
   CString GetFirstFontFamily() const;
@@ -172,7 +206,8 @@ class TELVANIX_API CCssStyleFormat : public CRglObject, public CCssPropertyNames
   static const CPropertyRow* GetPropertyRows(int& count);
   CSlot SlotOf(const CPropertyRow& row);
 
-  int ParseFontSize(const char* text, CSttNumber& size);
+  int ParseFontSize(const char* text, EmPropertyValue& code, CSttNumber& size);
+  int ReadColor(const char* text, CSttColor& color);
   int ParseFontShorthand(const char* text);
   int ParseFourSides(const CPropertyRow& row, const char* text);
   int ParseBorderSides(const CPropertyRow& row, const char* text);
@@ -188,6 +223,7 @@ class TELVANIX_API CCssStyleFormat : public CRglObject, public CCssPropertyNames
   std::bitset<kPropertyIdCapacity> m_setFlags;
 
   CSttNumber m_numFontSize;
+  EmPropertyValue m_emFontSize;
   CString m_strFontFamily;
   EmPropertyValue m_emFontWeight;
   CSttNumber m_numFontWeight;

@@ -192,6 +192,11 @@ std::string DescribeDeclarations(const std::string&, const std::string& input) {
       f = F(previous);
     }
     out << DescribeFormat(f);
+    // The printed declarations read back to the same format.
+    const CString printed = f.GetPrintableString();
+    F again;
+    again.AnalyseCssProperties(printed);
+    out << "  printed: " << printed.str() << (again.Compare(&f) ? "\n" : "(reads back different)\n");
     previous = f;
   }
   return out.str();

@@ -11,6 +11,7 @@ extern const Command kRecoverCommand;
 extern const Command kRefsCommand;
 extern const Command kRmCommand;
 extern const Command kRoundtripCommand;
+extern const Command kStyleCommand;
 extern const Command kTagsCommand;
 extern const Command kTextCommand;
 extern const Command kTocCommand;
@@ -19,7 +20,7 @@ const std::vector<Command>& AllCommands() {
   static const std::vector<Command> commands = {kCheckCommand, kTextCommand,  kPropsCommand,    kTagsCommand,
                                                 kFormatCommand, kTocCommand, kRoundtripCommand,
                                                 kPopupsCommand, kMvCommand,  kRmCommand,       kRefsCommand,
-                                                kRecoverCommand};
+                                                kRecoverCommand, kStyleCommand};
   return commands;
 }
 

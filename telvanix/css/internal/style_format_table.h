@@ -14,11 +14,13 @@ enum class EmPropertyRead : unsigned char {
   kKeywordOrNumber,  // a keyword, else a number (code emValueNumber); a keyword clears the number
   kKeywordKeepsNumber,  // as kKeywordOrNumber, but a keyword leaves the number as it was
   kNumber,           // CSttNumber::Assign; a rejected text keeps the earlier value
-  kColor,            // CSttColor::Assign, likewise
+  kMargin,           // as kNumber; "auto" reads as 0px
+  kColor,            // a colour (CCssStyleFormat::ReadColor); other text keeps the earlier value
   kUrl,              // CSttUrl::Assign, likewise
   kLowerText,        // the text trimmed and lower-cased; empty counts as not read
   kText,             // the text trimmed; empty counts as not read
-  kFontSize,         // a number, or a size keyword turned into points
+  kFamilyList,       // a comma-separated list, each name trimmed, joined by ", "
+  kFontSize,         // a number, or a size keyword (its code kept) turned into points
   kFont,             // the font shorthand (its own reader)
   kBackground,       // the background shorthand (its own reader)
   kListStyle,        // the list-style shorthand (its own reader)

@@ -1,0 +1,561 @@
+#include "telvanix/view/html_file_view.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <unordered_map>
+
+#include "telvanix/css/css_pack_ex.h"
+#include "telvanix/css/css_pack_ex_manager.h"
+#include "telvanix/css/style_collector.h"
+#include "telvanix/css/style_combine.h"
+#include "telvanix/css/style_format.h"
+#include "telvanix/css/style_property.h"
+#include "telvanix/foundation/path_utils.h"
+#include "telvanix/html/entity_tree.h"
+#include "telvanix/html/tag_item.h"
+#include "telvanix/html/token_list.h"
+#include "telvanix/html/tree_node.h"
+#include "telvanix/view/internal/browser_default_sheet.h"
+#include "telvanix/view/tag_format.h"
+
+namespace telvanix {
+
+namespace {
+
+using T = CHtmlTagItem;
+using Collector = CCssStyleCollector;
+
+std::shared_ptr<const Collector::CRuleSet> CompileDefaults(const char* text) {
+  CByteString bytes;
+  bytes.Append(reinterpret_cast<const unsigned char*>(text), static_cast<int>(std::strlen(text)));
+  auto pack = std::make_unique<CCssPack>(&bytes);
+  pack->Parse();
+  return std::make_shared<Collector::CRuleSet>(std::move(pack), "", text, 1, Collector::emLevelDefault);
+}
+
+// The tag defaults, compiled once for the process.
+const std::shared_ptr<const Collector::CRuleSet>& DefaultRules() {
+  static const auto rules = CompileDefaults(kBrowserDefaultSheet);
+  return rules;
+}
+const std::shared_ptr<const Collector::CRuleSet>& QuirksRules() {
+  static const auto rules = CompileDefaults(kBrowserQuirksSheet);
+  return rules;
+}
+
+bool ContainsWordNoCase(const char* text, const char* word) {
+  if (!text)
+    return false;
+  const size_t n = std::strlen(word);
+  for (const char* p = text; *p; ++p)
+    if (strncasecmp(p, word, n) == 0)
+      return true;
+  return false;
+}
+
+// Tags that stand for no element: comments, declarations, processing
+// instructions.
+bool IsElementTag(CHtmlTagItem* tag) {
+  if (!tag || tag->IsEndTag())
+    return false;
+  const int id = tag->GetTagId();
+  if (id == T::emTagIdDoctype || id == T::emTagIdComment || id == T::emTagIdXmlDoctype || id == 0)
+    return false;
+  if (tag->IsUnknownTag()) {
+    const CString name = tag->GetTagName();
+    return !name.IsEmpty() && name[0] != '!' && name[0] != '?' && name[0] != '/';
+  }
+  return true;
+}
+
+void SplitClasses(const char* text, std::vector<std::string>& out) {
+  if (!text)
+    return;
+  const char* p = text;
+  while (*p) {
+    while (*p == ' ' || *p == '\t' || *p == '\r' || *p == '\n' || *p == '\f')
+      ++p;
+    const char* q = p;
+    while (*q && *q != ' ' && *q != '\t' && *q != '\r' && *q != '\n' && *q != '\f')
+      ++q;
+    if (q > p)
+      out.emplace_back(p, q);
+    p = q;
+  }
+}
+
+// Attribute names AnalyseHtmlAttribute reads (and a few it refuses), so
+// that the many others (href, name, onclick...) cost one look at a byte.
+bool IsPresentationalName(const char* name) {
+  static const char* const kNames[] = {"color",  "face",   "size",   "text",    "background", "bgcolor", "align",
+                                       "valign", "border", "nowrap", "noshade", "hspace",     "vspace",  "type"};
+  const char first = static_cast<char>(name[0] | 0x20);
+  for (const char* known : kNames)
+    if (known[0] == first && strcasecmp(known, name) == 0)
+      return true;
+  return false;
+}
+
+// Lines of tokens asked for in document order: a cursor walks the list
+// once, counting line ends of the bytes read from the source (tokens a
+// repair inserted have none). A token met out of order starts the walk over.
+class CLineCursor {
+ public:
+  explicit CLineCursor(CHtmlTokenList* list) : m_list(list), m_pos(list->GetHeadPosition()) {}
+  int LineOf(POSITION target) {
+    for (int pass = 0; pass < 2; ++pass) {
+      while (m_pos) {
+        const POSITION here = m_pos;
+        CHtmlTokenItem* token = m_list->GetNext(m_pos);
+        const int line = m_line;
+        if (token && !(token->GetTokenFlag() &
+                       (CHtmlTokenItem::emTokenInserted | CHtmlTokenItem::emTokenRecoveryInserted))) {
+          const unsigned char* data = token->GetOriginalData();
+          const int length = token->GetOriginalLength() + token->GetIndentAfterLength();
+          if (data && length > 0)
+            m_line += static_cast<int>(std::count(data, data + length, static_cast<unsigned char>('\n')));
+        }
+        if (here == target)
+          return line;
+      }
+      m_pos = m_list->GetHeadPosition();
+      m_line = 1;
+    }
+    return 0;
+  }
+
+ private:
+  CHtmlTokenList* m_list;
+  POSITION m_pos;
+  int m_line = 1;
+};
+
+// The nearest TABLE around an element; null when none.
+const Collector::CElement* EnclosingTable(const Collector::CElement& element) {
+  for (const Collector::CElement* e = element.parent; e; e = e->parent)
+    if (e->tagId == T::emTagIdTable)
+      return e;
+  return nullptr;
+}
+
+}  // namespace
+
+// The work of one build, kept apart from the view's state.
+struct CHtmlFileView::CBuild {
+  std::vector<Collector::CElement> elements;
+  std::vector<CHtmlTokenNode*> leaves;
+  std::vector<int> parents;
+};
+
+CHtmlFileView::CHtmlFileView(CCssPackExManager* manager) : CHtmlPack(), m_pManager(manager) {
+  if (!m_pManager) {
+    m_pOwnManager = std::make_unique<CCssPackExManager>();
+    m_pManager = m_pOwnManager.get();
+  }
+}
+
+CHtmlFileView::CHtmlFileView(const char* path, CCssPackExManager* manager) : CHtmlPack(path), m_pManager(manager) {
+  if (!m_pManager) {
+    m_pOwnManager = std::make_unique<CCssPackExManager>();
+    m_pManager = m_pOwnManager.get();
+  }
+}
+
+CHtmlFileView::CHtmlFileView(CByteString& source, const char* path, CCssPackExManager* manager)
+    : CHtmlPack(source, path), m_pManager(manager) {
+  if (!m_pManager) {
+    m_pOwnManager = std::make_unique<CCssPackExManager>();
+    m_pManager = m_pOwnManager.get();
+  }
+}
+
+CHtmlFileView::~CHtmlFileView() = default;
+
+bool CHtmlFileView::IsCurrent() {
+  if (m_bStale)
+    return false;
+  CHtmlEntityTree* tree = GetEntityTree();
+  return tree && tree->GetRootNode() == m_pBuiltRoot && GetTokenList()->GetCount() == m_nBuiltTokens;
+}
+
+int CHtmlFileView::BuildView() {
+  try {
+    if (!IsParsed() && !Parse(emParseHtmlTree))
+      return 0;
+    // Tokens inserted or removed since the last build leave the tree stale.
+    const bool listChanged = m_nBuiltTokens >= 0 && GetTokenList()->GetCount() != m_nBuiltTokens;
+    if (!GetEntityTree() || !GetEntityTree()->GetRootNode() || listChanged)
+      if (!RebuildEntityTree())
+        return 0;
+    if (IsCurrent())
+      return 1;
+    return Build();
+  } catch (const std::exception&) {
+    m_arrElements.clear();
+    return 0;
+  }
+}
+
+int CHtmlFileView::Build() {
+  m_arrElements.clear();
+  m_arrRecords.clear();
+  m_arrSheetErrors.RemoveAll();
+  CHtmlTokenList* list = GetTokenList();
+  CHtmlEntityTree* tree = GetEntityTree();
+  if (!list || !tree || !tree->GetRootNode())
+    return 0;
+  CBuild build;
+
+  // Lines of the tokens, and what the head says: DOCTYPE, sheets, BODY link.
+  m_pCollector = std::make_unique<Collector>();
+  Collector& collector = *m_pCollector;
+  collector.AddRuleSet(DefaultRules());
+  const char* doctype = nullptr;
+  CString doctypeText;
+  bool sawDoctype = false;
+  CLineCursor styleLines(list);
+  struct CSheetRef {
+    bool block;
+    CString text;
+    int line;
+  };
+  std::vector<CSheetRef> sheets;
+  bool inStyle = false;
+  CString styleText;
+  int styleLine = 0;
+  for (POSITION pos = list->GetHeadPosition(); pos;) {
+    const POSITION here = pos;
+    CHtmlTokenItem* token = list->GetNext(pos);
+    if (!token)
+      continue;
+    if (token->IsDiscardedToken())
+      continue;
+    if (inStyle) {
+      if (token->IsTagToken()) {
+        inStyle = false;
+        sheets.push_back({true, styleText, styleLine});
+      } else {
+        // Rule lines count from the line the block's text begins on.
+        if (styleLine == 0)
+          styleLine = styleLines.LineOf(here);
+        styleText += token->GetOriginalString();
+        continue;
+      }
+    }
+    if (!token->IsTagToken())
+      continue;
+    CHtmlTagItem* tag = static_cast<CHtmlTagItem*>(token);
+    const int id = tag->GetTagId();
+    if (id == T::emTagIdDoctype && !sawDoctype) {
+      sawDoctype = true;
+      doctypeText = token->GetOriginalString();
+      doctype = doctypeText;
+    } else if (id == T::emTagIdStyle) {
+      const char* type = tag->GetAttributeValue("type");
+      const char* media = tag->GetAttributeValue("media");
+      if ((!type || !*type || ContainsWordNoCase(type, "css")) &&
+          (!media || !*media || ContainsWordNoCase(media, "screen") || ContainsWordNoCase(media, "all"))) {
+        inStyle = true;
+        styleText.Empty();
+        styleLine = 0;
+      }
+    } else if (id == T::emTagIdLink) {
+      const char* rel = tag->GetAttributeValue("rel");
+      const char* href = tag->GetAttributeValue("href");
+      const char* media = tag->GetAttributeValue("media");
+      if (rel && href && *href && ContainsWordNoCase(rel, "stylesheet") && !ContainsWordNoCase(rel, "alternate") &&
+          (!media || !*media || ContainsWordNoCase(media, "screen") || ContainsWordNoCase(media, "all"))) {
+        CString name(href, static_cast<int>(std::strcspn(href, "?#")));
+        // Resolved against the page's path, also for a page given as bytes.
+        sheets.push_back({false, GetPathName().IsEmpty() ? CString() : GetNormalizedFullPathName(name, GetPathName()), 0});
+      }
+    }
+  }
+  if (inStyle)
+    sheets.push_back({true, styleText, styleLine});
+  m_bQuirks = IsQuirksModeDoctype(doctype) != 0;
+  if (m_bQuirks)
+    collector.AddRuleSet(QuirksRules());
+  collector.SetQuirksMode(m_bQuirks);
+  for (const CSheetRef& sheet : sheets) {
+    if (sheet.block)
+      m_pManager->AddStyleBlock(GetPathName(), sheet.text, sheet.line, collector, m_arrSheetErrors);
+    else if (sheet.text.IsEmpty())
+      m_arrSheetErrors.Add("a linked stylesheet of a page without a path");
+    else
+      m_pManager->AddSheet(sheet.text, collector, m_arrSheetErrors);
+  }
+
+  // The elements in document order, walked without recursion.
+  struct CStep {
+    CHtmlEntityNode* node;
+    POSITION child;
+    int element;  // its index, -1 for the root
+    int lastChild;
+  };
+  std::vector<CStep> stack;
+  stack.push_back({tree->GetRootNode(), tree->GetRootNode()->GetFirstChildPosition(), -1, -1});
+  auto addElement = [&](CHtmlTokenNode* leaf, int parent, int& previous) -> int {
+    CHtmlTagItem* tag = leaf->GetTagItem(list);
+    if (!IsElementTag(tag))
+      return -1;
+    Collector::CElement e;
+    e.tagId = tag->GetTagId();
+    e.tag = tag;
+    if (const char* id = tag->GetAttributeValue("id"))
+      e.id = id;
+    SplitClasses(tag->GetAttributeValue("class"), e.classes);
+    e.link = e.tagId == T::emTagIdA && tag->GetAttributeValue("href") != nullptr;
+    const int index = static_cast<int>(build.elements.size());
+    build.elements.push_back(std::move(e));
+    build.leaves.push_back(leaf);
+    build.parents.push_back(parent);
+    build.parents.push_back(previous);  // parents[2i], previous[2i+1]
+    previous = index;
+    return index;
+  };
+  while (!stack.empty()) {
+    CStep& step = stack.back();
+    if (!step.child) {
+      stack.pop_back();
+      continue;
+    }
+    CHtmlTreeNode* child = step.node->GetNextChild(step.child);
+    if (!child)
+      continue;
+    if (child->IsEntityNode()) {
+      auto* element = static_cast<CHtmlEntityNode*>(child);
+      CHtmlTokenNode* start = element->GetStartTagNode();
+      int index = -1;
+      if (start)
+        index = addElement(start, step.element, step.lastChild);
+      CStep next{element, element->GetFirstChildPosition(), index >= 0 ? index : step.element, -1};
+      if (start)
+        element->GetNextChild(next.child);  // the start leaf is the element itself
+      if (index < 0)
+        next.lastChild = step.lastChild;  // an element of no tag: its children stand for it
+      stack.push_back(next);
+    } else {
+      auto* leaf = static_cast<CHtmlTokenNode*>(child);
+      if (leaf->IsTagNode() && leaf != step.node->GetStartTagNode())
+        addElement(leaf, step.element, step.lastChild);
+    }
+  }
+  // Links between the element records, now that the vector stays put.
+  const int count = static_cast<int>(build.elements.size());
+  for (int i = 0; i < count; ++i) {
+    const int parent = build.parents[2 * i];
+    const int previous = build.parents[2 * i + 1];
+    build.elements[i].parent = parent >= 0 ? &build.elements[parent] : nullptr;
+    build.elements[i].previous = previous >= 0 ? &build.elements[previous] : nullptr;
+  }
+
+  // BODY link colours links over the tag defaults.
+  // Scratch formats, kept per thread: a format is costly to make.
+  thread_local CCssStyleFormat linkFormat, inlineNormal, inlineImportant;
+  // Attribute formats, by tag and attribute text: shared results point at them.
+  std::unordered_map<std::string, std::unique_ptr<CCssStyleFormat>> attributeFormats;
+  if (!linkFormat.IsDefault())
+    linkFormat.Default();
+  for (const Collector::CElement& e : build.elements)
+    if (e.tagId == T::emTagIdBody) {
+      if (const char* link = e.tag->GetAttributeValue("link"))
+        linkFormat.AnalyseCssProperty("color", link);
+      break;
+    }
+
+  // Each element after its parent: collect, combine, compute. An element
+  // whose parent format, tag and matched rules equal an earlier one's (and
+  // that has no attributes or inline style of its own) takes a copy of that
+  // earlier result, as siblings and rows of a table mostly do.
+  CLineCursor lines(list);
+  std::unordered_map<std::uint64_t, const CHtmlTagFormat*> shared;
+  std::vector<Collector::CMatch> matches;
+  CCssStyleCombine combine;
+  m_arrElements.reserve(static_cast<size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    const Collector::CElement& e = build.elements[i];
+    matches.clear();
+    collector.Collect(e, matches);
+    if (e.link && !linkFormat.IsDefault()) {
+      Collector::CMatch m;
+      m.format = &linkFormat;
+      m.level = Collector::emLevelDefaultLink;
+      matches.push_back(m);
+    }
+    // Presentational attributes, and what a table's attributes give its
+    // cells: one format per distinct set of them, kept for the build.
+    std::string signature;
+    unsigned int cursor = 0;
+    const char* value = nullptr;
+    for (const char* name = e.tag->GetFirstAttribute(cursor, value); name;
+         name = e.tag->GetNextAttribute(cursor, value))
+      if (value && IsPresentationalName(name)) {
+        signature += name;
+        signature += '=';
+        signature += value;
+        signature += '\0';
+      }
+    const char* cellBorder = nullptr;
+    const char* cellPadding = nullptr;
+    if (e.tagId == T::emTagIdTd || e.tagId == T::emTagIdTh) {
+      if (const Collector::CElement* table = EnclosingTable(e)) {
+        cellBorder = table->tag->GetAttributeValue("border");
+        cellPadding = table->tag->GetAttributeValue("cellpadding");
+        signature += cellBorder ? std::string("\1") + cellBorder : std::string("\2");
+        signature += cellPadding ? std::string("\1") + cellPadding : std::string("\2");
+      }
+    }
+    const CCssStyleFormat* attributes = nullptr;
+    if (!signature.empty()) {
+      signature += std::to_string(e.tagId);
+      std::unique_ptr<CCssStyleFormat>& made = attributeFormats[signature];
+      if (!made) {
+        made = std::make_unique<CCssStyleFormat>();
+        cursor = 0;
+        for (const char* name = e.tag->GetFirstAttribute(cursor, value); name;
+             name = e.tag->GetNextAttribute(cursor, value))
+          if (value && IsPresentationalName(name))
+            made->AnalyseHtmlAttribute(e.tagId, name, value);
+        if (cellBorder && (!*cellBorder || std::atoi(cellBorder) > 0))
+          made->AnalyseCssProperty("border", "1px inset");
+        if (cellPadding) {
+          CString px;
+          px.Format("%dpx", std::atoi(cellPadding) < 0 ? 0 : std::atoi(cellPadding));
+          made->AnalyseCssProperty("padding", px);
+        }
+      }
+      if (!made->IsDefault())
+        attributes = made.get();
+    }
+    if (attributes) {
+      Collector::CMatch m;
+      m.format = attributes;
+      m.level = Collector::emLevelAttribute;
+      matches.push_back(m);
+    }
+    const bool plain = !e.tag->GetAttributeValue("style");
+    const int parentIndex = build.parents[2 * i];
+    const CHtmlTagFormat* parentFormat =
+        parentIndex >= 0 ? static_cast<CHtmlTagFormat*>(build.leaves[parentIndex]->GetTagFormat()) : nullptr;
+    std::uint64_t key = 0;
+    if (plain) {
+      key = 1469598103934665603ull;
+      auto mix = [&key](std::uint64_t v) { key = (key ^ v) * 1099511628211ull; };
+      mix(reinterpret_cast<std::uintptr_t>(parentFormat ? parentFormat->GetSharedSource() : nullptr));
+      mix(static_cast<std::uint32_t>(e.tagId));
+      for (const Collector::CMatch& m : matches)
+        mix(reinterpret_cast<std::uintptr_t>(m.format) * 31 + static_cast<std::uint64_t>(m.level));
+      auto found = shared.find(key);
+      if (found != shared.end()) {
+        auto* format = new CHtmlTagFormat(*found->second);
+        format->SetTagName(e.tag->GetTagName());
+        format->SetLine(lines.LineOf(build.leaves[i]->GetTokenPosition()));
+        build.leaves[i]->SetTagFormat(format);
+        m_arrElements.push_back(build.leaves[i]);
+        continue;
+      }
+    }
+    // The style attribute: normal and !important declarations apart.
+    if (const char* style = e.tag->GetAttributeValue("style")) {
+      if (!inlineNormal.IsDefault())
+        inlineNormal.Default();
+      if (!inlineImportant.IsDefault())
+        inlineImportant.Default();
+      Collector::CInheritMask inheritNormal, inheritImportant;
+      CCssStyleProperty properties;
+      properties.Analyse(reinterpret_cast<unsigned char*>(const_cast<char*>(style)));
+      int index = 0;
+      properties.GetFirstPropertyPair(index);
+      while (const CCssStyleProperty::CPropertyPair* pair = properties.GetNextPropertyPair(index)) {
+        CString v = pair->GetValue();
+        const int bang = v.ReverseFind('!');
+        if (bang >= 0) {
+          CString rest = v.Mid(bang + 1);
+          rest.Trim();
+          if (rest.CompareNoCase("important") == 0) {
+            if (!Collector::ReadInheritDeclaration(pair->GetName(), v.Left(bang), inheritImportant))
+              inlineImportant.AnalyseCssProperty(pair->GetName(), v.Left(bang));
+            continue;
+          }
+        }
+        if (!Collector::ReadInheritDeclaration(pair->GetName(), v, inheritNormal))
+          inlineNormal.AnalyseCssProperty(pair->GetName(), v);
+      }
+      Collector::CMatch m;
+      m.format = &inlineNormal;
+      m.inherit = inheritNormal;
+      m.level = Collector::emLevelInline;
+      matches.push_back(m);
+      m.format = &inlineImportant;
+      m.inherit = inheritImportant;
+      m.level = Collector::emLevelInlineImportant;
+      matches.push_back(m);
+    }
+    combine.Combine(matches, m_bQuirks);
+    auto* format = new CHtmlTagFormat();
+    format->SetTagName(e.tag->GetTagName());
+    format->SetLine(lines.LineOf(build.leaves[i]->GetTokenPosition()));
+    format->Compute(combine, parentFormat, m_bQuirks);
+    if (plain)
+      shared.emplace(key, format);
+    build.leaves[i]->SetTagFormat(format);
+    m_arrElements.push_back(build.leaves[i]);
+  }
+  m_arrRecords = std::move(build.elements);
+  m_bStale = false;
+  m_pBuiltRoot = tree->GetRootNode();
+  m_nBuiltTokens = list->GetCount();
+  return 1;
+}
+
+int CHtmlFileView::GetElementCount() {
+  BuildView();
+  return static_cast<int>(m_arrElements.size());
+}
+
+CHtmlTokenNode* CHtmlFileView::GetElementNode(int index) {
+  BuildView();
+  return index >= 0 && index < static_cast<int>(m_arrElements.size()) ? m_arrElements[index] : nullptr;
+}
+
+CHtmlTagFormat* CHtmlFileView::GetTagFormat(int index) {
+  CHtmlTokenNode* node = GetElementNode(index);
+  return node ? static_cast<CHtmlTagFormat*>(node->GetTagFormat()) : nullptr;
+}
+
+CHtmlTagFormat* CHtmlFileView::GetTagFormat(POSITION pos) {
+  BuildView();
+  for (CHtmlTokenNode* node : m_arrElements)
+    if (node->GetTokenPosition() == pos)
+      return static_cast<CHtmlTagFormat*>(node->GetTagFormat());
+  return nullptr;
+}
+
+int CHtmlFileView::SetElementAttribute(int index, const char* name, const char* value) {
+  CHtmlTokenNode* node = GetElementNode(index);
+  CHtmlTagItem* tag = node ? node->GetTagItem(GetTokenList()) : nullptr;
+  if (!tag || !name)
+    return 0;
+  const int done = value ? tag->SetAttribute(name, value) : tag->DeleteAttribute(name);
+  m_bStale = true;
+  return done;
+}
+
+int CHtmlFileView::IsElementSelected(int index, const char* selector) {
+  BuildView();
+  if (index < 0 || index >= static_cast<int>(m_arrRecords.size()))
+    return 0;
+  return CCssStyleCollector::MatchesSelector(selector, m_arrRecords[index], m_bQuirks);
+}
+
+int CHtmlFileView::IsQuirksMode() {
+  BuildView();
+  return m_bQuirks ? 1 : 0;
+}
+
+}  // namespace telvanix
