@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cstring>
 #include <map>
+#include <string_view>
 #include <atomic>
 #include <thread>
 
@@ -50,10 +51,45 @@ bool LoadPage(const std::string& path, CByteString& bytes, std::string& error,
   return LoadWholeFile(path, bytes, error);
 }
 
-// The charset a contents or index file declares, as a page does.
-UINT SitemapCodePage(CByteString& bytes, const char* name) {
-  CHtmlPack pack(bytes, name);
-  return pack.Parse(CHtmlPack::emParseAttributes) ? pack.GetPageCodePage() : GetActiveCodePage();
+// Each reference's position: the first unclaimed place written the same
+// (decoded where the file's syntax encodes characters), places in file order.
+// Matched through a sorted list of views: no allocation a reference.
+void PlaceReferences(std::vector<CFileReference>& found, bool html, CHtmlProjectIndex::CFileEntry& s) {
+  auto trim = [](std::string_view t) {
+    const size_t b = t.find_first_not_of(" \t\r\n"), e = t.find_last_not_of(" \t\r\n");
+    return b == std::string_view::npos ? std::string_view() : t.substr(b, e + 1 - b);
+  };
+  s.m_positions.reserve(found.size());
+  for (CFileReference& f : found)
+    s.m_positions.push_back({f.m_nLine, f.m_strElement.str(), f.m_strAttribute.str(), f.m_strWritten.str()});
+  std::vector<std::string> decoded;  // the few values written with character references
+  for (const auto& p : s.m_positions)
+    if (html && p.m_strWritten.find('&') != std::string::npos) decoded.push_back(Decoded(p.m_strWritten.c_str()));
+  std::vector<std::pair<std::string_view, size_t>> keys;
+  keys.reserve(s.m_positions.size());
+  for (size_t k = 0, d = 0; k < s.m_positions.size(); ++k) {
+    const std::string& w = s.m_positions[k].m_strWritten;
+    keys.emplace_back(trim(html && w.find('&') != std::string::npos ? std::string_view(decoded[d++]) : w), k);
+  }
+  std::sort(keys.begin(), keys.end());
+  std::vector<char> claimed(keys.size(), 0);
+  for (CHtmlProjectIndex::CReference& r : s.m_refs) {
+    const std::string_view text = trim(r.m_strText);
+    auto it = std::lower_bound(keys.begin(), keys.end(), std::make_pair(text, size_t{0}));
+    for (; it != keys.end() && it->first == text; ++it)
+      if (!claimed[it - keys.begin()]) {
+        claimed[it - keys.begin()] = 1;
+        r.m_nPosition = it->second;
+        r.m_nLine = s.m_positions[it->second].m_nLine;
+        break;
+      }
+  }
+}
+
+// The references of a page or sitemap as the rewrite walk finds them.
+void PlacePageReferences(CHtmlFileEx& doc, CHtmlProjectIndex::CFileEntry& s) {
+  std::vector<CFileReference> found;
+  if (doc.GetFileReferences(found) >= 0) PlaceReferences(found, true, s);
 }
 
 // A dropped token that holds nothing a reader sees and no part of the
@@ -202,6 +238,7 @@ CHtmlProjectIndex::CFileEntry ScanTopic(const std::string& root, const std::stri
     add(Decoded(v), "contents or index file");
   for (const char* v = doc.GetFirstAnchorHref(i); v; v = doc.GetNextAnchorHref(i)) add(Decoded(v), "link", true);
   for (const char* v = doc.GetFirstFrameSource(i); v; v = doc.GetNextFrameSource(i)) add(Decoded(v), "frame", true);
+  PlacePageReferences(doc, s);
   s.m_bookmarks = PageBookmarks(doc);
 
   CString tags;
@@ -224,6 +261,10 @@ CHtmlProjectIndex::CFileEntry ScanStylesheet(const std::string& root, const std:
   UINT index = 0;
   for (CString v = pack.GetFirstBaggageFile(index); !v.IsEmpty(); v = pack.GetNextBaggageFile(index))
     s.m_refs.push_back({v.str(), "image in a stylesheet", 0, 0});
+  CHtmlFileEx::CReplaceContext listing;
+  listing.SetDocument(rel.c_str(), nullptr);
+  std::vector<CFileReference> found;
+  if (pack.GetFileReferences(listing, found) >= 0) PlaceReferences(found, false, s);
   return s;
 }
 
@@ -231,7 +272,9 @@ CHtmlProjectIndex::CFileEntry ScanSitemap(const std::string& root, const std::st
   CHtmlProjectIndex::CFileEntry s;
   CByteString bytes;
   if (!LoadPage(JoinRoot(root, rel), bytes, s.m_strError, &s.m_stamp)) return s;
-  s.m_nCodePage = SitemapCodePage(bytes, rel.c_str());
+  // Read as a page too: its charset, as a page declares it, and where its values stand.
+  CHtmlFileEx page(bytes, rel.c_str());
+  s.m_nCodePage = page.Parse(CHtmlPack::emParseAttributes) ? page.GetPageCodePage() : GetActiveCodePage();
   CHtmlFileSitemap sitemap;
   if (!sitemap.Read(bytes))
     s.m_structure.push_back(bytes.GetLength() == 0 ? "empty file" : "no contents or index entries");
@@ -251,6 +294,7 @@ CHtmlProjectIndex::CFileEntry ScanSitemap(const std::string& root, const std::st
     for (int k = 0; k < e->GetSectionArraySize(); ++k)
       if (const CHtmlSitemapSection* sec = e->GetSection(k)) add(sec->GetPrimary());
   }
+  PlacePageReferences(page, s);
   return s;
 }
 
@@ -281,7 +325,8 @@ CHtmlProjectIndex::CFileEntry ScanProjectFile(const std::string& root, const std
     if (!CHtmlHelpProject::IsInputRole(v.m_emRole, v.m_strKey)) flags |= CHtmlProjectIndex::emRefOutput;
     if (v.m_emRole == CHtmlHelpProject::emRoleListedFile || v.m_emRole == CHtmlHelpProject::emRolePopupFile)
       flags |= CHtmlProjectIndex::emRefListing;
-    s.m_refs.push_back({v.m_strValue, RoleName(v.m_emRole), v.m_nLine, flags});
+    s.m_refs.push_back({v.m_strValue, RoleName(v.m_emRole), v.m_nLine, flags, s.m_positions.size()});
+    s.m_positions.push_back({v.m_nLine, v.m_strKey.empty() ? "project" : v.m_strKey, "", v.m_strValue});
   }
   return s;
 }
@@ -360,6 +405,28 @@ std::vector<CHtmlProjectIndex::CReferrer> CHtmlProjectIndex::GetReferrers(const 
       const std::string& t = files[r.file].path;
       if (t == path || t.compare(0, folder.size(), folder) == 0) out.push_back({i, k, r.file});
     }
+  return out;
+}
+
+std::vector<CHtmlProjectIndex::CPlace> CHtmlProjectIndex::GetReferencePlaces(const std::string& path) const {
+  std::vector<CPlace> out;
+  const auto& files = m_resolver.files();
+  const std::string folder = path + "/", lower = Lower(path), lowerFolder = lower + "/";
+  auto under = [](const std::string& t, const std::string& p, const std::string& f) {
+    return t == p || t.compare(0, f.size(), f) == 0;
+  };
+  const BookmarkLookup none = [](size_t) -> const std::set<std::string>* { return nullptr; };
+  for (size_t i = 0; i < m_entries.size(); ++i) {
+    const FileKind kind = files[i].kind;
+    const bool html = kind == FileKind::kTopic || kind == FileKind::kContents || kind == FileKind::kIndex;
+    for (size_t k = 0; k < m_entries[i].m_positions.size(); ++k) {
+      const std::string& w = m_entries[i].m_positions[k].m_strWritten;
+      const Resolution r = m_resolver.Resolve(files[i].path, html ? Decoded(w.c_str()) : w, none);
+      if (r.ref.kind != RefKind::kLocal) continue;
+      if (r.file != kNoFile ? under(files[r.file].path, path, folder) : under(Lower(r.ref.path), lower, lowerFolder))
+        out.push_back({i, k});
+    }
+  }
   return out;
 }
 

@@ -25,17 +25,32 @@ class TELVANIX_API CHtmlProjectIndex {
     emRefOutput = 4,     // names a file the compiler writes (compiled file, log): need not exist
   };
 
+  static constexpr std::size_t kNoPosition = static_cast<std::size_t>(-1);
+
+  // Where a reference stands in its file.
+  struct CPosition {
+    int m_nLine;                 // from 1
+    std::string m_strElement;    // the tag as written ("IMG", "param"), a sheet's "url" or "@import",
+                                 // a project file's option key or window name ("project" for other lines)
+    std::string m_strAttribute;  // "src", "Local", "style", ...; "" where there is none
+    std::string m_strWritten;    // the value as written, character references kept
+  };
+
   // One reference as written in a file, its entities decoded.
   struct CReference {
     std::string m_strText;
     const char* m_szWhat;  // what kind of reference ("image", "link", "contents file", ...)
-    int m_nLine;           // line in its file, from 1; 0 where the reader gives no position
+    int m_nLine;           // line in its file, from 1; 0 where no position is known
     unsigned m_nFlags;
+    std::size_t m_nPosition = kNoPosition;  // its place in the file's m_positions
   };
 
   // What the index read in one file.
   struct CFileEntry {
     std::vector<CReference> m_refs;
+    // Every reference the file holds, in file order, as a rewrite follows
+    // them: m_refs and more (each PARAM, "lowsrc", a sitemap's "URL").
+    std::vector<CPosition> m_positions;
     std::set<std::string> m_bookmarks;
     std::vector<std::string> m_repairs;    // what the page's outline repair changed
     std::vector<std::string> m_structure;  // a contents or index file's own faults
@@ -76,6 +91,15 @@ class TELVANIX_API CHtmlProjectIndex {
   // Every reference to `path` (project-relative): a file, or a folder and so
   // every file under it. A file's references to itself are included.
   std::vector<CReferrer> GetReferrers(const std::string& path) const;
+
+  // Every written reference to `path` (a file, or a folder and so every
+  // file under it; named as it exists, or without regard to case when it
+  // does not), in file and position order: where it stands and what it says.
+  struct CPlace {
+    std::size_t m_nFile;      // the referring file
+    std::size_t m_nPosition;  // in its m_positions
+  };
+  std::vector<CPlace> GetReferencePlaces(const std::string& path) const;
 
   // What moving `from` to `to` (files or folders, project-relative) would
   // change: the files that move and the files whose references must be

@@ -298,6 +298,9 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   // ReplaceFileReference would write: the same walk, nothing changed. A
   // context without moves just lists. Gives the count, -1 as above.
   int GetFileReferences(CReplaceContext& context, std::vector<CFileReference>& references);
+  // The same walk for positions alone (line, element, attribute, as
+  // written): nothing resolved, no context needed. Count, or -1 as above.
+  int GetFileReferences(std::vector<CFileReference>& references);
 
   // The items of the help-control object whose OBJECT start tag is at pos
   // (buttons, splash images, related topics, contents and index files).

@@ -474,4 +474,22 @@ int CHtmlFileEx::GetFileReferences(CReplaceContext& context, std::vector<CFileRe
   }
 }
 
+int CHtmlFileEx::GetFileReferences(std::vector<CFileReference>& references) {
+  references.clear();
+  try {
+    EnsureAnalysed();
+    if (!m_bParsed)
+      return GetSourceMode() == emSourceBuffer ? 0 : -1;
+    std::vector<ReferenceSite> sites;
+    CollectReferenceSites(sites, kSiteAll, nullptr);
+    references.reserve(sites.size());
+    for (ReferenceSite& site : sites)
+      references.push_back(std::move(site.ref));
+    return static_cast<int>(references.size());
+  } catch (...) {
+    references.clear();
+    return -1;
+  }
+}
+
 }  // namespace telvanix

@@ -102,8 +102,6 @@ int Run(const std::vector<std::string>& args) {
     PrintError(root + ": " + (std::filesystem::exists(root, ec) ? "not a folder" : "no such folder"));
     return kExitError;
   }
-  // A change that mv or rm left unfinished is completed before reading.
-  if (!CompletePendingChange(root)) return kExitError;
   ProjectReport report = CheckProject(root);
   if (cl.Has("json"))
     std::printf("%s\n", ToJson(report).dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/commands.h"
+#include "cli/project_edit.h"
 #include "telvanix/platform/code_page.h"
 
 namespace {
@@ -39,8 +40,12 @@ int main(int argc, char** argv) {
     return telvanix::tool::kExitError;
   }
   std::vector<std::string> args(argv + 2, argv + argc);
-  for (const auto& c : telvanix::tool::AllCommands())
-    if (name == c.name) return c.run(args);
+  for (const auto& c : telvanix::tool::AllCommands()) {
+    if (name != c.name) continue;
+    // Whatever it is asked, a command first completes a change a killed mv or rm left.
+    if (name != "recover" && !telvanix::tool::CompletePendingChanges(args)) return telvanix::tool::kExitError;
+    return c.run(args);
+  }
   std::fprintf(stderr, "telvanix: unknown command '%s'\n", name.c_str());
   PrintUsage(stderr);
   return telvanix::tool::kExitError;

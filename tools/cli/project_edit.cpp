@@ -74,6 +74,29 @@ bool CompletePendingChange(const std::string& root) {
   return true;
 }
 
+bool CompletePendingChanges(const std::vector<std::string>& args) {
+  std::set<std::string> roots, starts;
+  std::string given;
+  for (size_t i = 0; i < args.size(); ++i) {
+    if (args[i] == "--root" && i + 1 < args.size()) given = args[++i];
+    else if (args[i].compare(0, 7, "--root=") == 0) given = args[i].substr(7);
+    else if (std::error_code ec; !args[i].empty() && args[i][0] != '-' && fs::exists(args[i], ec)) {
+      // A folder named directly may be a root without a .hhp (check, recover).
+      if (fs::is_directory(args[i], ec)) roots.insert(fs::absolute(args[i], ec).lexically_normal().string());
+      starts.insert(fs::absolute(args[i], ec).lexically_normal().parent_path().string());
+    }
+  }
+  if (!given.empty()) roots = {given};
+  else
+    for (const std::string& s : starts) {
+      std::string error;
+      if (std::string root = FindProjectRoot("", s, error); !root.empty()) roots.insert(root);
+    }
+  for (const std::string& root : roots)
+    if (!CompletePendingChange(root)) return false;
+  return true;
+}
+
 std::string OpenProject(const std::string& givenRoot, const std::string& start, CHtmlProjectIndex& index) {
   std::string error;
   const std::string root = FindProjectRoot(givenRoot, start, error);
@@ -81,7 +104,6 @@ std::string OpenProject(const std::string& givenRoot, const std::string& start, 
     PrintError(error);
     return "";
   }
-  if (!CompletePendingChange(root)) return "";
   index.Build(root.c_str(), nullptr, true);
   return root;
 }

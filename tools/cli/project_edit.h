@@ -28,8 +28,14 @@ bool ToProjectPath(const std::string& root, const std::string& path, std::string
 // it did on stderr; false when the journal could not be completed.
 bool CompletePendingChange(const std::string& root);
 
+// Before any command but recover: completes the unfinished change in the
+// project root of each existing file or folder among `args` (--root, else
+// found upward as mv finds it) and in each folder named. False (the reason
+// printed) when one could not be completed.
+bool CompletePendingChanges(const std::vector<std::string>& args);
+
 // The common start of mv, rm and refs: the root (--root, else found from
-// `start`), any unfinished change completed, and the project's files listed
+// `start`; an unfinished change there is completed by then) and the project's files listed
 // (not read: the rewrite reads the few that may refer). Empty root (the
 // error printed) when the command cannot go on.
 std::string OpenProject(const std::string& givenRoot, const std::string& start, CHtmlProjectIndex& index);

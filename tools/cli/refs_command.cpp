@@ -7,7 +7,6 @@
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/page_files.h"
-#include "cli/parallel.h"
 #include "cli/project_edit.h"
 
 namespace telvanix::tool {
@@ -38,38 +37,31 @@ int Run(const std::vector<std::string>& args) {
     PrintError(error);
     return kExitError;
   }
-  // Listed through the deletion the file would be: each reference to it
-  // is then marked.
-  CHtmlFileEx::CReplaceContext context;
-  context.AddDeletion(rel.c_str(), index.FindFile(rel) < 0);
-  std::vector<size_t> candidates = CandidateReferrers(index, {rel});
-  std::vector<std::vector<CFileReference>> found(candidates.size());
-  std::vector<std::string> errors(candidates.size());
-  ParallelFor(candidates.size(), [&](size_t k) {
-    found[k] = ListFileReferences(root, index.GetFiles()[candidates[k]].path, context, errors[k]);
-  }, "refs");
-  nlohmann::json list = nlohmann::json::array();
+  // Read whole: the index knows where each reference stands.
+  if (!index.Build(root.c_str())) {
+    PrintError(root + ": no such folder");
+    return kExitError;
+  }
   int status = kExitClean;
-  const std::string folder = rel + "/";
-  for (size_t k = 0; k < candidates.size(); ++k) {
-    if (!errors[k].empty()) {
-      PrintError(errors[k]);
-      status = kExitError;
+  for (const std::string& e : index.GetErrors()) {
+    PrintError(e);
+    status = kExitError;
+  }
+  nlohmann::json list = nlohmann::json::array();
+  for (const CHtmlProjectIndex::CPlace& p : index.GetReferencePlaces(rel)) {
+    const std::string& file = index.GetFiles()[p.m_nFile].path;
+    const CHtmlProjectIndex::CPosition& at = index.GetEntries()[p.m_nFile].m_positions[p.m_nPosition];
+    if (cl.Has("json")) {
+      list.push_back({{"file", FileNameToUtf8(file)}, {"line", at.m_nLine}, {"element", ToUtf8(at.m_strElement.c_str())},
+                      {"attribute", ToUtf8(at.m_strAttribute.c_str())}, {"reference", ToUtf8(at.m_strWritten.c_str())}});
+      continue;
     }
-    const std::string& file = index.GetFiles()[candidates[k]].path;
-    for (const CFileReference& c : found[k]) {
-      const std::string target = c.m_strTarget.str();
-      CString mapped;
-      if (target.empty() || context.MapPath(target.c_str(), mapped) != CFileMoves::emDeleted) continue;
-      if (cl.Has("json"))
-        list.push_back({{"file", FileNameToUtf8(file)}, {"line", c.m_nLine}, {"element", ToUtf8(c.m_strElement)},
-                        {"attribute", ToUtf8(c.m_strAttribute)}, {"reference", ToUtf8(c.m_strWritten)}});
-      else {
-        CFileReference shown = c;
-        shown.m_nChange = CFileMoves::emUnchanged;  // listed, not changed
-        std::printf("%s\n", DescribeChange(file, shown).c_str());
-      }
-    }
+    CFileReference shown;
+    shown.m_nLine = at.m_nLine;
+    shown.m_strElement = at.m_strElement.c_str();
+    shown.m_strAttribute = at.m_strAttribute.c_str();
+    shown.m_strWritten = at.m_strWritten.c_str();
+    std::printf("%s\n", DescribeChange(file, shown).c_str());
   }
   if (cl.Has("json"))
     std::printf("%s\n", nlohmann::json({{"file", FileNameToUtf8(rel)}, {"references", list}})
