@@ -17,7 +17,7 @@ const char kHelp[] =
     "A change by mv or rm that was interrupted leaves a journal\n"
     "(.telvanix-journal) in the project folder. recover completes it, or\n"
     "undoes it when it had not reached its renames, so that the project is\n"
-    "as before or as after the change. Every changing command does this\n"
+    "as before or as after the change. Every other command does this\n"
     "first on its own.\n"
     "\n"
     "  --root DIR   the project folder (default: the nearest folder at or\n"
