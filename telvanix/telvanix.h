@@ -40,6 +40,8 @@
 #include "telvanix/topic/html_file_ex.h"
 #include "telvanix/topic/pure_text.h"
 #include "telvanix/topic/topic_text.h"
+#include "telvanix/topic/popup_anchor.h"
+#include "telvanix/topic/popups_support.h"
 #include "telvanix/platform/window.h"
 #include "telvanix/platform/win_records.h"
 #include "telvanix/platform/gdi_font.h"

@@ -62,14 +62,45 @@ CString LowerTrimmed(const char* text) {
   return value;
 }
 
+// Text values keep no byte that the declaration reader treats as syntax
+// (quotes, brackets, ";", braces, comment, escape and at-keyword marks)
+// and one blank
+// between words, so printed back they read as the same text.
+CString PlainText(const char* text) {
+  CString out;
+  bool blank = false;
+  for (const char* p = text; *p; ++p) {
+    const char c = *p;
+    if (std::strchr("\"'()[]{};<>\\/*!@", c))
+      continue;
+    if (c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f') {
+      blank = !out.IsEmpty();
+      continue;
+    }
+    if (blank)
+      out += ' ';
+    blank = false;
+    out += c;
+  }
+  return out;
+}
+
+// A url whose name the declaration reader could not give back (a ")" ends
+// url(...), ";" and braces end a declaration, a comment mark hides text).
+bool IsPlainUrl(const CSttUrl& url) {
+  const CString name = url.GetUrlName();
+  return std::strpbrk(name, ");{}") == nullptr && name.Find("/*") < 0 && name.Find("*/") < 0;
+}
+
 // A font family list with each name trimmed and ", " between names, so
 // that the list reads the same whatever blanks stood around its commas.
+// Names are kept without quotes (a browser quotes them when it writes them).
 CString FamilyList(const char* text) {
   CString out;
   CString name;
   char quote = 0;
   auto flush = [&]() {
-    TrimLeftAndRight(name);
+    name = PlainText(name);
     if (!name.IsEmpty()) {
       if (!out.IsEmpty())
         out += ", ";
@@ -465,14 +496,18 @@ int CCssStyleFormat::ReadValue(const CPropertyRow& row, const char* text, const 
       return AssignKept(*into.number, text);
     case EmPropertyRead::kColor:
       return ReadColor(text, *into.color);
-    case EmPropertyRead::kUrl:
-      return AssignKept(*into.url, text);
+    case EmPropertyRead::kUrl: {
+      CSttUrl url;
+      if (!url.Assign(text) || !IsPlainUrl(url))
+        return 0;
+      *into.url = url;
+      return 1;
+    }
     case EmPropertyRead::kLowerText:
-      *into.text = LowerTrimmed(text);
+      *into.text = PlainText(LowerTrimmed(text));
       return into.text->IsEmpty() ? 0 : 1;
     case EmPropertyRead::kText:
-      *into.text = text;
-      TrimLeftAndRight(*into.text);
+      *into.text = PlainText(text);
       return into.text->IsEmpty() ? 0 : 1;
     case EmPropertyRead::kFamilyList:
       *into.text = FamilyList(text);
@@ -551,8 +586,11 @@ int CCssStyleFormat::ParseBackground(const char* text) {
   while (CssNextValueRun(p, end, kCssFlagsValue, run)) {
     any = 1;
     if (run.GetLength() > 4 && strncasecmp(run, "url(", 4) == 0) {
-      m_urlBackgroundImage.Assign(run);
-      MarkSet(emPropertyBackgroundImage);
+      CSttUrl url(run);
+      if (IsPlainUrl(url)) {
+        m_urlBackgroundImage = url;
+        MarkSet(emPropertyBackgroundImage);
+      }
     } else if (IsOneOf(run, kRepeatWords)) {
       m_strBackgroundRepeat = LowerTrimmed(run);
       MarkSet(emPropertyBackgroundRepeat);
@@ -562,7 +600,7 @@ int CCssStyleFormat::ParseBackground(const char* text) {
     } else if (IsOneOf(run, kPositionWords) || CSttNumber().Assign(run)) {
       if (!position.IsEmpty())
         position += ' ';
-      position += LowerTrimmed(run);
+      position += PlainText(LowerTrimmed(run));
     } else if (run.CompareNoCase("none") != 0 && ReadColor(run, color)) {
       haveColor = true;
     }
@@ -598,7 +636,7 @@ int CCssStyleFormat::ParseListStyle(const char* text) {
       m_emListStylePosition = value;
       MarkSet(emPropertyListStylePosition);
       any = 1;
-    } else if (run.GetLength() > 4 && strncasecmp(run, "url(", 4) == 0) {
+    } else if (run.GetLength() > 4 && strncasecmp(run, "url(", 4) == 0 && IsPlainUrl(CSttUrl(run))) {
       m_urlListStyleImage.Assign(run);
       MarkSet(emPropertyListStyleImage);
       any = 1;
@@ -978,6 +1016,11 @@ int CCssStyleFormat::AnalyseHtmlAttribute(int tagId, const char* name, const cha
     int size = std::atoi(p);
     size = sign ? 3 + sign * (size > 9 ? 9 : size) : size;
     size = size < 1 ? 1 : size > 7 ? 7 : size;
+    // Sizes 1 to 6 are the keywords x-small to xx-large (a browser resizes
+    // them in a monospace family); 7 has no keyword.
+    static const char* const kKeywords[6] = {"x-small", "small", "medium", "large", "x-large", "xx-large"};
+    if (size <= 6)
+      return store(emPropertyFontSize, kKeywords[size - 1]);
     CString px;
     px.Format("%dpx", kHtmlFontSizePx[size - 1]);
     return store(emPropertyFontSize, px);

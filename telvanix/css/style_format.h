@@ -22,6 +22,10 @@
 //   background: colour, url image, repeat word, attachment word; other words
 //   and lengths make up the position text.
 //   list-style: type word, position word, url image, in any order.
+// - text values (families, display, white-space, background words) keep
+//   no quotes, brackets, ";", braces, "@", comment or escape marks, and one blank
+//   between words; a url whose name holds ")", ";", braces or a comment mark
+//   is refused: so every value prints back as text that reads the same;
 // - font-weight reads the weight table or a number ("700" gives code 1 with
 //   the number 700); the table's two codes of "light" are stored as one;
 // - colours: a name or hexadecimal value, "transparent" (a colour value of

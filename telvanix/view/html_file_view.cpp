@@ -500,7 +500,7 @@ int CHtmlFileView::Build() {
     auto* format = new CHtmlTagFormat();
     format->SetTagName(e.tag->GetTagName());
     format->SetLine(lines.LineOf(build.leaves[i]->GetTokenPosition()));
-    format->Compute(combine, parentFormat);
+    format->Compute(combine, parentFormat, m_bQuirks);
     if (plain)
       shared.emplace(key, format);
     build.leaves[i]->SetTagFormat(format);

@@ -22,7 +22,8 @@ constexpr COLORREF kTransparent = 0xFF000000;
 // Browser sizes of the keywords xx-small..xx-large, and of the same keywords
 // in a monospace family.
 constexpr float kKeywordPx[7] = {9, 10, 13, 16, 18, 24, 32};
-constexpr float kMonospaceKeywordPx[7] = {9, 9, 10, 13, 15, 20, 26};
+constexpr float kMonospaceKeywordPx[7] = {9, 10, 12, 13, 16, 20, 26};
+constexpr float kQuirksMonospaceKeywordPx[7] = {9, 9, 10, 13, 16, 20, 26};
 constexpr int kMediumKeyword = 4;
 // The x-height of the default serif face, as a share of the font size.
 constexpr float kExRatio = 0.458984375f;
@@ -194,7 +195,7 @@ float CHtmlTagFormat::LengthPx(const CSttNumber& number, float fontSize, bool& p
   }
 }
 
-void CHtmlTagFormat::ComputeFont(const CCssStyleCombine& combine, const CHtmlTagFormat* parent) {
+void CHtmlTagFormat::ComputeFont(const CCssStyleCombine& combine, const CHtmlTagFormat* parent, bool quirks) {
   // Family first: a monospace family changes what a size keyword means.
   const C::CWinner& family = combine.GetWinner(C::emFontFamily);
   if (!family.format) {
@@ -247,17 +248,17 @@ void CHtmlTagFormat::ComputeFont(const CCssStyleCombine& combine, const CHtmlTag
   }
   CComputed& data = *m_pData;
   if (data.sizeKeyword >= 1 && data.sizeKeyword <= 7) {
-    const float* table = monospace ? kMonospaceKeywordPx : kKeywordPx;
+    const float* table = !monospace ? kKeywordPx : quirks ? kQuirksMonospaceKeywordPx : kMonospaceKeywordPx;
     px = table[data.sizeKeyword - 1] * data.sizeFactor;
   }
   data.values[C::emFontSize].type = kPx;
   data.values[C::emFontSize].number = px;
 }
 
-void CHtmlTagFormat::Compute(const CCssStyleCombine& combine, const CHtmlTagFormat* parent) {
+void CHtmlTagFormat::Compute(const CCssStyleCombine& combine, const CHtmlTagFormat* parent, bool quirks) {
   if (!m_pData || m_pData.use_count() > 1)
     m_pData = std::make_shared<CComputed>();
-  ComputeFont(combine, parent);
+  ComputeFont(combine, parent, quirks);
   const float fontSize = GetFontSizePx();
   for (int p = 0; p < C::emPropertyCount; ++p) {
     const EmProperty property = static_cast<EmProperty>(p);

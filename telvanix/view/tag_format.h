@@ -54,7 +54,9 @@ class TELVANIX_API CHtmlTagFormat : public CRglObject {
   // (null for the root). The file names of rules, and the formats of
   // winners of origin default or rule, must outlive this format; attribute
   // and inline formats need outlive only the call.
-  void Compute(const CCssStyleCombine& combine, const CHtmlTagFormat* parent);
+  // Quirks mode sizes keyword text in a monospace family as a browser's
+  // compatibility mode does.
+  void Compute(const CCssStyleCombine& combine, const CHtmlTagFormat* parent, bool quirks = false);
 
   void SetLine(int line) { m_nLine = line; }
   void SetTagName(const char* name) { m_strTagName = name; }
@@ -72,7 +74,7 @@ class TELVANIX_API CHtmlTagFormat : public CRglObject {
     int line = 0;
     const char* file = "";  // the view keeps the sheets its rules come from
   };
-  void ComputeFont(const CCssStyleCombine& combine, const CHtmlTagFormat* parent);
+  void ComputeFont(const CCssStyleCombine& combine, const CHtmlTagFormat* parent, bool quirks);
   float LengthPx(const class CSttNumber& number, float fontSize, bool& percent) const;
 
   // What a computation gives; shared, never changed once computed.

@@ -4,6 +4,7 @@ namespace telvanix::tool {
 
 extern const Command kCheckCommand;
 extern const Command kFormatCommand;
+extern const Command kPopupsCommand;
 extern const Command kPropsCommand;
 extern const Command kRoundtripCommand;
 extern const Command kStyleCommand;
@@ -14,7 +15,7 @@ extern const Command kTocCommand;
 const std::vector<Command>& AllCommands() {
   static const std::vector<Command> commands = {kCheckCommand, kTextCommand,  kPropsCommand,    kTagsCommand,
                                                 kFormatCommand, kTocCommand, kRoundtripCommand,
-                                                kStyleCommand};
+                                                kPopupsCommand, kStyleCommand};
   return commands;
 }
 

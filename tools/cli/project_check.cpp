@@ -1,4 +1,5 @@
 #include "cli/project_check.h"
+#include "cli/popup_check.h"
 
 #include <algorithm>
 #include <cctype>
@@ -412,6 +413,11 @@ ProjectReport CheckProject(const std::string& root) {
   std::vector<bool> referenced(index.files().size(), false);
   ResolveReferences(index, scans, report, referenced);
   ReportOrphans(index.files(), scans, referenced, report);
+  std::vector<std::string> topics;
+  for (const ProjectFile& f : index.files()) if (f.kind == FileKind::kTopic) topics.push_back(f.path);
+  const PopupCheck popups = CheckPopups(root, topics);
+  for (const PopupProblem& p : popups.problems) report.findings.push_back({p.bookmark ? FindingKind::kMissingBookmark : FindingKind::kMissingFile, p.file, p.target, "popup", ""});
+  std::erase_if(report.findings, [&](const Finding& f) { return f.kind == FindingKind::kOrphanTopic && popups.referenced.count(f.file); });
   SortReport(report);
   return report;
 }

@@ -1,0 +1,1 @@
+// The author's own script of that name.
