@@ -181,3 +181,185 @@ CString CCssPackEx::FindBaggageFileInStylePropertyValue(const char* value) {
 }
 
 }  // namespace telvanix
+
+namespace telvanix {
+
+namespace {
+
+// Skips a quoted string from its opening quote; gives the byte after the
+// closing quote (or end), counting line ends into `line`.
+const unsigned char* SkipString(const unsigned char* p, const unsigned char* end, int& line) {
+  const unsigned char quote = *p++;
+  while (p < end && *p != quote) {
+    if (*p == '\\' && p + 1 < end)
+      ++p;
+    if (*p == '\n')
+      ++line;
+    ++p;
+  }
+  return p < end ? p + 1 : end;
+}
+
+bool IsCssBlankByte(unsigned char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f'; }
+
+bool NeedsCssQuotes(const CString& text) {
+  for (int i = 0; i < text.GetLength(); ++i) {
+    const char c = text[i];
+    if (IsCssBlankByte(static_cast<unsigned char>(c)) || c == '(' || c == ')' || c == '"' || c == '\'')
+      return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+int CCssPackEx::ForEachUrlTarget(const char* text, int length,
+                                 const std::function<void(int offset, int length, int isImport, int line)>& visit) {
+  if (!text || length <= 0)
+    return 0;
+  const unsigned char* const begin = reinterpret_cast<const unsigned char*>(text);
+  const unsigned char* const end = begin + length;
+  const unsigned char* p = begin;
+  int line = 0, count = 0;
+  bool inImport = false;  // after "@import", until its target
+  auto report = [&](const unsigned char* first, const unsigned char* last, bool import) {
+    if (last > first) {
+      visit(static_cast<int>(first - begin), static_cast<int>(last - first), import ? 1 : 0, line);
+      ++count;
+    }
+  };
+  while (p < end) {
+    const unsigned char c = *p;
+    if (c == '\n') {
+      ++line;
+      ++p;
+    } else if (c == '/' && p + 1 < end && p[1] == '*') {
+      const unsigned char* q = CssSkipComment(p, end);
+      if (q <= p)
+        q = end;
+      for (const unsigned char* r = p; r < q; ++r)
+        line += *r == '\n';
+      p = q;
+    } else if (c == '"' || c == '\'') {
+      const unsigned char* q = SkipString(p, end, line);
+      if (inImport && q > p + 1 && q[-1] == c)
+        report(p + 1, q - 1, true);
+      inImport = false;
+      p = q;
+    } else if (c == '\\') {
+      p += p + 1 < end ? 2 : 1;
+    } else if (c == '@' && end - p >= 7 && strncasecmp(reinterpret_cast<const char*>(p), "@import", 7) == 0) {
+      inImport = true;
+      p += 7;
+    } else if ((c == 'u' || c == 'U') && end - p >= 4 && (p == begin || !IsNameByte(p[-1])) &&
+               strncasecmp(reinterpret_cast<const char*>(p), "url(", 4) == 0) {
+      const unsigned char* q = p + 4;
+      while (q < end && IsCssBlankByte(*q)) {
+        line += *q == '\n';
+        ++q;
+      }
+      if (q < end && (*q == '"' || *q == '\'')) {
+        const unsigned char* r = SkipString(q, end, line);
+        if (r > q + 1 && r[-1] == *q)
+          report(q + 1, r - 1, inImport);
+        p = r;
+      } else {
+        const unsigned char* r = q;
+        while (r < end && *r != ')')
+          ++r;
+        if (r >= end)
+          break;  // an unclosed url( names nothing
+        const unsigned char* e = r;
+        while (e > q && IsCssBlankByte(e[-1]))
+          --e;
+        report(q, e, inImport);
+        for (const unsigned char* s = q; s < r; ++s)
+          line += *s == '\n';
+        p = r + 1;
+      }
+      inImport = false;
+    } else {
+      if (c == ';' || c == '{' || c == '}')
+        inImport = false;
+      ++p;
+    }
+  }
+  return count;
+}
+
+int CCssPackEx::ReplaceUrlsInText(const char* text, int length, const std::function<void(CFileReference&)>& decide,
+                                  CByteString& out, std::vector<CFileReference>* references, int firstLine) {
+  if (!text || length <= 0)
+    return 0;
+  const unsigned char* const bytes = reinterpret_cast<const unsigned char*>(text);
+  int done = 0, changed = 0;
+  ForEachUrlTarget(text, length, [&](int offset, int n, int isImport, int line) {
+    if (std::memchr(text + offset, 0, static_cast<size_t>(n)))
+      return;  // a zero byte: no file name
+    CFileReference ref;
+    ref.m_nLine = firstLine + line;
+    ref.m_nKind = isImport ? CFileReference::emRefStyleSheet : CFileReference::emRefStyleUrl;
+    ref.m_strElement = isImport ? "@import" : "url";
+    ref.m_strWritten = CString(text + offset, n);
+    decide(ref);
+    if (ref.m_nChange == CFileMoves::emRewritten) {
+      // A bare url() target that now holds blanks, quotes or parentheses
+      // needs quotes of its own.
+      const bool quoted = offset > 0 && (text[offset - 1] == '"' || text[offset - 1] == '\'');
+      CString value = ref.m_strNewValue;
+      if (!quoted && NeedsCssQuotes(value))
+        value = value.Find('"') >= 0 ? "'" + value + "'" : "\"" + value + "\"";
+      out.Append(bytes + done, offset - done);
+      out.Append(reinterpret_cast<const unsigned char*>(value.GetString()), value.GetLength());
+      done = offset + n;
+      ++changed;
+    }
+    if (references)
+      references->push_back(ref);
+  });
+  out.Append(bytes + done, length - done);
+  return changed;
+}
+
+int CCssPackEx::ReplaceUrlsInText(const char* text, int length, const CFileMoves& moves, CByteString& out,
+                                  std::vector<CFileReference>* references, int firstLine) {
+  return ReplaceUrlsInText(
+      text, length,
+      [&](CFileReference& ref) {
+        ref.m_strTarget = moves.ResolveReference(ref.m_strWritten);
+        ref.m_nChange = moves.RewriteReference(ref.m_strWritten, ref.m_strNewValue);
+      },
+      out, references, firstLine);
+}
+
+int CCssPackEx::ReplaceFileReference(const CFileMoves& moves) {
+  try {
+    CByteString& content = GetContent();
+    CByteString out;
+    const int changed = ReplaceUrlsInText(reinterpret_cast<const char*>(content.GetContent()), content.GetLength(),
+                                          moves, out, nullptr, 1);
+    if (changed > 0) {
+      content = out;
+      Parse();
+    }
+    return changed;
+  } catch (...) {
+    return -1;
+  }
+}
+
+int CCssPackEx::GetFileReferences(const CFileMoves& moves, std::vector<CFileReference>& references) {
+  references.clear();
+  try {
+    const CByteString& content = GetContent();
+    CByteString out;
+    ReplaceUrlsInText(reinterpret_cast<const char*>(content.GetContent()), content.GetLength(), moves, out,
+                      &references, 1);
+    return static_cast<int>(references.size());
+  } catch (...) {
+    references.clear();
+    return -1;
+  }
+}
+
+}  // namespace telvanix

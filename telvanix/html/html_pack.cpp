@@ -205,7 +205,8 @@ int CHtmlPack::IsTokenListModified() {
     if (!token)
       continue;
     DWORD flags = token->GetTokenFlag();
-    if (flags & (CHtmlTokenItem::emTokenDiscarded | CHtmlTokenItem::emTokenInserted | CHtmlTokenItem::emTokenModified))
+    if (flags & (CHtmlTokenItem::emTokenDiscarded | CHtmlTokenItem::emTokenInserted | CHtmlTokenItem::emTokenModified |
+                 CHtmlTokenItem::emTokenRewritten))
       return 1;
     if (!(flags & CHtmlTokenItem::emTokenAnalyseMark))
       return 1;

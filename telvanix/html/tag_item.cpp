@@ -364,6 +364,63 @@ void CHtmlTagItem::EnsureAnalysed() {
     Analyse(emAnalyseFull);
 }
 
+// Walks the attribute text of a tag from p (after its name): `add` gets each
+// record's name and value (without enclosing quotes; null for none). The one
+// definition of attribute syntax, for parsing and for locating values.
+template <class Add>
+void ScanAttributeRecords(const unsigned char* p, const unsigned char* end, Add&& add) {
+  while (p < end) {
+    const unsigned char* p0 = p;
+    while (p < end && Is(*p, kBlank))
+      ++p;
+    p = CHtmlTagItem::SkipCommentWithinTag(p, end);
+    while (p < end && Is(*p, kBlank))
+      ++p;
+    if (p < end && Is(*p, kAttrFirst)) {
+      const unsigned char* name = p++;
+      while (p < end && Is(*p, kAttrNext))
+        ++p;
+      int nameLen = static_cast<int>(p - name);
+      while (p < end && Is(*p, kBlank))
+        ++p;
+      const unsigned char* vFirst = nullptr;
+      const unsigned char* vEnd = nullptr;
+      if (p < end && *p == '=') {
+        ++p;
+        while (p < end && Is(*p, kBlank))
+          ++p;
+        ScanValue(p, end, vFirst, vEnd);
+        p = vEnd;
+        if (vEnd - vFirst > 1 && (*vFirst == '"' || *vFirst == '\'') && vEnd[-1] == *vFirst) {
+          ++vFirst;
+          --vEnd;
+        }
+      }
+      add(name, nameLen, vFirst, vFirst ? static_cast<int>(vEnd - vFirst) : 0);
+    }
+    if (p == p0) {
+      const unsigned char* vFirst;
+      const unsigned char* vEnd;
+      ScanValue(p, end, vFirst, vEnd);
+      if (vEnd == vFirst) {
+        unsigned char c = *p;
+        if (c == '>') {
+          // the tag's own end
+        } else if ((c == '?' || c == '/' || c == ']') && p + 1 < end && p[1] == '>') {
+          add(p, 1, nullptr, 0);
+        } else if (c == ']' && end - p >= 3 && p[1] == ']' && p[2] == '>') {
+          add(p, 1, nullptr, 0);
+        }
+        ++p;
+      } else {
+        // A quoted string or a stray word that is no attribute name.
+        add(vFirst, static_cast<int>(vEnd - vFirst), nullptr, 0);
+        p = vEnd;
+      }
+    }
+  }
+}
+
 int CHtmlTagItem::ParseAttributes(CHtmlTokenArena* pArena, const TagNameInfo* pInfo) {
   FreeAttributes();
   const unsigned char* data = m_pOriginal;
@@ -403,56 +460,7 @@ int CHtmlTagItem::ParseAttributes(CHtmlTokenArena* pArena, const TagNameInfo* pI
       p = pInfo->m_pName + pInfo->m_nLength;
     else
       p = data + 1 + (m_nOriginalLength > 1 && data[1] == '/' ? 1 : 0);
-    while (p < end) {
-      const unsigned char* p0 = p;
-      while (p < end && Is(*p, kBlank))
-        ++p;
-      p = SkipCommentWithinTag(p, end);
-      while (p < end && Is(*p, kBlank))
-        ++p;
-      if (p < end && Is(*p, kAttrFirst)) {
-        const unsigned char* name = p++;
-        while (p < end && Is(*p, kAttrNext))
-          ++p;
-        int nameLen = static_cast<int>(p - name);
-        while (p < end && Is(*p, kBlank))
-          ++p;
-        const unsigned char* vFirst = nullptr;
-        const unsigned char* vEnd = nullptr;
-        if (p < end && *p == '=') {
-          ++p;
-          while (p < end && Is(*p, kBlank))
-            ++p;
-          ScanValue(p, end, vFirst, vEnd);
-          p = vEnd;
-          if (vEnd - vFirst > 1 && (*vFirst == '"' || *vFirst == '\'') && vEnd[-1] == *vFirst) {
-            ++vFirst;
-            --vEnd;
-          }
-        }
-        add(name, nameLen, vFirst, vFirst ? static_cast<int>(vEnd - vFirst) : 0);
-      }
-      if (p == p0) {
-        const unsigned char* vFirst;
-        const unsigned char* vEnd;
-        ScanValue(p, end, vFirst, vEnd);
-        if (vEnd == vFirst) {
-          unsigned char c = *p;
-          if (c == '>') {
-            // the tag's own end
-          } else if ((c == '?' || c == '/' || c == ']') && p + 1 < end && p[1] == '>') {
-            add(p, 1, nullptr, 0);
-          } else if (c == ']' && end - p >= 3 && p[1] == ']' && p[2] == '>') {
-            add(p, 1, nullptr, 0);
-          }
-          ++p;
-        } else {
-          // A quoted string or a stray word that is no attribute name.
-          add(vFirst, static_cast<int>(vEnd - vFirst), nullptr, 0);
-          p = vEnd;
-        }
-      }
-    }
+    ScanAttributeRecords(p, end, add);
   }
 
   if (count) {
@@ -499,6 +507,30 @@ int CHtmlTagItem::ParseAttributes(CHtmlTokenArena* pArena, const TagNameInfo* pI
       m_nTagIndex = static_cast<short>(emUnknownXmlPiTagIndex);
   }
   return 1;
+}
+
+int CHtmlTagItem::GetAttributeValueSpan(int n, int& offset, int& length) {
+  offset = length = 0;
+  EnsureAnalysed();
+  if (n < 0 || n >= m_nAttributeCount || (m_nTokenFlags & emTokenModified) || m_nTagId == emTagIdComment ||
+      !m_pOriginal || m_nOriginalLength < 2)
+    return 0;
+  const unsigned char* data = m_pOriginal;
+  const unsigned char* end = data + m_nOriginalLength;
+  if ((m_nTagId & emTagIdUnknownBit) && markup::StartsNoCase(data, end, "<![CDATA[", 9))
+    return 0;
+  TagNameInfo info;
+  ScanTagName(data + 1, end - 1, info);
+  const unsigned char* p = info.m_pName ? info.m_pName + info.m_nLength : data + 1 + (data[1] == '/' ? 1 : 0);
+  int index = 0, found = 0;
+  ScanAttributeRecords(p, end, [&](const unsigned char*, int, const unsigned char* value, int valueLen) {
+    if (index++ == n && value) {
+      offset = static_cast<int>(value - data);
+      length = valueLen;
+      found = 1;
+    }
+  });
+  return found;
 }
 
 // ---- Names and types ----

@@ -266,6 +266,12 @@ class TELVANIX_API CHtmlTagItem : public CHtmlTokenItem {
   int GetAttributeByNum(int n, const char*& name, const char*& value);
   int RemoveAttributeByNum(int n);
   int ReplaceAttributeByNum(int n, const char* name, const char* value);
+  // Where the value of attribute n stands in the tag's source bytes (without
+  // its quotes): offset from GetOriginalData() and length, so that a caller
+  // can change that value alone and keep every other byte (see
+  // RewriteOriginalData). 0 for a changed tag, a comment, an index out of
+  // range or an attribute written without value.
+  int GetAttributeValueSpan(int n, int& offset, int& length);
 
  protected:
   friend class CHtmlTokenList;

@@ -140,6 +140,16 @@ int CHtmlTokenItem::SetOriginalData(const unsigned char* text) {
   return SetOriginalData(reinterpret_cast<const char*>(text));
 }
 
+int CHtmlTokenItem::RewriteOriginalData(const unsigned char* text, int length) {
+  if (!text || length <= 0)
+    return 0;
+  StoreData(text, length, GetIndentAfter(), m_nIndentLength);
+  m_nTokenFlags &= ~static_cast<DWORD>(emTokenIdentified | emTokenAnalysed);
+  m_nTokenFlags |= emTokenRewritten;
+  Analyse(emAnalyseFull);
+  return 1;
+}
+
 int CHtmlTokenItem::SetOriginalIndentAfter(const unsigned char* first, const unsigned char* last) {
   if (!first || !last || last < first) {
     StoreData(m_pOriginal, m_nOriginalLength, nullptr, 0);

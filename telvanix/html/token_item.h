@@ -41,6 +41,8 @@ class TELVANIX_API CHtmlTokenItem : public CRglObject {
     emTokenAnalyseMark = 0x100,
     // A text run that begins with a "<" the tokenizer did not take as a tag.
     emTokenRejectedTagText = 0x200,
+    // Source bytes replaced in place (RewriteOriginalData).
+    emTokenRewritten = 0x400,
     emTokenPairedUnknown = 0x1000,
     emTokenStrayEndTag = 0x2000,
     emTokenUnclosed = 0x4000,
@@ -103,6 +105,12 @@ class TELVANIX_API CHtmlTokenItem : public CRglObject {
   int SetOriginalData(const unsigned char* first, const unsigned char* last);
   int SetOriginalData(const char* text);
   int SetOriginalData(const unsigned char* text);
+  // Replaces the token's source bytes (the indent after stays) and analyses
+  // it again from them. Unlike a setter it keeps the token printing its
+  // bytes exactly as read, so a save changes nothing but these bytes; the
+  // token counts as modified for IsTokenListModified (emTokenRewritten).
+  // 0 for empty text.
+  int RewriteOriginalData(const unsigned char* text, int length);
   int SetOriginalIndentAfter(const unsigned char* first, const unsigned char* last);
   int SetOriginalIndentAfter(const char* text);
 

@@ -59,49 +59,6 @@ int IsObjectOfClass(CHtmlTagItem* tag, DWORD reference) {
   return GenHashCode(classId) == reference ? 1 : 0;
 }
 
-// "bitmap:shortcut.bmp" or "icon:x.ico" names an image; the part after ":".
-const char* ButtonImage(const char* value) {
-  if (MbsNCompareNoCase(value, "icon", 4) != 0 && MbsNCompareNoCase(value, "bitm", 4) != 0)
-    return nullptr;
-  const char* colon = std::strchr(value, ':');
-  if (!colon || !colon[1])
-    return nullptr;
-  return colon + 1;
-}
-
-// The last ";"-separated segment of an item value. A ";" that closes a
-// character reference ("&amp;") is not a separator.
-const char* LastSegment(const char* value) {
-  const int length = static_cast<int>(std::strlen(value));
-  int i = length - 1;
-  while (i >= 0) {
-    if (value[i] != ';') {
-      --i;
-      continue;
-    }
-    int j = i - 1;
-    while (j >= 0 && value[j] != ';' && value[j] != '&')
-      --j;
-    if (j >= 0 && value[j] == '&') {
-      const int span = i - j + 1;
-      CByteString decoded;
-      CHtmlPack::HtmlToText(decoded, reinterpret_cast<const unsigned char*>(value + j), span);
-      if (decoded.GetLength() <= span - 2) {
-        i = j - 1;
-        continue;
-      }
-    }
-    return value + i + 1;
-  }
-  return value;
-}
-
-bool IsPageName(const char* name) {
-  char ext[kMaxExt] = {0};
-  SplitPath(name, nullptr, nullptr, nullptr, ext);
-  return MbsNCompareNoCase(ext, ".htm", 4) == 0;
-}
-
 }  // namespace
 
 int CHtmlFileEx::IsHhctrlActivexObject(CHtmlTagItem* tag) {

@@ -12,8 +12,10 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
 #include "telvanix/foundation/byte_string.h"
+#include "telvanix/foundation/file_moves.h"
 #include "telvanix/foundation/keyword_map.h"
 #include "telvanix/foundation/rgl_array.h"
 #include "telvanix/html/html_pack.h"
@@ -24,6 +26,10 @@
 #include "telvanix/platform/types.h"
 
 namespace telvanix {
+
+namespace topic_detail {
+struct ReferenceSite;
+}
 
 class TELVANIX_API CHtmlFileEx : public CHtmlPack {
  public:
@@ -78,7 +84,7 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
     emHhctrlItemContentOrIndex = 3
   };
 
-  // Rewriting of references when files move; declared for the hook below.
+  // Rewriting of references when files move (defined after this class).
   class CReplaceContext;
 
   // Rows of the two keyword tables (text, value); searched case-blind.
@@ -265,6 +271,69 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   // flags: 0x10 K keywords (else A), 0x02 read, 0x01 write. 1.
   int SetGetKeywordX(CStringArrayEx& keywords, int flags);
 
+  // ---- references when files move (reference_replace.cpp) ----
+  // Every reference is rewritten in place: only the changed attribute value
+  // (or url() text) changes, every other byte of the page stays as read.
+  // Kept: "#fragment", "?query", slash style, %-encoding, character
+  // references such as "&amp;", the attribute's quotes. Untouched: remote
+  // URLs, "mailto:", "javascript:", same-page "#x", files that did not move.
+  // Each reference is offered to GetNewRelFileNameCustom first.
+  //
+  // Rewrites every reference of the page to a moved file (and re-bases the
+  // page's own relative references when the page itself moves): A, AREA,
+  // IMG (src, lowsrc, usemap, dynsrc), INPUT image, every LINK, SCRIPT,
+  // FRAME, IFRAME, "background" on any tag, BGSOUND, EMBED, OBJECT data and
+  // the PARAM values naming files, help-control items, sitemap entries, and
+  // url() / "@import" in STYLE blocks and style attributes. References to
+  // deleted files are unlinked: an A is unwrapped (DeleteAnchor), an OBJECT
+  // removed (DeleteObject), IMG, AREA, EMBED, SCRIPT, LINK, FRAME, IFRAME,
+  // BGSOUND elements, help-control item PARAMs and sitemap entries removed
+  // (DeleteEntity, DeleteObjectInHhc); other values naming them are left.
+  // Gives the count of references changed (0: the page is as it was), or -1
+  // when the page cannot be read or the context has no document; the page
+  // is then unchanged. The page is re-analysed afterwards when it changed.
+  int ReplaceFileReference(CReplaceContext& context);
+  // Every reference the page holds, in document order, with its position,
+  // what it names (resolved from the context's document old path) and what
+  // ReplaceFileReference would write: the same walk, nothing changed. A
+  // context without moves just lists. Gives the count, -1 as above.
+  int GetFileReferences(CReplaceContext& context, std::vector<CFileReference>& references);
+
+  // The items of the help-control object whose OBJECT start tag is at pos
+  // (buttons, splash images, related topics, contents and index files).
+  // Count changed, -1 when pos is not a help-control object.
+  int ReplaceTagHhctrlObjectInHtm(POSITION pos, CReplaceContext& context);
+  // One "button" PARAM ("bitmap:x.bmp", "icon:x.ico"): the image after ":".
+  // 1 changed, 0 unchanged, -1 when pos is not such a PARAM.
+  int ReplaceHhctrlButton(POSITION pos, CReplaceContext& context);
+  // One "itemN" PARAM: the file in its last ";" segment. 1 / 0 / -1 as above.
+  int ReplaceHhctrlItem(POSITION pos, CReplaceContext& context);
+
+  // A contents (".hhc") or index (".hhk") file read as a page: the "Local",
+  // "URL", "ImageList" and "Merge" values of its OBJECT entries, decoded and
+  // re-encoded as they were written ("a&amp;b.htm"). Count changed or -1.
+  int ReplaceTagObjectInHhc(CReplaceContext& context);
+  int ReplaceTagObjectInHhk(CReplaceContext& context);
+  // Removes the entries whose topic ("Local") the context deletes. A
+  // contents entry with children keeps them and its name and loses its
+  // "Local" PARAM; an entry without children goes with its LI. An index
+  // entry loses the Name/Local pairs of deleted topics and goes when none
+  // is left (sub-entries kept). Count of PARAMs or entries removed, or -1.
+  int DeleteObjectInHhc(CReplaceContext& context);
+  int DeleteObjectInHhk(CReplaceContext& context);
+
+  // The delete family; pos is the element's start tag. Each gives 1, or 0
+  // when pos is not such a tag. Tokens are discarded, never rebuilt, so the
+  // rest of the page saves as it was. The blanks after a removed tag stay;
+  // a tag that began a line takes its line with it (no blank line is left).
+  // Unwraps the link: the A start and end tags go, the text between stays.
+  int DeleteAnchor(POSITION pos);
+  // The OBJECT, its PARAMs, its fallback content and its end tag go.
+  int DeleteObject(POSITION pos);
+  // The element with everything up to its matching end tag goes (a tag
+  // without one, such as IMG, goes alone).
+  int DeleteEntity(POSITION pos);
+
   // ---- topic properties (META tags in the head) ----
   // A null value removes the property. An existing tag gets the value as
   // given; a new tag gets it encoded for HTML.
@@ -312,8 +381,12 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
  protected:
   virtual int ClearAllAnalysedData();
   virtual int WalkThroughTokenList();
-  // A derived document's own new relative name during reference replacement;
-  // null by default.
+  // A derived document's own new text for one reference during replacement;
+  // its answer goes before the library's rule. `name` is the reference as
+  // written (character references kept); context.GetCurrentReference() tells
+  // where it stands and what the library would write (m_nChange,
+  // m_strNewValue). Non-null: written verbatim as the new value (copied at
+  // once; equal to `name` keeps it). Null (the default): the library decides.
   virtual const char* GetNewRelFileNameCustom(const char* name, CReplaceContext& context);
 
   // Analyses when that has not been done yet.
@@ -341,6 +414,29 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   // included) into `params`.
   void CollectObjectParams(POSITION pos, CPositionArray& params);
   EmHhctrlCommand GetCommandOfParams(const CPositionArray& params);
+
+  // Reference replacement (reference_replace.cpp): the walk that finds
+  // every site of the groups asked for (topic_detail::SiteGroup), limited to
+  // one token or object when `only` is set; deciding one site; applying the
+  // decisions (rewrites, then unlinks; the count changed); the sites of a
+  // run, decided (-1 failure, 0 an empty page, 1 ready); and a whole run
+  // doing what `mode` (topic_detail::ReplaceMode) allows.
+  void CollectReferenceSites(std::vector<topic_detail::ReferenceSite>& sites, int groups, POSITION only);
+  void DecideReferenceSite(topic_detail::ReferenceSite& site, CReplaceContext& context);
+  int ApplyReferenceSites(std::vector<topic_detail::ReferenceSite>& sites, CReplaceContext& context, int indexRule);
+  int CollectDecidedSites(CReplaceContext& context, int groups, POSITION only,
+                          std::vector<topic_detail::ReferenceSite>& sites);
+  int RunReplace(CReplaceContext& context, int groups, POSITION only, int indexRule, int mode);
+  // ReplaceHhctrlButton and ReplaceHhctrlItem: the PARAM at pos, whose name
+  // begins with `name` (length characters; -1 the whole name).
+  int ReplaceHhctrlParam(POSITION pos, CReplaceContext& context, const char* name, int length);
+  int UnlinkSitemapEntry(const topic_detail::ReferenceSite& site, int indexRule);
+  // Discards the token at pos; its trailing blanks go to the live token
+  // before it unless that one ends at the start of a line.
+  void DiscardKeepingBlanks(POSITION pos);
+  // The matching end tag of the element at pos (same id, nesting counted),
+  // or null.
+  POSITION FindMatchingEnd(POSITION pos);
 
   int SetTopicText(const char* metaName, const char* value);
   int GetTopicText(const char* metaName, CString& value);
@@ -384,6 +480,35 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   CStringArrayEx m_arrMultimediaFiles;
   // Host accessors' list, after the authoring tool's own members.
   CPositionArray m_arrBookmarkTags;
+};
+
+// The moves a reference replacement follows (CFileMoves: project paths,
+// document old and new location) with the options and the state of one run.
+// It serves one document at a time: threads copy it (and set each copy's
+// document).
+class TELVANIX_API CHtmlFileEx::CReplaceContext : public CFileMoves {
+ public:
+  enum EmReplaceOption : uint32_t {
+    emReplaceDefault = 0,
+    emReplaceNoHook = 0x1,      // GetNewRelFileNameCustom is not asked
+    emReplaceNoUnlink = 0x2,    // references to deleted files are left as they are
+    emReplaceCollect = 0x4      // ReplaceFileReference also fills GetChanges()
+  };
+  CReplaceContext() = default;
+  explicit CReplaceContext(uint32_t options) : m_nOptions(options) {}
+
+  uint32_t GetOptions() const { return m_nOptions; }
+  void SetOptions(uint32_t options) { m_nOptions = options; }
+  // The reference being decided while the hook runs; null otherwise.
+  const CFileReference* GetCurrentReference() const { return m_pCurrent; }
+  // With emReplaceCollect: each reference the last run changed.
+  const std::vector<CFileReference>& GetChanges() const { return m_changes; }
+
+ private:
+  friend class CHtmlFileEx;
+  uint32_t m_nOptions = emReplaceDefault;
+  const CFileReference* m_pCurrent = nullptr;
+  std::vector<CFileReference> m_changes;
 };
 
 }  // namespace telvanix

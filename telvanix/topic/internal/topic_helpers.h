@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+#include "telvanix/foundation/path_utils.h"
+#include "telvanix/html/html_pack.h"
 #include "telvanix/html/tag_item.h"
 #include "telvanix/platform/code_page.h"
 #include "telvanix/platform/string_types.h"
@@ -36,6 +38,8 @@ constexpr int kTagInput = CHtmlTagItem::emTagIdInput;
 constexpr int kTagTable = CHtmlTagItem::emTagIdTable;
 constexpr int kTagFrame = CHtmlTagItem::emTagIdFrame;
 constexpr int kTagBgSound = CHtmlTagItem::emTagIdBgSound;
+constexpr int kTagLi = CHtmlTagItem::emTagIdLi;
+constexpr int kTagUl = CHtmlTagItem::emTagIdUl;
 constexpr int kEndBit = CHtmlTagItem::emTagIdEndBit;
 
 constexpr int EndOf(int id) { return id | kEndBit; }
@@ -86,9 +90,68 @@ inline CHtmlTagItem* LiveTagAt(CHtmlTokenList& list, POSITION pos) {
   return token->GetSafeTagItemPtr();
 }
 
+// The next live tag from walk on, walk moved past it; its position in *at.
+// Null at the end.
+inline CHtmlTagItem* NextLiveTag(CHtmlTokenList& list, POSITION& walk, POSITION* at = nullptr) {
+  while (walk) {
+    const POSITION here = walk;
+    CHtmlTokenItem* token = list.GetNext(walk);
+    CHtmlTagItem* tag = token && !token->IsDiscardedToken() ? token->GetSafeTagItemPtr() : nullptr;
+    if (tag) {
+      if (at)
+        *at = here;
+      return tag;
+    }
+  }
+  return nullptr;
+}
+
 // The token's text alone, as a save would print it.
 inline CString TokenText(CHtmlTokenItem* token) {
   return token ? token->GetPrintableText(CHtmlTokenItem::emTextTokenOnly) : CString();
+}
+
+// "bitmap:shortcut.bmp" or "icon:x.ico" names an image; the part after ":".
+inline const char* ButtonImage(const char* value) {
+  if (MbsNCompareNoCase(value, "icon", 4) != 0 && MbsNCompareNoCase(value, "bitm", 4) != 0)
+    return nullptr;
+  const char* colon = std::strchr(value, ':');
+  if (!colon || !colon[1])
+    return nullptr;
+  return colon + 1;
+}
+
+// The last ";"-separated segment of an item value. A ";" that closes a
+// character reference ("&amp;") is not a separator.
+inline const char* LastSegment(const char* value) {
+  const int length = static_cast<int>(std::strlen(value));
+  int i = length - 1;
+  while (i >= 0) {
+    if (value[i] != ';') {
+      --i;
+      continue;
+    }
+    int j = i - 1;
+    while (j >= 0 && value[j] != ';' && value[j] != '&')
+      --j;
+    if (j >= 0 && value[j] == '&') {
+      const int span = i - j + 1;
+      CByteString decoded;
+      CHtmlPack::HtmlToText(decoded, reinterpret_cast<const unsigned char*>(value + j), span);
+      if (decoded.GetLength() <= span - 2) {
+        i = j - 1;
+        continue;
+      }
+    }
+    return value + i + 1;
+  }
+  return value;
+}
+
+inline bool IsPageName(const char* name) {
+  char ext[kMaxExt] = {0};
+  SplitPath(name, nullptr, nullptr, nullptr, ext);
+  return MbsNCompareNoCase(ext, ".htm", 4) == 0;
 }
 
 }  // namespace telvanix::topic_detail
