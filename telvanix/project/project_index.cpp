@@ -61,14 +61,15 @@ void PlaceReferences(std::vector<CFileReference>& found, bool html, CHtmlProject
   };
   s.m_positions.reserve(found.size());
   for (CFileReference& f : found)
-    s.m_positions.push_back({f.m_nLine, f.m_strElement.str(), f.m_strAttribute.str(), f.m_strWritten.str()});
+    s.m_positions.push_back(
+        {f.m_nLine, std::move(f.m_strElement), std::move(f.m_strAttribute), std::move(f.m_strWritten)});
   std::vector<std::string> decoded;  // the few values written with character references
   for (const auto& p : s.m_positions)
-    if (html && p.m_strWritten.find('&') != std::string::npos) decoded.push_back(Decoded(p.m_strWritten.c_str()));
+    if (html && p.m_strWritten.str().find('&') != std::string::npos) decoded.push_back(Decoded(p.m_strWritten));
   std::vector<std::pair<std::string_view, size_t>> keys;
   keys.reserve(s.m_positions.size());
   for (size_t k = 0, d = 0; k < s.m_positions.size(); ++k) {
-    const std::string& w = s.m_positions[k].m_strWritten;
+    const std::string& w = s.m_positions[k].m_strWritten.str();
     keys.emplace_back(trim(html && w.find('&') != std::string::npos ? std::string_view(decoded[d++]) : w), k);
   }
   std::sort(keys.begin(), keys.end());
@@ -326,7 +327,7 @@ CHtmlProjectIndex::CFileEntry ScanProjectFile(const std::string& root, const std
     if (v.m_emRole == CHtmlHelpProject::emRoleListedFile || v.m_emRole == CHtmlHelpProject::emRolePopupFile)
       flags |= CHtmlProjectIndex::emRefListing;
     s.m_refs.push_back({v.m_strValue, RoleName(v.m_emRole), v.m_nLine, flags, s.m_positions.size()});
-    s.m_positions.push_back({v.m_nLine, v.m_strKey.empty() ? "project" : v.m_strKey, "", v.m_strValue});
+    s.m_positions.push_back({v.m_nLine, v.m_strKey.empty() ? "project" : v.m_strKey.c_str(), "", v.m_strValue});
   }
   return s;
 }
@@ -420,7 +421,7 @@ std::vector<CHtmlProjectIndex::CPlace> CHtmlProjectIndex::GetReferencePlaces(con
     const FileKind kind = files[i].kind;
     const bool html = kind == FileKind::kTopic || kind == FileKind::kContents || kind == FileKind::kIndex;
     for (size_t k = 0; k < m_entries[i].m_positions.size(); ++k) {
-      const std::string& w = m_entries[i].m_positions[k].m_strWritten;
+      const std::string& w = m_entries[i].m_positions[k].m_strWritten.str();
       const Resolution r = m_resolver.Resolve(files[i].path, html ? Decoded(w.c_str()) : w, none);
       if (r.ref.kind != RefKind::kLocal) continue;
       if (r.file != kNoFile ? under(files[r.file].path, path, folder) : under(Lower(r.ref.path), lower, lowerFolder))

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "telvanix/platform/export.h"
+#include "telvanix/platform/string_types.h"
 #include "telvanix/platform/types.h"
 #include "telvanix/project/project_references.h"
 #include "telvanix/project/project_transaction.h"
@@ -30,10 +31,10 @@ class TELVANIX_API CHtmlProjectIndex {
   // Where a reference stands in its file.
   struct CPosition {
     int m_nLine;                 // from 1
-    std::string m_strElement;    // the tag as written ("IMG", "param"), a sheet's "url" or "@import",
-                                 // a project file's option key or window name ("project" for other lines)
-    std::string m_strAttribute;  // "src", "Local", "style", ...; "" where there is none
-    std::string m_strWritten;    // the value as written, character references kept
+    CString m_strElement;    // the tag as written ("IMG", "param"), a sheet's "url" or "@import",
+                             // a project file's option key or window name ("project" for other lines)
+    CString m_strAttribute;  // "src", "Local", "style", ...; "" where there is none
+    CString m_strWritten;    // the value as written, character references kept
   };
 
   // One reference as written in a file, its entities decoded.

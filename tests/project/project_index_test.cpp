@@ -30,8 +30,8 @@ TEST(ProjectIndex, GivesEveryReferenceItsLineAndTag) {
   std::vector<std::string> places;
   for (const auto& p : index.GetReferencePlaces("b.gif")) {
     const auto& at = index.GetEntries()[p.m_nFile].m_positions[p.m_nPosition];
-    places.push_back(index.GetFiles()[p.m_nFile].path + ":" + std::to_string(at.m_nLine) + " " + at.m_strElement +
-                     " " + at.m_strAttribute + " " + at.m_strWritten);
+    places.push_back(index.GetFiles()[p.m_nFile].path + ":" + std::to_string(at.m_nLine) + " " +
+                     at.m_strElement.str() + " " + at.m_strAttribute.str() + " " + at.m_strWritten.str());
   }
   EXPECT_EQ(places, (std::vector<std::string>{"a.htm:2 img src b.gif", "a.htm:3 a href b.gif",
                                               "a.htm:4 img lowsrc B.gif", "s.css:2 url  b.gif"}));

@@ -52,15 +52,15 @@ int Run(const std::vector<std::string>& args) {
     const std::string& file = index.GetFiles()[p.m_nFile].path;
     const CHtmlProjectIndex::CPosition& at = index.GetEntries()[p.m_nFile].m_positions[p.m_nPosition];
     if (cl.Has("json")) {
-      list.push_back({{"file", FileNameToUtf8(file)}, {"line", at.m_nLine}, {"element", ToUtf8(at.m_strElement.c_str())},
-                      {"attribute", ToUtf8(at.m_strAttribute.c_str())}, {"reference", ToUtf8(at.m_strWritten.c_str())}});
+      list.push_back({{"file", FileNameToUtf8(file)}, {"line", at.m_nLine}, {"element", ToUtf8(at.m_strElement)},
+                      {"attribute", ToUtf8(at.m_strAttribute)}, {"reference", ToUtf8(at.m_strWritten)}});
       continue;
     }
     CFileReference shown;
     shown.m_nLine = at.m_nLine;
-    shown.m_strElement = at.m_strElement.c_str();
-    shown.m_strAttribute = at.m_strAttribute.c_str();
-    shown.m_strWritten = at.m_strWritten.c_str();
+    shown.m_strElement = at.m_strElement;
+    shown.m_strAttribute = at.m_strAttribute;
+    shown.m_strWritten = at.m_strWritten;
     std::printf("%s\n", DescribeChange(file, shown).c_str());
   }
   if (cl.Has("json"))
