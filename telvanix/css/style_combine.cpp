@@ -177,15 +177,28 @@ int CCssStyleCombine::IsValidValue(EmProperty property, const CCssStyleFormat& f
 }
 
 void CCssStyleCombine::Combine(std::vector<CCssStyleCollector::CMatch>& matches, bool quirks) {
-  if (matches.size() > 1)
-    std::stable_sort(matches.begin(), matches.end(),
-                   [](const CCssStyleCollector::CMatch& a, const CCssStyleCollector::CMatch& b) {
-                     if (a.level != b.level)
-                       return a.level < b.level;
-                     if (a.specificity != b.specificity)
-                       return a.specificity < b.specificity;
-                     return a.order < b.order;
-                   });
+  auto before = [](const CCssStyleCollector::CMatch& a, const CCssStyleCollector::CMatch& b) {
+    if (a.level != b.level)
+      return a.level < b.level;
+    if (a.specificity != b.specificity)
+      return a.specificity < b.specificity;
+    return a.order < b.order;
+  };
+  // An element meets few rules: an insertion sort (stable too) spares the
+  // merge buffer a stable sort allocates on every call.
+  if (matches.size() > 32) {
+    std::stable_sort(matches.begin(), matches.end(), before);
+  } else {
+    for (size_t i = 1; i < matches.size(); ++i) {
+      if (!before(matches[i], matches[i - 1]))
+        continue;
+      CCssStyleCollector::CMatch moving = matches[i];
+      size_t j = i;
+      for (; j > 0 && before(moving, matches[j - 1]); --j)
+        matches[j] = matches[j - 1];
+      matches[j] = moving;
+    }
+  }
   for (int p = 0; p < emPropertyCount; ++p)
     m_tWinners[p] = CWinner();
   for (const CCssStyleCollector::CMatch& match : matches) {
@@ -208,9 +221,10 @@ void CCssStyleCombine::Combine(std::vector<CCssStyleCollector::CMatch>& matches,
       default:
         break;
     }
+    const bool inherits = match.inherit.any();
     for (int p = 0; p < emPropertyCount; ++p) {
       const EmProperty property = static_cast<EmProperty>(p);
-      if (match.inherit.any() && match.inherit.test(static_cast<size_t>(kRows[p].id))) {
+      if (inherits && match.inherit.test(static_cast<size_t>(kRows[p].id))) {
         m_tWinners[p] = {nullptr, emOriginInherited, nullptr, 0};
         continue;
       }

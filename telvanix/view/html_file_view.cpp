@@ -100,6 +100,14 @@ bool IsPresentationalName(const char* name) {
   return false;
 }
 
+// A name against a lower-case word of letters, without regard to case.
+bool IsNamed(const char* name, const char* word) {
+  for (; *word; ++name, ++word)
+    if ((*name | 0x20) != *word)
+      return false;
+  return *name == 0;
+}
+
 // Lines of tokens asked for in document order: a cursor walks the list
 // once, counting line ends of the bytes read from the source (tokens a
 // repair inserted have none). A token met out of order starts the walk over.
@@ -306,10 +314,27 @@ int CHtmlFileView::Build() {
     Collector::CElement e;
     e.tagId = tag->GetTagId();
     e.tag = tag;
-    if (const char* id = tag->GetAttributeValue("id"))
+    // One walk over the attributes; the first of a name counts.
+    const char *id = nullptr, *classes = nullptr, *href = nullptr;
+    bool seenId = false, seenClass = false, seenHref = false;
+    unsigned int cursor = 0;
+    const char* value = nullptr;
+    for (const char* name = tag->GetFirstAttribute(cursor, value); name; name = tag->GetNextAttribute(cursor, value)) {
+      if (!seenId && IsNamed(name, "id")) {
+        seenId = true;
+        id = value;
+      } else if (!seenClass && IsNamed(name, "class")) {
+        seenClass = true;
+        classes = value;
+      } else if (!seenHref && IsNamed(name, "href")) {
+        seenHref = true;
+        href = value;
+      }
+    }
+    if (id)
       e.id = id;
-    SplitClasses(tag->GetAttributeValue("class"), e.classes);
-    e.link = e.tagId == T::emTagIdA && tag->GetAttributeValue("href") != nullptr;
+    SplitClasses(classes, e.classes);
+    e.link = e.tagId == T::emTagIdA && href != nullptr;
     const int index = static_cast<int>(build.elements.size());
     build.elements.push_back(std::move(e));
     build.leaves.push_back(leaf);
@@ -357,8 +382,12 @@ int CHtmlFileView::Build() {
   // BODY link colours links over the tag defaults.
   // Scratch formats, kept per thread: a format is costly to make.
   thread_local CCssStyleFormat linkFormat, inlineNormal, inlineImportant;
-  // Attribute formats, by tag and attribute text: shared results point at them.
-  std::unordered_map<std::string, std::unique_ptr<CCssStyleFormat>> attributeFormats;
+  // Attribute formats, by tag and attribute text, kept per thread from page
+  // to page (pages of a project repeat them); shared results point at them,
+  // so the cache is only trimmed between builds.
+  thread_local std::unordered_map<std::string, std::unique_ptr<CCssStyleFormat>> attributeFormats;
+  if (attributeFormats.size() > 4096)
+    attributeFormats.clear();
   if (!linkFormat.IsDefault())
     linkFormat.Default();
   for (const Collector::CElement& e : build.elements)
@@ -376,6 +405,7 @@ int CHtmlFileView::Build() {
   std::unordered_map<std::uint64_t, const CHtmlTagFormat*> shared;
   std::vector<Collector::CMatch> matches;
   CCssStyleCombine combine;
+  std::string signature;
   m_arrElements.reserve(static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) {
     const Collector::CElement& e = build.elements[i];
@@ -389,25 +419,36 @@ int CHtmlFileView::Build() {
     }
     // Presentational attributes, and what a table's attributes give its
     // cells: one format per distinct set of them, kept for the build.
-    std::string signature;
+    signature.clear();
     unsigned int cursor = 0;
     const char* value = nullptr;
+    const char* style = nullptr;
+    bool seenStyle = false;
     for (const char* name = e.tag->GetFirstAttribute(cursor, value); name;
-         name = e.tag->GetNextAttribute(cursor, value))
+         name = e.tag->GetNextAttribute(cursor, value)) {
+      if (!seenStyle && IsNamed(name, "style")) {
+        seenStyle = true;
+        style = value;
+      }
       if (value && IsPresentationalName(name)) {
         signature += name;
         signature += '=';
         signature += value;
         signature += '\0';
       }
+    }
     const char* cellBorder = nullptr;
     const char* cellPadding = nullptr;
     if (e.tagId == T::emTagIdTd || e.tagId == T::emTagIdTh) {
       if (const Collector::CElement* table = EnclosingTable(e)) {
         cellBorder = table->tag->GetAttributeValue("border");
         cellPadding = table->tag->GetAttributeValue("cellpadding");
-        signature += cellBorder ? std::string("\1") + cellBorder : std::string("\2");
-        signature += cellPadding ? std::string("\1") + cellPadding : std::string("\2");
+        signature += cellBorder ? '\1' : '\2';
+        if (cellBorder)
+          signature += cellBorder;
+        signature += cellPadding ? '\1' : '\2';
+        if (cellPadding)
+          signature += cellPadding;
       }
     }
     const CCssStyleFormat* attributes = nullptr;
@@ -438,7 +479,7 @@ int CHtmlFileView::Build() {
       m.level = Collector::emLevelAttribute;
       matches.push_back(m);
     }
-    const bool plain = !e.tag->GetAttributeValue("style");
+    const bool plain = !style;
     const int parentIndex = build.parents[2 * i];
     const CHtmlTagFormat* parentFormat =
         parentIndex >= 0 ? static_cast<CHtmlTagFormat*>(build.leaves[parentIndex]->GetTagFormat()) : nullptr;
@@ -461,7 +502,7 @@ int CHtmlFileView::Build() {
       }
     }
     // The style attribute: normal and !important declarations apart.
-    if (const char* style = e.tag->GetAttributeValue("style")) {
+    if (style) {
       if (!inlineNormal.IsDefault())
         inlineNormal.Default();
       if (!inlineImportant.IsDefault())
