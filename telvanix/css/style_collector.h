@@ -115,6 +115,7 @@ class TELVANIX_API CCssStyleCollector {
   void Clear();
   void SetQuirksMode(bool quirks) { m_bQuirks = quirks; }
   bool IsQuirksMode() const { return m_bQuirks; }
+  const std::vector<std::shared_ptr<const CRuleSet>>& GetRuleSets() const { return m_sets; }
 
   // When the value is "inherit", marks the property (a shorthand: its
   // parts) in `mask` and gives 1; the format cannot hold that keyword.

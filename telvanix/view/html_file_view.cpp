@@ -150,6 +150,42 @@ const Collector::CElement* EnclosingTable(const Collector::CElement& element) {
   return nullptr;
 }
 
+// Computed formats of elements without a style attribute, kept per thread
+// from page to page: pages of a project share their sheets, so the same
+// parent, tag and matched declarations recur. The key holds the addresses
+// of what went in; the cache keeps every one of them alive (the sheets, the
+// parent's values, the attribute formats), so no address is reused for
+// other content while a key names it.
+struct CComputedCache {
+  struct CEntry {
+    std::unique_ptr<CHtmlTagFormat> format;
+    std::unique_ptr<CHtmlTagFormat> parent;  // holds the parent's values
+  };
+  std::vector<std::shared_ptr<const Collector::CRuleSet>> sets;
+  std::unordered_map<std::string, std::unique_ptr<CCssStyleFormat>> attributeFormats;
+  std::unordered_map<std::string, CEntry> formats;
+
+  // Starts over when the sheets differ from the last build's or the cache
+  // grew past its bound.
+  void Begin(const std::vector<std::shared_ptr<const Collector::CRuleSet>>& now) {
+    if (now != sets || formats.size() > 16384 || attributeFormats.size() > 4096) {
+      formats.clear();
+      attributeFormats.clear();
+      sets = now;
+    }
+  }
+};
+
+CComputedCache& ComputedCache() {
+  thread_local CComputedCache cache;
+  return cache;
+}
+
+template <class V>
+void AppendBytes(std::string& key, V value) {
+  key.append(reinterpret_cast<const char*>(&value), sizeof value);
+}
+
 }  // namespace
 
 // The work of one build, kept apart from the view's state.
@@ -379,30 +415,36 @@ int CHtmlFileView::Build() {
     build.elements[i].previous = previous >= 0 ? &build.elements[previous] : nullptr;
   }
 
-  // BODY link colours links over the tag defaults.
-  // Scratch formats, kept per thread: a format is costly to make.
-  thread_local CCssStyleFormat linkFormat, inlineNormal, inlineImportant;
-  // Attribute formats, by tag and attribute text, kept per thread from page
-  // to page (pages of a project repeat them); shared results point at them,
-  // so the cache is only trimmed between builds.
-  thread_local std::unordered_map<std::string, std::unique_ptr<CCssStyleFormat>> attributeFormats;
-  if (attributeFormats.size() > 4096)
-    attributeFormats.clear();
-  if (!linkFormat.IsDefault())
-    linkFormat.Default();
+  CComputedCache& cache = ComputedCache();
+  cache.Begin(collector.GetRuleSets());
+  // Attribute formats, by tag and attribute text, kept with the computed
+  // formats whose keys hold their addresses.
+  auto& attributeFormats = cache.attributeFormats;
+  // BODY link colours links over the tag defaults; one format per colour
+  // text, kept with the attribute formats.
+  const CCssStyleFormat* linkFormat = nullptr;
   for (const Collector::CElement& e : build.elements)
     if (e.tagId == T::emTagIdBody) {
-      if (const char* link = e.tag->GetAttributeValue("link"))
-        linkFormat.AnalyseCssProperty("color", link);
+      if (const char* link = e.tag->GetAttributeValue("link")) {
+        std::unique_ptr<CCssStyleFormat>& made = attributeFormats[std::string("\3link=") + link];
+        if (!made) {
+          made = std::make_unique<CCssStyleFormat>();
+          made->AnalyseCssProperty("color", link);
+        }
+        if (!made->IsDefault())
+          linkFormat = made.get();
+      }
       break;
     }
+  // Scratch formats, kept per thread: a format is costly to make.
+  thread_local CCssStyleFormat inlineNormal, inlineImportant;
 
   // Each element after its parent: collect, combine, compute. An element
   // whose parent format, tag and matched rules equal an earlier one's (and
   // that has no attributes or inline style of its own) takes a copy of that
   // earlier result, as siblings and rows of a table mostly do.
   CLineCursor lines(list);
-  std::unordered_map<std::uint64_t, const CHtmlTagFormat*> shared;
+  std::string key;
   std::vector<Collector::CMatch> matches;
   CCssStyleCombine combine;
   std::string signature;
@@ -411,9 +453,9 @@ int CHtmlFileView::Build() {
     const Collector::CElement& e = build.elements[i];
     matches.clear();
     collector.Collect(e, matches);
-    if (e.link && !linkFormat.IsDefault()) {
+    if (e.link && linkFormat) {
       Collector::CMatch m;
-      m.format = &linkFormat;
+      m.format = linkFormat;
       m.level = Collector::emLevelDefaultLink;
       matches.push_back(m);
     }
@@ -483,17 +525,18 @@ int CHtmlFileView::Build() {
     const int parentIndex = build.parents[2 * i];
     const CHtmlTagFormat* parentFormat =
         parentIndex >= 0 ? static_cast<CHtmlTagFormat*>(build.leaves[parentIndex]->GetTagFormat()) : nullptr;
-    std::uint64_t key = 0;
     if (plain) {
-      key = 1469598103934665603ull;
-      auto mix = [&key](std::uint64_t v) { key = (key ^ v) * 1099511628211ull; };
-      mix(reinterpret_cast<std::uintptr_t>(parentFormat ? parentFormat->GetSharedSource() : nullptr));
-      mix(static_cast<std::uint32_t>(e.tagId));
-      for (const Collector::CMatch& m : matches)
-        mix(reinterpret_cast<std::uintptr_t>(m.format) * 31 + static_cast<std::uint64_t>(m.level));
-      auto found = shared.find(key);
-      if (found != shared.end()) {
-        auto* format = new CHtmlTagFormat(*found->second);
+      key.clear();
+      AppendBytes(key, m_bQuirks);
+      AppendBytes(key, parentFormat ? parentFormat->GetSharedSource() : nullptr);
+      AppendBytes(key, e.tagId);
+      for (const Collector::CMatch& m : matches) {
+        AppendBytes(key, m.format);
+        AppendBytes(key, m.level);
+      }
+      auto found = cache.formats.find(key);
+      if (found != cache.formats.end()) {
+        auto* format = new CHtmlTagFormat(*found->second.format);
         format->SetTagName(e.tag->GetTagName());
         format->SetLine(lines.LineOf(build.leaves[i]->GetTokenPosition()));
         build.leaves[i]->SetTagFormat(format);
@@ -543,7 +586,9 @@ int CHtmlFileView::Build() {
     format->SetLine(lines.LineOf(build.leaves[i]->GetTokenPosition()));
     format->Compute(combine, parentFormat, m_bQuirks);
     if (plain)
-      shared.emplace(key, format);
+      cache.formats.emplace(key, CComputedCache::CEntry{std::make_unique<CHtmlTagFormat>(*format),
+                                                        parentFormat ? std::make_unique<CHtmlTagFormat>(*parentFormat)
+                                                                     : nullptr});
     build.leaves[i]->SetTagFormat(format);
     m_arrElements.push_back(build.leaves[i]);
   }
