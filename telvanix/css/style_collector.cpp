@@ -423,6 +423,15 @@ int CCssStyleCollector::MatchesSelector(const char* selector, const CElement& el
 
 void CCssStyleCollector::Collect(const CElement& element, std::vector<CMatch>& out) const {
   thread_local std::vector<int> candidates;
+  // The names as the sets' maps hold them, made once for every set.
+  thread_local std::string lowerId;
+  thread_local std::vector<std::string> lowerClasses;
+  if (m_bQuirks) {
+    lowerId = Lower(element.id);
+    lowerClasses.resize(element.classes.size());
+    for (size_t i = 0; i < element.classes.size(); ++i)
+      lowerClasses[i] = Lower(element.classes[i]);
+  }
   for (size_t s = 0; s < m_sets.size(); ++s) {
     const CRuleSet& set = *m_sets[s];
     candidates.clear();
@@ -435,9 +444,9 @@ void CCssStyleCollector::Collect(const CElement& element, std::vector<CMatch>& o
       return it == map.end() ? nullptr : &it->second;
     };
     if (!element.id.empty())
-      take(m_bQuirks ? findIn(set.m_byIdLower, Lower(element.id)) : findIn(set.m_byId, element.id));
-    for (const std::string& name : element.classes)
-      take(m_bQuirks ? findIn(set.m_byClassLower, Lower(name)) : findIn(set.m_byClass, name));
+      take(m_bQuirks ? findIn(set.m_byIdLower, lowerId) : findIn(set.m_byId, element.id));
+    for (size_t i = 0; i < element.classes.size(); ++i)
+      take(m_bQuirks ? findIn(set.m_byClassLower, lowerClasses[i]) : findIn(set.m_byClass, element.classes[i]));
     take(findIn(set.m_byTag, element.tagId));
     take(&set.m_universal);
     // A class named twice on the element would find a rule twice.
