@@ -290,6 +290,16 @@ struct CCssStyleCollector::CRuleSet::CRule {
   CInheritMask inheritImportant;
 };
 
+struct CCssStyleCollector::CRuleSet::CHead {
+  const std::vector<CCompound>* chain = nullptr;
+  DWORD specificity = 0;
+  int line = 0;
+  bool normal = false;     // normal declarations or inherit marks
+  bool important = false;  // the same for !important
+  bool inherits = false;   // any inherit mark
+  bool always = false;     // one compound of no test but its tag: found is matched
+};
+
 int CCssStyleCollector::ReadInheritDeclaration(const char* name, const char* value, CInheritMask& mask) {
   if (!name || !value)
     return 0;
@@ -340,6 +350,7 @@ CCssStyleCollector::CRuleSet::CRuleSet(std::unique_ptr<CCssPack> pack, const cha
   size_t counted = 0;
   int line = lineBase;
   const size_t sourceLength = std::strlen(source);
+  std::unordered_map<int, std::vector<int>> byTag;
   POSITION pos = nullptr;
   for (CCssStyle* style = m_pack->GetFirstStyle(pos); style; style = m_pack->GetNextStyle(pos)) {
     // The rule's line: where its body, as written, stands in the text.
@@ -381,11 +392,27 @@ CCssStyleCollector::CRuleSet::CRuleSet(std::unique_ptr<CCssPack> pack, const cha
       m_byClassLower[Lower(last.classes.front())].push_back(at);
     }
     else if (last.tagId)
-      m_byTag[last.tagId].push_back(at);
+      byTag[last.tagId].push_back(at);
     else
       m_universal.push_back(at);
     m_rules.push_back(std::move(rule));
   }
+  m_heads.resize(m_rules.size());
+  for (size_t i = 0; i < m_rules.size(); ++i) {
+    const CRule& rule = m_rules[i];
+    CHead& head = m_heads[i];
+    head.chain = &rule.chain;
+    head.specificity = rule.specificity;
+    head.line = rule.line;
+    head.normal = !rule.normal.IsDefault() || rule.inheritNormal.any();
+    head.important = !rule.important.IsDefault() || rule.inheritImportant.any();
+    head.inherits = rule.inheritNormal.any() || rule.inheritImportant.any();
+    const CCompound& only = rule.chain.front();
+    head.always = rule.chain.size() == 1 && only.ids.empty() && only.classes.empty() && only.attributes.empty() &&
+                  !only.link && !only.firstChild;
+  }
+  m_byTag.assign(std::make_move_iterator(byTag.begin()), std::make_move_iterator(byTag.end()));
+  std::sort(m_byTag.begin(), m_byTag.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
 }
 
 CCssStyleCollector::CRuleSet::~CRuleSet() = default;
@@ -447,7 +474,10 @@ void CCssStyleCollector::Collect(const CElement& element, std::vector<CMatch>& o
       take(m_bQuirks ? findIn(set.m_byIdLower, lowerId) : findIn(set.m_byId, element.id));
     for (size_t i = 0; i < element.classes.size(); ++i)
       take(m_bQuirks ? findIn(set.m_byClassLower, lowerClasses[i]) : findIn(set.m_byClass, element.classes[i]));
-    take(findIn(set.m_byTag, element.tagId));
+    auto tagRules = std::lower_bound(set.m_byTag.begin(), set.m_byTag.end(), element.tagId,
+                                     [](const auto& entry, int id) { return entry.first < id; });
+    if (tagRules != set.m_byTag.end() && tagRules->first == element.tagId)
+      take(&tagRules->second);
     take(&set.m_universal);
     // A class named twice on the element would find a rule twice.
     if (candidates.size() > 1) {
@@ -455,23 +485,28 @@ void CCssStyleCollector::Collect(const CElement& element, std::vector<CMatch>& o
       candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
     }
     for (int index : candidates) {
-      const CRuleSet::CRule& rule = set.m_rules[index];
-      if (!ChainMatches(rule.chain, static_cast<int>(rule.chain.size()) - 1, &element, m_bQuirks))
+      const CRuleSet::CHead& head = set.m_heads[index];
+      if (!head.always &&
+          !ChainMatches(*head.chain, static_cast<int>(head.chain->size()) - 1, &element, m_bQuirks))
         continue;
+      const CRuleSet::CRule& rule = set.m_rules[index];
       CMatch match;
-      match.specificity = rule.specificity;
+      match.specificity = head.specificity;
       match.order = static_cast<DWORD>(s) << 20 | static_cast<DWORD>(index);
       match.file = set.m_strFile;
-      match.line = rule.line;
-      if (!rule.normal.IsDefault() || rule.inheritNormal.any()) {
+      match.line = head.line;
+      if (head.normal) {
         match.format = &rule.normal;
-        match.inherit = rule.inheritNormal;
+        if (head.inherits)
+          match.inherit = rule.inheritNormal;
         match.level = set.m_level;
         out.push_back(match);
       }
-      if (!rule.important.IsDefault() || rule.inheritImportant.any()) {
+      if (head.important) {
         match.format = &rule.important;
-        match.inherit = rule.inheritImportant;
+        match.inherit.reset();
+        if (head.inherits)
+          match.inherit = rule.inheritImportant;
         match.level = set.m_level == emLevelDefault ? emLevelDefaultImportant : emLevelAuthorImportant;
         out.push_back(match);
       }

@@ -79,17 +79,22 @@ class TELVANIX_API CCssStyleCollector {
    private:
     friend class CCssStyleCollector;
     struct CRule;
+    // What matching reads of every candidate rule, apart from the bulky
+    // formats, so that a look at a rule touches one small record.
+    struct CHead;
     std::unique_ptr<CCssPack> m_pack;
     CString m_strFile;
     EmLevel m_level;
     std::vector<CRule> m_rules;
+    std::vector<CHead> m_heads;  // one a rule
     // Rules by the key of their last compound: id, class, tag, or none.
     std::unordered_map<std::string, std::vector<int>> m_byId;
     std::unordered_map<std::string, std::vector<int>> m_byClass;
     // The same by lower-case name, for quirks mode.
     std::unordered_map<std::string, std::vector<int>> m_byIdLower;
     std::unordered_map<std::string, std::vector<int>> m_byClassLower;
-    std::unordered_map<int, std::vector<int>> m_byTag;
+    // By tag id, sorted: a look-up every element makes, kept in one block.
+    std::vector<std::pair<int, std::vector<int>>> m_byTag;
     std::vector<int> m_universal;
   };
 
