@@ -124,8 +124,13 @@ class CLineCursor {
                        (CHtmlTokenItem::emTokenInserted | CHtmlTokenItem::emTokenRecoveryInserted))) {
           const unsigned char* data = token->GetOriginalData();
           const int length = token->GetOriginalLength() + token->GetIndentAfterLength();
+          // memchr leaps over the long runs without a line end.
           if (data && length > 0)
-            m_line += static_cast<int>(std::count(data, data + length, static_cast<unsigned char>('\n')));
+            for (const unsigned char *p = data, *end = data + length;
+                 p < end && (p = static_cast<const unsigned char*>(
+                                 std::memchr(p, '\n', static_cast<size_t>(end - p)))) != nullptr;
+                 ++p)
+              ++m_line;
         }
         if (here == target)
           return line;
