@@ -462,11 +462,16 @@ void CCssStyleCollector::Collect(const CElement& element, std::vector<CMatch>& o
   for (size_t s = 0; s < m_sets.size(); ++s) {
     const CRuleSet& set = *m_sets[s];
     candidates.clear();
+    int lists = 0;
     auto take = [&](const std::vector<int>* list) {
-      if (list)
+      if (list && !list->empty()) {
         candidates.insert(candidates.end(), list->begin(), list->end());
+        ++lists;
+      }
     };
     auto findIn = [](const auto& map, const auto& key) -> const std::vector<int>* {
+      if (map.empty())
+        return nullptr;  // spares hashing the name
       auto it = map.find(key);
       return it == map.end() ? nullptr : &it->second;
     };
@@ -479,8 +484,9 @@ void CCssStyleCollector::Collect(const CElement& element, std::vector<CMatch>& o
     if (tagRules != set.m_byTag.end() && tagRules->first == element.tagId)
       take(&tagRules->second);
     take(&set.m_universal);
-    // A class named twice on the element would find a rule twice.
-    if (candidates.size() > 1) {
+    // Each list is in rule order; merged lists are sorted, and a class named
+    // twice on the element would find a rule twice.
+    if (lists > 1) {
       std::sort(candidates.begin(), candidates.end());
       candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
     }
