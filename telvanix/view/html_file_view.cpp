@@ -194,7 +194,7 @@ struct CComputedCache {
   // Starts over when the sheets differ from the last build's or the cache
   // grew past its bound.
   void Begin(const std::vector<std::shared_ptr<const Collector::CRuleSet>>& now) {
-    if (now != sets || formats.size() > 16384 || attributeFormats.size() > 4096) {
+    if (now != sets || formats.size() > 4096 || attributeFormats.size() > 4096) {
       formats.clear();
       attributeFormats.clear();
       sets = now;
