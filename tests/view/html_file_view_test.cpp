@@ -6,6 +6,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <thread>
 
 #include "golden_cases.h"
 #include "telvanix/css/css_pack_ex_manager.h"
@@ -114,6 +115,33 @@ TEST(HtmlFileViewTest, SheetsLoadedOncePerProject) {
   EXPECT_EQ(broken.BuildView(), 1);
   EXPECT_EQ(broken.GetSheetErrors().GetSize(), 1);
   EXPECT_EQ(ValueOf(broken, "p", C::emColor), "rgb(0, 0, 0)");
+}
+
+// Formats are reused from page to page on one thread: pages on the same
+// sheets that differ in link colour, attributes or tables must each read
+// as they do on a thread that built nothing before.
+TEST(HtmlFileViewTest, PagesBuiltInTurnReadAsBuiltAlone) {
+  test::TempDir dir;
+  const std::string root = dir.path();
+  std::ofstream(root + "/s.css") << "td { color: green } .x b { font-weight: 300 } a { margin: 1em }";
+  const char* pages[] = {
+      "<body link=blue><a href=x>a</a><table border=1 cellpadding=2><tr><td>1</table><div class=x><b>b</b></div>",
+      "<body link=red text=navy><a href=x>a</a><table border=0><tr><td align=right>1</table><b>b</b>",
+      "<!DOCTYPE html><body><font size=5><a href=x>a</a></font><div class=x><b style='color:red'><i>i</i></b></div>"};
+  CCssPackExManager manager;
+  auto describe = [&](int i) {
+    std::ofstream(root + "/p.htm") << "<link rel=stylesheet href=s.css>" << pages[i];
+    CHtmlFileView view((root + "/p.htm").c_str(), &manager);
+    return DescribeView(view);
+  };
+  for (int i = 0; i < 3; ++i) {
+    std::string alone;
+    std::thread([&] { alone = describe(i); }).join();
+    for (int before = 0; before < 3; ++before) {
+      describe(before);
+      EXPECT_EQ(describe(i), alone) << "page " << i << " after page " << before;
+    }
+  }
 }
 
 }  // namespace
