@@ -26,6 +26,7 @@
 #include <string>
 #include <vector>
 
+#include "corpus_passes.h"
 #include "page_corpus.h"
 #include "telvanix/html/html_pack.h"
 
@@ -44,43 +45,11 @@ namespace {
 
 using bench::GetPageCorpus;
 using bench::PageCorpus;
-
-double ThreadSeconds() {
-  timespec t;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-  return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
-}
-
-// Fastest whole-corpus pass of each run, by name, for the summary.
-std::map<std::string, double>& BestPass() {
-  static std::map<std::string, double> best;
-  return best;
-}
-
-// Runs pass once per iteration and keeps its fastest time.
-template <class F>
-void RunPasses(benchmark::State& state, const char* name, F pass) {
-  const PageCorpus& corpus = GetPageCorpus();
-  double& best = BestPass().try_emplace(name, 1e30).first->second;
-  for (auto _ : state) {
-    const double start = ThreadSeconds();
-    pass(corpus);
-    best = std::min(best, ThreadSeconds() - start);
-  }
-  state.SetBytesProcessed(state.iterations() * corpus.bytes);
-  state.counters["pages"] = static_cast<double>(corpus.pages.size());
-}
-
-// The pages as host buffers, made once outside the timed passes.
-std::vector<CByteString>& Buffers() {
-  static std::vector<CByteString> buffers = [] {
-    std::vector<CByteString> v;
-    for (const std::string& page : GetPageCorpus().pages)
-      v.emplace_back(reinterpret_cast<const unsigned char*>(page.data()), static_cast<int>(page.size()));
-    return v;
-  }();
-  return buffers;
-}
+using bench::BestPass;
+using bench::Buffers;
+using bench::RunPasses;
+using bench::ThreadSeconds;
+using bench::ThreadSeconds;
 
 constexpr const char* kLevel2 = "telvanix level 2";
 constexpr const char* kLevel4 = "telvanix level 4";

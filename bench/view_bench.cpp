@@ -14,6 +14,7 @@
 #include <map>
 #include <string>
 
+#include "corpus_passes.h"
 #include "page_corpus.h"
 #include "telvanix/css/css_pack_ex_manager.h"
 #include "telvanix/html/html_pack.h"
@@ -28,40 +29,9 @@ namespace {
 
 using bench::GetPageCorpus;
 using bench::PageCorpus;
-
-double ThreadSeconds() {
-  timespec t;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-  return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
-}
-
-std::map<std::string, double>& BestPass() {
-  static std::map<std::string, double> best;
-  return best;
-}
-
-template <class F>
-void RunPasses(benchmark::State& state, const char* name, F pass) {
-  const PageCorpus& corpus = GetPageCorpus();
-  double& best = BestPass().try_emplace(name, 1e30).first->second;
-  for (auto _ : state) {
-    const double start = ThreadSeconds();
-    pass(corpus);
-    best = std::min(best, ThreadSeconds() - start);
-  }
-  state.SetBytesProcessed(state.iterations() * corpus.bytes);
-  state.counters["pages"] = static_cast<double>(corpus.pages.size());
-}
-
-std::vector<CByteString>& Buffers() {
-  static std::vector<CByteString> buffers = [] {
-    std::vector<CByteString> v;
-    for (const std::string& page : GetPageCorpus().pages)
-      v.emplace_back(reinterpret_cast<const unsigned char*>(page.data()), static_cast<int>(page.size()));
-    return v;
-  }();
-  return buffers;
-}
+using bench::BestPass;
+using bench::Buffers;
+using bench::RunPasses;
 
 constexpr const char* kLevel4 = "telvanix level 4";
 constexpr const char* kView = "telvanix view";
