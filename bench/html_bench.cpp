@@ -49,7 +49,6 @@ using bench::BestPass;
 using bench::Buffers;
 using bench::RunPasses;
 using bench::ThreadSeconds;
-using bench::ThreadSeconds;
 
 constexpr const char* kLevel2 = "telvanix level 2";
 constexpr const char* kLevel4 = "telvanix level 4";
