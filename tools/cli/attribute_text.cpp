@@ -5,7 +5,9 @@
 #include <cstring>
 
 #include "telvanix/html/html_pack.h"
+#include "cli/page_files.h"
 #include "telvanix/platform/code_page.h"
+#include "telvanix/sitemap/file_sitemap.h"
 #include "telvanix/topic/html_file_ex.h"
 
 namespace telvanix::tool {
@@ -21,6 +23,25 @@ UINT PageCodePage(CHtmlFileEx& doc) { return doc.GetPageCodePage(); }
 UINT SitemapCodePage(CByteString& bytes, const char* name) {
   CHtmlPack pack(bytes, name);
   return pack.Parse(CHtmlPack::emParseAttributes) ? pack.GetPageCodePage() : GetActiveCodePage();
+}
+
+bool ReadSitemapAsUtf8(const std::string& file, CHtmlFileSitemap& sitemap, std::string& error, bool emptyIsRead) {
+  CByteString bytes;
+  if (!LoadPage(file, bytes, error)) return false;
+  std::string utf8;
+  if (!CodePageToUtf8(SitemapCodePage(bytes, file.c_str()), bytes, static_cast<size_t>(bytes.GetLength()), utf8)) {
+    error = file + ": cannot be read in its charset";
+    return false;
+  }
+  CByteString text(reinterpret_cast<const unsigned char*>(utf8.data()), static_cast<int>(utf8.size()));
+  const UINT previous = SetActiveCodePage(CP_UTF8);
+  const int read = sitemap.Read(text);
+  SetActiveCodePage(previous);
+  if (!read && (bytes.GetLength() > 0 || !emptyIsRead)) {
+    error = file + ": not a contents or index file (no entries could be read)";
+    return false;
+  }
+  return true;
 }
 
 std::string PageTextToUtf8(const char* text, UINT codePage) {

@@ -10,6 +10,7 @@
 namespace telvanix {
 class CByteString;
 class CHtmlFileEx;
+class CHtmlFileSitemap;
 class CHtmlTagItem;
 }  // namespace telvanix
 
@@ -20,6 +21,13 @@ UINT PageCodePage(CHtmlFileEx& doc);
 // The charset a contents or index file declares, as a page does; else the
 // active code page.
 UINT SitemapCodePage(CByteString& bytes, const char* name);
+// Reads a contents or index file with its names in UTF-8. The reader decodes
+// names into the active code page's bytes, which would cut a reference to a
+// character outside it, so a UTF-8 copy is read under UTF-8; only the main
+// thread may call it. false, with a one-line error, when the file cannot be
+// loaded or decoded, or when it gives no entries (an empty file is read as
+// empty where emptyIsRead).
+bool ReadSitemapAsUtf8(const std::string& file, CHtmlFileSitemap& sitemap, std::string& error, bool emptyIsRead);
 
 // UTF-8 text as an attribute value of a page in `codePage`: the double quote,
 // "&", "<" and ">" as references, and a character the code page cannot hold

@@ -63,25 +63,10 @@ bool IsSitemapName(const std::string& name) {
 }
 
 // The pages a contents or index file lists that exist, in its order, each
-// once. Read as UTF-8 (as `toc` does), so that no name loses a character;
-// only the main thread runs while the code page is switched.
+// once, read with its names in UTF-8.
 bool ListedPages(const std::string& file, std::vector<std::string>& pages, std::string& error) {
-  CByteString bytes;
-  std::string utf8;
-  if (!LoadPage(file, bytes, error)) return false;
-  if (!CodePageToUtf8(SitemapCodePage(bytes, file.c_str()), bytes, static_cast<size_t>(bytes.GetLength()), utf8)) {
-    error = file + ": cannot be read in its charset";
-    return false;
-  }
-  CByteString text(reinterpret_cast<const unsigned char*>(utf8.data()), static_cast<int>(utf8.size()));
   CHtmlFileSitemap sitemap;
-  const UINT previous = SetActiveCodePage(CP_UTF8);
-  const int read = sitemap.Read(text);
-  SetActiveCodePage(previous);
-  if (!read) {
-    error = file + ": not a contents or index file (no entries could be read)";
-    return false;
-  }
+  if (!ReadSitemapAsUtf8(file, sitemap, error, false)) return false;
   const std::filesystem::path folder = std::filesystem::path(file).parent_path();
   auto add = [&](const char* local) {
     std::string name = AttributeValueToUtf8(local, CP_UTF8);

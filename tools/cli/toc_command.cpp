@@ -67,28 +67,10 @@ int Run(const std::vector<std::string>& args) {
   CommandLine cl;
   if (int rc = StartCommand(args, {{"check", 0}, {"json", 0}, {"root", 1}}, kHelp, cl, 1, 1); rc >= 0) return rc;
   const std::string file = cl.operands()[0];
-  CByteString bytes;
-  std::string error;
-  if (!LoadPage(file, bytes, error)) {
-    PrintError(error);
-    return kExitError;
-  }
-  // The reader decodes names into the active code page's bytes, which cut
-  // a reference to a character outside it; a UTF-8 copy of the file read
-  // under UTF-8 keeps every character. Nothing else runs while it reads.
-  std::string utf8;
-  const UINT fileCodePage = SitemapCodePage(bytes, file.c_str());
-  if (!CodePageToUtf8(fileCodePage, bytes, static_cast<size_t>(bytes.GetLength()), utf8)) {
-    PrintError(file + ": cannot be read in its charset");
-    return kExitError;
-  }
-  CByteString text(reinterpret_cast<const unsigned char*>(utf8.data()), static_cast<int>(utf8.size()));
   CHtmlFileSitemap sitemap;
-  const UINT previous = SetActiveCodePage(CP_UTF8);
-  const int read = sitemap.Read(text);
-  SetActiveCodePage(previous);
-  if (!read && bytes.GetLength() > 0) {
-    PrintError(file + ": not a contents or index file (no entries could be read)");
+  std::string error;
+  if (!ReadSitemapAsUtf8(file, sitemap, error, true)) {
+    PrintError(error);
     return kExitError;
   }
   std::string root = cl.Values("root").empty() ? DirectoryOf(file) : cl.Values("root")[0];
