@@ -51,18 +51,22 @@ bool LoadPage(const std::string& path, CByteString& bytes, std::string& error,
   return LoadWholeFile(path, bytes, error);
 }
 
+// One place, in file order.
+void AddPosition(CFileReference& f, CHtmlProjectIndex::CFileEntry& s) {
+  s.m_positions.push_back(
+      {f.m_nLine, std::move(f.m_strElement), std::move(f.m_strAttribute), std::move(f.m_strWritten)});
+}
+
 // Each reference's position: the first unclaimed place written the same
 // (decoded where the file's syntax encodes characters), places in file order.
-// Matched through a sorted list of views: no allocation a reference.
-void PlaceReferences(std::vector<CFileReference>& found, bool html, CHtmlProjectIndex::CFileEntry& s) {
+// Matched through a sorted list of views: no allocation a reference, and a
+// cursor a run of equal texts, so that a page linking one target ten
+// thousand times is not searched ten thousand times over.
+void PlaceReferences(bool html, CHtmlProjectIndex::CFileEntry& s) {
   auto trim = [](std::string_view t) {
     const size_t b = t.find_first_not_of(" \t\r\n"), e = t.find_last_not_of(" \t\r\n");
     return b == std::string_view::npos ? std::string_view() : t.substr(b, e + 1 - b);
   };
-  s.m_positions.reserve(found.size());
-  for (CFileReference& f : found)
-    s.m_positions.push_back(
-        {f.m_nLine, std::move(f.m_strElement), std::move(f.m_strAttribute), std::move(f.m_strWritten)});
   std::vector<std::string> decoded;  // the few values written with character references
   for (const auto& p : s.m_positions)
     if (html && p.m_strWritten.str().find('&') != std::string::npos) decoded.push_back(Decoded(p.m_strWritten));
@@ -73,24 +77,30 @@ void PlaceReferences(std::vector<CFileReference>& found, bool html, CHtmlProject
     keys.emplace_back(trim(html && w.find('&') != std::string::npos ? std::string_view(decoded[d++]) : w), k);
   }
   std::sort(keys.begin(), keys.end());
-  std::vector<char> claimed(keys.size(), 0);
+  // next[i]: for the run of equal texts starting at i, its first unclaimed key.
+  std::vector<size_t> next(keys.size());
+  for (size_t i = 0; i < keys.size(); ++i) next[i] = i;
   for (CHtmlProjectIndex::CReference& r : s.m_refs) {
     const std::string_view text = trim(r.m_strText);
-    auto it = std::lower_bound(keys.begin(), keys.end(), std::make_pair(text, size_t{0}));
-    for (; it != keys.end() && it->first == text; ++it)
-      if (!claimed[it - keys.begin()]) {
-        claimed[it - keys.begin()] = 1;
-        r.m_nPosition = it->second;
-        r.m_nLine = s.m_positions[it->second].m_nLine;
-        break;
-      }
+    const size_t run = std::lower_bound(keys.begin(), keys.end(), std::make_pair(text, size_t{0})) - keys.begin();
+    if (run == keys.size() || keys[run].first != text) continue;
+    const size_t k = next[run];
+    if (k == keys.size() || keys[k].first != text) continue;
+    next[run] = k + 1;
+    r.m_nPosition = keys[k].second;
+    r.m_nLine = s.m_positions[keys[k].second].m_nLine;
   }
 }
 
 // The references of a page or sitemap as the rewrite walk finds them.
 void PlacePageReferences(CHtmlFileEx& doc, CHtmlProjectIndex::CFileEntry& s) {
-  std::vector<CFileReference> found;
-  if (doc.GetFileReferences(found) >= 0) PlaceReferences(found, true, s);
+  // About one place a reference already listed: room made once, not by
+  // doubling, which on a page of 100,000 links holds three copies at a time.
+  s.m_positions.reserve(s.m_refs.size() + s.m_refs.size() / 8);
+  if (doc.ForEachFileReference([&](CFileReference& f) { AddPosition(f, s); }) >= 0)
+    PlaceReferences(true, s);
+  else
+    s.m_positions.clear();
 }
 
 // A dropped token that holds nothing a reader sees and no part of the
@@ -265,7 +275,11 @@ CHtmlProjectIndex::CFileEntry ScanStylesheet(const std::string& root, const std:
   CHtmlFileEx::CReplaceContext listing;
   listing.SetDocument(rel.c_str(), nullptr);
   std::vector<CFileReference> found;
-  if (pack.GetFileReferences(listing, found) >= 0) PlaceReferences(found, false, s);
+  if (pack.GetFileReferences(listing, found) >= 0) {
+    s.m_positions.reserve(found.size());
+    for (CFileReference& f : found) AddPosition(f, s);
+    PlaceReferences(false, s);
+  }
   return s;
 }
 

@@ -301,6 +301,9 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   // The same walk for positions alone (line, element, attribute, as
   // written): nothing resolved, no context needed. Count, or -1 as above.
   int GetFileReferences(std::vector<CFileReference>& references);
+  // The same walk handing each reference to `visit` as it is found, so that
+  // a page of many references is never held twice. Count, or -1 as above.
+  int ForEachFileReference(const std::function<void(CFileReference&)>& visit);
 
   // The items of the help-control object whose OBJECT start tag is at pos
   // (buttons, splash images, related topics, contents and index files).
@@ -422,13 +425,14 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   // every site of the groups asked for (topic_detail::SiteGroup), limited to
   // one token or object when `only` is set; deciding one site; applying the
   // decisions (rewrites, then unlinks; the count changed); the sites of a
-  // run, decided (-1 failure, 0 an empty page, 1 ready); and a whole run
+  // run, each decided and handed on (-1 failure, 0 an empty page, 1 ready); and a whole run
   // doing what `mode` (topic_detail::ReplaceMode) allows.
-  void CollectReferenceSites(std::vector<topic_detail::ReferenceSite>& sites, int groups, POSITION only);
+  void CollectReferenceSites(const std::function<void(topic_detail::ReferenceSite&)>& sink, int groups,
+                             POSITION only);
   void DecideReferenceSite(topic_detail::ReferenceSite& site, CReplaceContext& context);
   int ApplyReferenceSites(std::vector<topic_detail::ReferenceSite>& sites, CReplaceContext& context, int indexRule);
   int CollectDecidedSites(CReplaceContext& context, int groups, POSITION only,
-                          std::vector<topic_detail::ReferenceSite>& sites);
+                          const std::function<void(topic_detail::ReferenceSite&)>& sink);
   int RunReplace(CReplaceContext& context, int groups, POSITION only, int indexRule, int mode);
   // ReplaceHhctrlButton and ReplaceHhctrlItem: the PARAM at pos, whose name
   // begins with `name` (length characters; -1 the whole name).

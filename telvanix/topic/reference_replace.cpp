@@ -106,7 +106,8 @@ bool IsIndexFile(const CString& path) {
 // ---------------------------------------------------------------------------
 // the walk
 
-void CHtmlFileEx::CollectReferenceSites(std::vector<ReferenceSite>& sites, int groups, POSITION only) {
+void CHtmlFileEx::CollectReferenceSites(const std::function<void(ReferenceSite&)>& sink, int groups,
+                                        POSITION only) {
   int line = 1;
   ObjectKind object = kNoObject;
   POSITION objectPos = nullptr;
@@ -149,7 +150,7 @@ void CHtmlFileEx::CollectReferenceSites(std::vector<ReferenceSite>& sites, int g
       site.ref.m_strElement = element;
       site.ref.m_strAttribute = attribute;
       site.ref.m_strWritten = CString(reinterpret_cast<const char*>(data) + offset, n);
-      sites.push_back(site);
+      sink(site);
     };
     // url() and "@import" targets of stylesheet text at `offset` in the token.
     auto addStyle = [&](int offset, int n, int html, char quote, const CString& element, const char* attribute) {
@@ -420,16 +421,19 @@ int CHtmlFileEx::ApplyReferenceSites(std::vector<ReferenceSite>& sites, CReplace
 }
 
 int CHtmlFileEx::CollectDecidedSites(CReplaceContext& context, int groups, POSITION only,
-                                     std::vector<ReferenceSite>& sites) {
+                                     const std::function<void(ReferenceSite&)>& sink) {
   if (context.GetDocumentOldPath().IsEmpty())
     return -1;
   EnsureAnalysed();
   // An empty buffer is a page without references; a file not read is a failure.
   if (!m_bParsed)
     return GetSourceMode() == emSourceBuffer ? 0 : -1;
-  CollectReferenceSites(sites, groups, only);
-  for (ReferenceSite& site : sites)
-    DecideReferenceSite(site, context);
+  CollectReferenceSites(
+      [&](ReferenceSite& site) {
+        DecideReferenceSite(site, context);
+        sink(site);
+      },
+      groups, only);
   return 1;
 }
 
@@ -437,7 +441,8 @@ int CHtmlFileEx::RunReplace(CReplaceContext& context, int groups, POSITION only,
   try {
     context.m_changes.clear();
     std::vector<ReferenceSite> sites;
-    const int ready = CollectDecidedSites(context, groups, only, sites);
+    const int ready =
+        CollectDecidedSites(context, groups, only, [&](ReferenceSite& site) { sites.push_back(std::move(site)); });
     if (ready <= 0)
       return ready;
     for (ReferenceSite& site : sites) {
@@ -464,14 +469,9 @@ int CHtmlFileEx::ReplaceFileReference(CReplaceContext& context) {
 int CHtmlFileEx::GetFileReferences(CReplaceContext& context, std::vector<CFileReference>& references) {
   references.clear();
   try {
-    std::vector<ReferenceSite> sites;
-    const int ready = CollectDecidedSites(context, kSiteAll, nullptr, sites);
-    if (ready <= 0)
-      return ready;
-    references.reserve(sites.size());
-    for (const ReferenceSite& site : sites)
-      references.push_back(site.ref);
-    return static_cast<int>(references.size());
+    const int ready = CollectDecidedSites(context, kSiteAll, nullptr,
+                                          [&](ReferenceSite& site) { references.push_back(std::move(site.ref)); });
+    return ready <= 0 ? ready : static_cast<int>(references.size());
   } catch (...) {
     references.clear();
     return -1;
@@ -480,18 +480,26 @@ int CHtmlFileEx::GetFileReferences(CReplaceContext& context, std::vector<CFileRe
 
 int CHtmlFileEx::GetFileReferences(std::vector<CFileReference>& references) {
   references.clear();
+  const int count = ForEachFileReference([&](CFileReference& ref) { references.push_back(std::move(ref)); });
+  if (count < 0)
+    references.clear();
+  return count;
+}
+
+int CHtmlFileEx::ForEachFileReference(const std::function<void(CFileReference&)>& visit) {
   try {
     EnsureAnalysed();
     if (!m_bParsed)
       return GetSourceMode() == emSourceBuffer ? 0 : -1;
-    std::vector<ReferenceSite> sites;
-    CollectReferenceSites(sites, kSiteAll, nullptr);
-    references.reserve(sites.size());
-    for (ReferenceSite& site : sites)
-      references.push_back(std::move(site.ref));
-    return static_cast<int>(references.size());
+    int count = 0;
+    CollectReferenceSites(
+        [&](ReferenceSite& site) {
+          visit(site.ref);
+          ++count;
+        },
+        kSiteAll, nullptr);
+    return count;
   } catch (...) {
-    references.clear();
     return -1;
   }
 }
