@@ -91,6 +91,16 @@ CHtmlPack::~CHtmlPack() {
   m_strPathName.Empty();
 }
 
+int CHtmlPack::SetSource(CByteString& source) {
+  CloseMappingView();
+  m_TokenList.ClearAll();
+  m_nSourceMode = m_strPathName.IsEmpty() ? emSourceBuffer : emSourceFile;
+  m_nAnalyseFlags = 0;
+  m_bParsed = 0;
+  m_pSource = &source;
+  return 1;
+}
+
 // ---- Parsing ----
 
 int CHtmlPack::Parse(EmParseFlag nFlag) {

@@ -74,6 +74,11 @@ class TELVANIX_API CHtmlPack {
 
   // 1 on success; 0 on failure or for a flag outside 1..5. Never throws.
   int Parse(EmParseFlag nFlag);
+  // Points the pack at new bytes, as if it had been made over source with
+  // its present path: the tokens go, their memory stays for the next Parse
+  // (a page read again, formatted or edited as text, costs no fresh memory),
+  // and nothing counts as parsed. source is remembered, not copied. 1.
+  virtual int SetSource(CByteString& source);
   // The tree over the present token list, with the parse flags when they
   // ask for a tree, else with the HTML repairs.
   int RebuildEntityTree();

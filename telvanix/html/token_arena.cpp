@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <new>
 
 #if defined(__linux__)
@@ -111,14 +112,27 @@ bool KeepSpare(void* block, std::size_t size) {
 }  // namespace
 
 CHtmlTokenArena::CHtmlTokenArena()
-    : m_nUsedBefore(0), m_pBlocks(nullptr), m_pNext(nullptr), m_pEnd(nullptr), m_nReserved(0) {}
+    : m_nUsedBefore(0), m_pBlocks(nullptr), m_pFree(nullptr), m_pNext(nullptr), m_pEnd(nullptr), m_nReserved(0) {}
 
 CHtmlTokenArena::~CHtmlTokenArena() {
-  while (m_pBlocks) {
-    Block* next = m_pBlocks->pNext;
-    FreeBlock(m_pBlocks);
-    m_pBlocks = next;
-  }
+  for (Block* list : {m_pBlocks, m_pFree})
+    while (list) {
+      Block* next = list->pNext;
+      FreeBlock(list);
+      list = next;
+    }
+}
+
+CHtmlTokenArena::Block* CHtmlTokenArena::TakeFree(std::size_t minSize) {
+  Block** best = nullptr;
+  for (Block** b = &m_pFree; *b; b = &(*b)->pNext)
+    if ((*b)->nSize >= minSize && (!best || (*b)->nSize < (*best)->nSize))
+      best = b;
+  if (!best)
+    return nullptr;
+  Block* block = *best;
+  *best = block->pNext;
+  return block;
 }
 
 void CHtmlTokenArena::FreeBlock(Block* block) {
@@ -141,10 +155,25 @@ void CHtmlTokenArena::NewBlock(std::size_t minSize) {
     size = kMinBlock;
   if (size < minSize)
     size = minSize;
-  if (m_pBlocks)
-    m_nUsedBefore += static_cast<std::size_t>(m_pNext - (reinterpret_cast<char*>(m_pBlocks) + kHeader));
+  if (m_pBlocks) {
+    const std::size_t used = static_cast<std::size_t>(m_pNext - (reinterpret_cast<char*>(m_pBlocks) + kHeader));
+    m_nUsedBefore += used;
+    if (!used) {
+      // A block too small for the first request after a Reset (a page read
+      // again that has grown) waits on the free list for a later one.
+      Block* empty = m_pBlocks;
+      m_pBlocks = empty->pNext;
+      m_nReserved -= empty->nSize;
+      empty->pNext = m_pFree;
+      m_pFree = empty;
+    }
+  }
   std::size_t spareSize = 0;
-  void* raw = TakeSpare(size, spareSize);
+  void* raw = TakeFree(size);
+  if (raw)
+    spareSize = static_cast<Block*>(raw)->nSize;
+  else
+    raw = TakeSpare(size, spareSize);
   if (raw) {
     size = spareSize;
   } else {
@@ -191,11 +220,12 @@ void CHtmlTokenArena::Reset() {
   for (Block* b = m_pBlocks->pNext; b; b = b->pNext)
     if (b->nSize > keep->nSize)
       keep = b;
-  Block* b = m_pBlocks;
-  while (b) {
+  for (Block* b = m_pBlocks; b;) {
     Block* next = b->pNext;
-    if (b != keep)
-      FreeBlock(b);
+    if (b != keep) {
+      b->pNext = m_pFree;
+      m_pFree = b;
+    }
     b = next;
   }
   keep->pNext = nullptr;

@@ -36,12 +36,13 @@ class TELVANIX_API CHtmlTokenArena {
   // whose size is known up front does not chain many small blocks.
   void Reserve(std::size_t size);
 
-  // Forgets everything allocated; the largest block is kept for the next
-  // page, the others are handed back.
+  // Forgets everything allocated. The blocks stay with the arena for the
+  // next page (the largest in use at once, the others as they are needed),
+  // so a list read again does not fault in fresh memory a second time.
   void Reset();
 
-  // Bytes held in blocks, and bytes handed out since the last Reset (for
-  // measurements).
+  // Bytes held in the blocks in use, and bytes handed out since the last
+  // Reset (for measurements).
   std::size_t GetReservedBytes() const { return m_nReserved; }
   std::size_t GetUsedBytes() const;
 
@@ -52,10 +53,13 @@ class TELVANIX_API CHtmlTokenArena {
   };
   void* AllocateSlow(std::size_t size);
   void NewBlock(std::size_t minSize);
+  // The smallest block of the free list with at least minSize bytes, unlinked; or null.
+  Block* TakeFree(std::size_t minSize);
   static void FreeBlock(Block* block);
 
   std::size_t m_nUsedBefore;  // handed out from blocks before the current one
   Block* m_pBlocks;  // current block first
+  Block* m_pFree;    // blocks left from before the last Reset
   char* m_pNext;
   char* m_pEnd;
   std::size_t m_nReserved;

@@ -128,6 +128,11 @@ int CHtmlFileEx::Analyse() {
   return result;
 }
 
+int CHtmlFileEx::SetSource(CByteString& source) {
+  ClearAllAnalysedData();
+  return CHtmlPack::SetSource(source);
+}
+
 void CHtmlFileEx::EnsureAnalysed() {
   if (!m_bAnalysed)
     Analyse();

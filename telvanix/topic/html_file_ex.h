@@ -111,6 +111,9 @@ class TELVANIX_API CHtmlFileEx : public CHtmlPack {
   // flag is set even when the parse failed.
   int Analyse();
   int IsAnalysed() const { return m_bAnalysed; }
+  // New bytes for the same page (see CHtmlPack::SetSource); what was
+  // analysed goes with the old tokens.
+  int SetSource(CByteString& source) override;
 
   // ---- page skeleton ----
   // Replaces the page by "<HTML><HEAD></HEAD><BODY></BODY></HTML>" (six tags,

@@ -48,6 +48,29 @@ TEST(TopicCopy, CopyHasItsOwnTokensAndOutlivesItsSource) {
                static_cast<const char*>(out));
 }
 
+TEST(TopicSource, NewBytesLeaveNothingOfTheOldPage) {
+  TopicPage page("<html><head><title>A</title></head><body><img src=\"a.gif\"><a href=\"x.htm\">x</a></body></html>");
+  ASSERT_EQ(1, page->Parse(CHtmlPack::emParseHtmlTree));
+  EXPECT_EQ(1, page->GetImagePositions().GetSize());
+  // Longer than the first page, so the tokens outgrow its first block.
+  std::string next = "<html><head><title>B</title></head><body>";
+  for (int i = 0; i < 2000; ++i) next += "<p>paragraph " + std::to_string(i) + "</p>";
+  next += "</body></html>";
+  CByteString bytes(reinterpret_cast<const unsigned char*>(next.data()), static_cast<int>(next.size()));
+  EXPECT_EQ(1, page->SetSource(bytes));
+  EXPECT_FALSE(page->IsParsed());
+  EXPECT_EQ(nullptr, page->GetEntityTree());
+  EXPECT_EQ("B", Title(page.doc()));
+  EXPECT_EQ(0, page->GetImagePositions().GetSize());
+  unsigned int index = 0;
+  EXPECT_EQ(nullptr, page->GetFirstAnchorHref(index));
+  EXPECT_EQ(next, page.Saved());
+  // Read once more, over the memory of both.
+  CByteString again(reinterpret_cast<const unsigned char*>(next.data()), 41);
+  page->SetSource(again);
+  EXPECT_EQ("B", Title(page.doc()));
+}
+
 TEST(TopicNulls, OnlyObjectTagsAreHelpControlsAndNullHrefsAreNoScript) {
   TopicPage page("<html><body><img classid=\"clsid:ADB880A6-D8FF-11CF-9377-00AA003B7A11\"></body></html>");
   EXPECT_FALSE(page->IsHhctrlActivexObject(nullptr));

@@ -123,11 +123,11 @@ struct SeenText {
 };
 
 // 0 when the formatted page shows what the source showed; else 2 (words
-// would join) or 3 (preformatted text would change).
-// The formatted page is read once, and both are taken from that reading as
-// they were from the source's.
-int KeepReason(const SeenText& source, CByteString& formatted, const std::string& path) {
-  CHtmlFileEx doc(formatted, path.c_str());
+// would join) or 3 (preformatted text would change). The formatted page is
+// read once, into the source's document (its memory is already at hand),
+// and both are taken from that reading as they were from the source's.
+int KeepReason(const SeenText& source, CHtmlFileEx& doc, CByteString& formatted) {
+  doc.SetSource(formatted);
   if (source.words != VisibleWords(doc)) return 2;
   return source.preformatted.empty() || PreformattedContents(doc) == source.preformatted ? 0 : 3;
 }
@@ -138,11 +138,11 @@ size_t Digest(const CByteString& bytes) {
 
 // The page is held whole at most twice at once beside one parsed document
 // (the document's tokens are several times its size): the bytes as read go
-// once the document has its own copy, and the document goes before the
-// formatted page is read for its words. The page is read from disk once: a
-// formatted page of the same length is compared by a 64-bit digest of the
-// bytes as read, so a file changed on disk meanwhile is never mistaken for
-// the page that was formatted.
+// once the document has its own copy, and the formatted page is read for
+// its words into the same document, over the memory of the first reading.
+// The page is read from disk once: a formatted page of the same length is
+// compared by a 64-bit digest of the bytes as read, so a file changed on
+// disk meanwhile is never mistaken for the page that was formatted.
 FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool force) {
   FormatResult r;
   CByteString source;
@@ -153,24 +153,20 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool 
   const int sourceLength = source.GetLength();
   const size_t sourceDigest = Digest(source);
   CByteString formatted;
-  SeenText seen;
-  bool changed = false;
-  {
-    CHtmlFileEx doc(source, path.c_str());
-    const int parsed = doc.Parse(CHtmlPack::emParseAttributes);
-    source.Empty();
-    if (!parsed || !doc.Save(&formatted, layout ? CHtmlPack::emSaveLayoutObject : CHtmlPack::emSaveLayout)) {
-      if (sourceLength == 0) return r;
-      r.written = -1;
-      r.error = path + ": could not be parsed";
-      return r;
-    }
-    changed = formatted.GetLength() != sourceLength || Digest(formatted) != sourceDigest;
-    if (changed && !force) seen.Take(doc);
+  CHtmlFileEx doc(source, path.c_str());
+  const int parsed = doc.Parse(CHtmlPack::emParseAttributes);
+  source.Empty();
+  if (!parsed || !doc.Save(&formatted, layout ? CHtmlPack::emSaveLayoutObject : CHtmlPack::emSaveLayout)) {
+    if (sourceLength == 0) return r;
+    r.written = -1;
+    r.error = path + ": could not be parsed";
+    return r;
   }
-  if (!changed) return r;
+  if (formatted.GetLength() == sourceLength && Digest(formatted) == sourceDigest) return r;
   if (!force) {
-    r.written = KeepReason(seen, formatted, path);
+    SeenText seen;
+    seen.Take(doc);
+    r.written = KeepReason(seen, doc, formatted);
     if (r.written) return r;
   }
   if (dryRun) {
