@@ -5,7 +5,8 @@
 // and a topic property the tool wrote must read back from the saved page,
 // unless the page holds a tag whose end depends on the bytes after it (see
 // EndsOnLaterBytes): such a tag swallows what is inserted after it when the
-// saved page is read again.
+// saved page is read again. The saved page read into the first document
+// again must read as it does in a fresh one.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -95,7 +96,7 @@ void QueryAll(CHtmlFileEx& doc) {
 
 // A tag that prints with a ">" inside an unclosed quote (the tokenizer ended
 // it there by its fallback), text that begins with a "<" the tokenizer
-// refused, or a changed tag with a double quote in a value (values print
+// refused, a tag holding a zero byte, or a changed tag with a double quote in a value (values print
 // re-quoted with double quotes as they are, by rule): where such a token ends
 // or how its attributes split is decided by the bytes after it, so a tag
 // inserted after it, or its own attributes, may read back differently.
@@ -128,8 +129,17 @@ bool EndsOnLaterBytes(CHtmlFileEx& doc) {
     const CString text = tag->GetPrintableText(CHtmlTokenItem::emTextTokenOnly);
     const char* data = text.GetString();
     const int length = text.GetLength();
-    if (length > 9 && strncasecmp(data, "<![CDATA[", 9) == 0)
-      continue;
+    // Attribute names and values are C strings: a zero byte in a tag hides
+    // its quotes from the check above.
+    if (std::memchr(data, 0, static_cast<size_t>(length)))
+      return true;
+    // A closed CDATA section ends where it says; an open one ended at some
+    // ">" by the fallback, and a ">" inserted after it may end it sooner.
+    if (length > 9 && strncasecmp(data, "<![CDATA[", 9) == 0) {
+      if (length >= 12 && std::memcmp(data + length - 3, "]]>", 3) == 0)
+        continue;
+      return true;
+    }
     char quote = 0;
     for (int i = 1; i < length - 1; ++i) {
       if (!quote && (data[i] == '"' || data[i] == '\''))
@@ -193,5 +203,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (after != before)
       std::abort();
   }
+
+  // The saved page read into the used document (over the memory of the
+  // first reading) gives what the fresh document gave.
+  doc.SetSource(saved);
+  QueryAll(doc);
+  const CByteString reused = SavedCopy(doc, CHtmlPack::emSaveLayout), fresh = SavedCopy(again, CHtmlPack::emSaveLayout);
+  if (reused.GetLength() != fresh.GetLength() ||
+      (fresh.GetLength() && std::memcmp(reused.GetContent(), fresh.GetContent(), fresh.GetLength()) != 0) ||
+      doc.GetPureTextUtf8(0) != again.GetPureTextUtf8(0))
+    std::abort();
   return 0;
 }
