@@ -31,42 +31,59 @@ CCssPackExManager::CRuleSetPtr CCssPackExManager::GetRuleSet(const char* path, C
 
 CCssPackExManager::CRuleSetPtr CCssPackExManager::GetRuleSet(const char* path, CString& error,
                                                              std::vector<std::string>& imports) {
+  return Find(path ? std::string_view(path) : std::string_view(), error, imports);
+}
+
+CCssPackExManager::CRuleSetPtr CCssPackExManager::Find(std::string_view path, CString& error,
+                                                       std::vector<std::string>& imports) {
   error.Empty();
   imports.clear();
-  if (!path || !*path) {
+  if (path.empty()) {
     error = "no stylesheet path";
     return nullptr;
   }
-  // A path resolved before is only checked for its time and size (one
-  // stat); a path that is gone is looked up again.
+  // What the last look at the file found holds for the recheck interval.
+  const CClock::time_point now = CClock::now();
   CString resolved;
-  struct stat st {};
-  bool found = false;
   {
     std::lock_guard<std::mutex> lock(m_mutex);
-    auto known = m_resolved.find(path);
-    if (known != m_resolved.end())
-      resolved = known->second.c_str();
+    auto asked = m_asked.find(path);
+    if (asked != m_asked.end()) {
+      const CAsked& a = asked->second;
+      if (a.known && now - a.checked < m_recheck) {
+        if (!a.entry)
+          error = CString(std::string(path)) + ": stylesheet not found";
+        else if (!a.entry->rules)
+          error = CString(std::string(path)) + ": stylesheet cannot be read";
+        else
+          imports = a.entry->imports;
+        return a.entry ? a.entry->rules : nullptr;
+      }
+      resolved = a.resolved.c_str();
+    }
   }
-  if (!resolved.IsEmpty())
-    found = stat(resolved, &st) == 0 && S_ISREG(st.st_mode);
+  // A path resolved before is only checked for its time and size (one
+  // stat); a path that is gone is looked up again.
+  const std::string asked(path);
+  struct stat st {};
+  bool found = !resolved.IsEmpty() && stat(resolved, &st) == 0 && S_ISREG(st.st_mode);
+  if (!found)
+    found = LookupPath(asked.c_str(), resolved) && stat(resolved, &st) == 0 && S_ISREG(st.st_mode);
+  std::lock_guard<std::mutex> lock(m_mutex);
+  CAsked& record = m_asked[asked];
+  record.known = true;
+  record.checked = now;
   if (!found) {
-    found = LookupPath(path, resolved) && stat(resolved, &st) == 0 && S_ISREG(st.st_mode);
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (found)
-      m_resolved[path] = resolved.GetString();
-    else
-      m_resolved.erase(path);
-  }
-  if (!found) {
-    error = CString(path) + ": stylesheet not found";
+    record.resolved.clear();
+    record.entry = nullptr;
+    error = CString(asked) + ": stylesheet not found";
     return nullptr;
   }
-  // Names that differ only in letter case or slashes are one sheet.
-  std::lock_guard<std::mutex> lock(m_mutex);
-  CEntry& entry = m_entries[resolved.GetString()];
+  record.resolved = resolved.GetString();
+  CEntry& entry = m_entries[record.resolved];
+  record.entry = &entry;
   const std::int64_t mtime = static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
-  if (entry.rules && entry.mtime == mtime && entry.size == st.st_size) {
+  if (entry.mtime == mtime && entry.size == st.st_size && entry.rules) {
     imports = entry.imports;
     return entry.rules;
   }
@@ -74,8 +91,9 @@ CCssPackExManager::CRuleSetPtr CCssPackExManager::GetRuleSet(const char* path, C
   ++m_nLoads;
   if (!bytes.LoadFromFile(resolved)) {
     entry = CEntry();
-    entry.error = std::string(path) + ": stylesheet cannot be read";
-    error = entry.error.c_str();
+    entry.mtime = mtime;
+    entry.size = st.st_size;
+    error = CString(asked) + ": stylesheet cannot be read";
     return nullptr;
   }
   // Built from the bytes read here (a ".css" path would make the pack read
@@ -85,7 +103,6 @@ CCssPackExManager::CRuleSetPtr CCssPackExManager::GetRuleSet(const char* path, C
   entry.mtime = mtime;
   entry.size = st.st_size;
   entry.imports = ImportsOf(*pack, resolved);
-  entry.error.clear();
   const char* text = bytes.GetContent() ? static_cast<const char*>(bytes) : "";
   entry.rules = std::make_shared<CCssStyleCollector::CRuleSet>(std::move(pack), resolved, text, 1,
                                                               CCssStyleCollector::emLevelAuthor);
@@ -109,7 +126,7 @@ void CCssPackExManager::AddWithImports(const std::string& path, CCssStyleCollect
     return;
   CString error;
   std::vector<std::string> imports;
-  CRuleSetPtr rules = GetRuleSet(path.c_str(), error, imports);
+  CRuleSetPtr rules = Find(path, error, imports);
   if (!rules) {
     errors.Add(error);
     return;
@@ -150,8 +167,24 @@ int CCssPackExManager::GetLoadCount() const {
 
 void CCssPackExManager::Clear() {
   std::lock_guard<std::mutex> lock(m_mutex);
+  m_asked.clear();
   m_entries.clear();
-  m_resolved.clear();
+}
+
+void CCssPackExManager::SetRecheckInterval(int milliseconds) {
+  std::lock_guard<std::mutex> lock(m_mutex);
+  m_recheck = std::chrono::milliseconds(milliseconds > 0 ? milliseconds : 0);
+}
+
+int CCssPackExManager::GetRecheckInterval() const {
+  std::lock_guard<std::mutex> lock(m_mutex);
+  return static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(m_recheck).count());
+}
+
+void CCssPackExManager::RecheckSheets() {
+  std::lock_guard<std::mutex> lock(m_mutex);
+  for (auto& asked : m_asked)
+    asked.second.known = false;
 }
 
 }  // namespace telvanix

@@ -101,16 +101,31 @@ TEST(HtmlFileViewTest, SheetsLoadedOncePerProject) {
     EXPECT_EQ(ValueOf(b, "p", C::emColor), "rgb(255, 0, 0)");
     EXPECT_EQ(manager.GetLoadCount(), 1);
   }
-  // A changed sheet is read again; the view sees the new rules.
-  std::ofstream(root + "/s.css") << "p { color: blue; margin: 1pt }";
-  std::filesystem::last_write_time(root + "/s.css",
-                                   std::filesystem::last_write_time(root + "/s.css") + std::chrono::seconds(2));
+  // A changed sheet is read again once its file is looked at: within the
+  // recheck interval the cached rules stand, after RecheckSheets or once
+  // the interval has passed the view sees the new rules.
+  auto edit = [&](const char* rules, int seconds) {
+    std::ofstream(root + "/s.css") << rules;
+    std::filesystem::last_write_time(root + "/s.css", std::filesystem::last_write_time(root + "/s.css") +
+                                                          std::chrono::seconds(seconds));
+  };
+  manager.SetRecheckInterval(3600 * 1000);
+  edit("p { color: blue; margin: 1pt }", 2);
+  CHtmlFileView cached((root + "/a.htm").c_str(), &manager);
+  EXPECT_EQ(ValueOf(cached, "p", C::emColor), "rgb(255, 0, 0)");
+  manager.RecheckSheets();
   CHtmlFileView again((root + "/a.htm").c_str(), &manager);
   EXPECT_EQ(ValueOf(again, "p", C::emColor), "rgb(0, 0, 255)");
   EXPECT_EQ(manager.GetLoadCount(), 2);
+  manager.SetRecheckInterval(50);
+  edit("p { color: green }", 4);
+  std::this_thread::sleep_for(std::chrono::milliseconds(60));
+  CHtmlFileView later((root + "/a.htm").c_str(), &manager);
+  EXPECT_EQ(ValueOf(later, "p", C::emColor), "rgb(0, 128, 0)");
   // A sheet that is a folder cannot be read; the view still builds.
   std::filesystem::remove(root + "/s.css");
   std::filesystem::create_directory(root + "/s.css");
+  manager.RecheckSheets();
   CHtmlFileView broken((root + "/a.htm").c_str(), &manager);
   EXPECT_EQ(broken.BuildView(), 1);
   EXPECT_EQ(broken.GetSheetErrors().GetSize(), 1);
