@@ -542,11 +542,11 @@ CString CHtmlTagItem::GetTagName() {
   ScanTagName(m_pOriginal + 1, m_pOriginal + m_nOriginalLength - 1, info);
   if (!info.m_pName)
     return CString();
-  CString name;
-  if (info.m_bEndTag)
-    name = "/";
-  name += CString(reinterpret_cast<const char*>(info.m_pName), std::min(info.m_nLength, 62));
-  return name;
+  const char* text = reinterpret_cast<const char*>(info.m_pName);
+  const int length = std::min(info.m_nLength, 62);
+  if (!info.m_bEndTag)
+    return CString(text, length);
+  return CString("/") + CString(text, length);
 }
 
 int CHtmlTagItem::IsTagNameSameAs(const char* name) {

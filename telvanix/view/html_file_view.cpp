@@ -19,6 +19,7 @@
 #include "telvanix/html/tag_item.h"
 #include "telvanix/html/token_list.h"
 #include "telvanix/html/tree_node.h"
+#include "telvanix/platform/code_page.h"
 #include "telvanix/view/internal/browser_default_sheet.h"
 #include "telvanix/view/tag_format.h"
 
@@ -147,6 +148,39 @@ class CLineCursor {
   int m_line = 1;
 };
 
+// A linked sheet's path, resolved against the page's. Pages of one folder
+// link the same sheets, so the last answer is kept per thread, by the
+// page's folder text, the link and the code page (which decides where the
+// folder ends); a page path that is not rooted depends on the working
+// folder and is resolved every time.
+CString LinkedSheetPath(const CString& page, const CString& href) {
+  const char* text = page;
+  int folder = -1;
+  for (int i = 0; text[i]; ++i)
+    if (text[i] == '/' || text[i] == '\\')
+      folder = i + 1;
+  const bool drive = ((text[0] | 0x20) >= 'a' && (text[0] | 0x20) <= 'z') && text[1] == ':';
+  const bool rooted = text[0] == '/' || text[0] == '\\' || drive;
+  if (!rooted || folder < 0)
+    return GetNormalizedFullPathName(href, page);
+  struct CLast {
+    std::string folder;
+    std::string href;
+    UINT codePage = 0;
+    CString path;
+  };
+  thread_local CLast last;
+  const UINT codePage = GetActiveCodePage();
+  if (last.codePage != codePage || last.href != href.str() ||
+      last.folder.compare(0, std::string::npos, text, static_cast<size_t>(folder)) != 0) {
+    last.path = GetNormalizedFullPathName(href, page);
+    last.folder.assign(text, static_cast<size_t>(folder));
+    last.href = href.str();
+    last.codePage = codePage;
+  }
+  return last.path;
+}
+
 // The nearest TABLE around an element; null when none.
 const Collector::CElement* EnclosingTable(const Collector::CElement& element) {
   for (const Collector::CElement* e = element.parent; e; e = e->parent)
@@ -170,11 +204,7 @@ struct CKeyHash {
   }
 };
 
-void AppendWord(std::string& key, std::uint64_t value) {
-  const size_t at = key.size();
-  key.resize(at + 8);
-  std::memcpy(key.data() + at, &value, 8);
-}
+void AppendWord(std::string& key, std::uint64_t value) { key.append(reinterpret_cast<const char*>(&value), 8); }
 
 // Computed formats of elements without a style attribute, kept per thread
 // from page to page: pages of a project share their sheets, so the same
@@ -215,6 +245,10 @@ struct CHtmlFileView::CBuild {
   std::vector<Collector::CElement> elements;
   std::vector<CHtmlTokenNode*> leaves;
   std::vector<int> parents;
+  // Per element: its style attribute (null: none), and whether it has a
+  // presentational attribute.
+  std::vector<const char*> styles;
+  std::vector<bool> presentational;
 };
 
 CHtmlFileView::CHtmlFileView(CCssPackExManager* manager) : CHtmlPack(), m_pManager(manager) {
@@ -281,6 +315,8 @@ int CHtmlFileView::Build() {
   build.elements.reserve(expected);
   build.leaves.reserve(expected);
   build.parents.reserve(2 * expected);
+  build.styles.reserve(expected);
+  build.presentational.reserve(expected);
 
   // Lines of the tokens, and what the head says: DOCTYPE, sheets, BODY link.
   m_pCollector = std::make_unique<Collector>();
@@ -343,7 +379,7 @@ int CHtmlFileView::Build() {
           (!media || !*media || ContainsWordNoCase(media, "screen") || ContainsWordNoCase(media, "all"))) {
         CString name(href, static_cast<int>(std::strcspn(href, "?#")));
         // Resolved against the page's path, also for a page given as bytes.
-        sheets.push_back({false, GetPathName().IsEmpty() ? CString() : GetNormalizedFullPathName(name, GetPathName()), 0});
+        sheets.push_back({false, GetPathName().IsEmpty() ? CString() : LinkedSheetPath(GetPathName(), name), 0});
       }
     }
   }
@@ -379,8 +415,8 @@ int CHtmlFileView::Build() {
     e.tagId = tag->GetTagId();
     e.tag = tag;
     // One walk over the attributes; the first of a name counts.
-    const char *id = nullptr, *classes = nullptr, *href = nullptr;
-    bool seenId = false, seenClass = false, seenHref = false;
+    const char *id = nullptr, *classes = nullptr, *href = nullptr, *style = nullptr;
+    bool seenId = false, seenClass = false, seenHref = false, seenStyle = false, presentational = false;
     unsigned int cursor = 0;
     const char* value = nullptr;
     for (const char* name = tag->GetFirstAttribute(cursor, value); name; name = tag->GetNextAttribute(cursor, value)) {
@@ -393,7 +429,11 @@ int CHtmlFileView::Build() {
       } else if (!seenHref && IsNamed(name, "href")) {
         seenHref = true;
         href = value;
+      } else if (!seenStyle && IsNamed(name, "style")) {
+        seenStyle = true;
+        style = value;
       }
+      presentational = presentational || (value && IsPresentationalName(name));
     }
     if (id)
       e.id = id;
@@ -404,6 +444,8 @@ int CHtmlFileView::Build() {
     build.leaves.push_back(leaf);
     build.parents.push_back(parent);
     build.parents.push_back(previous);  // parents[2i], previous[2i+1]
+    build.styles.push_back(style);
+    build.presentational.push_back(presentational);
     previous = index;
     return index;
   };
@@ -492,21 +534,16 @@ int CHtmlFileView::Build() {
     signature.clear();
     unsigned int cursor = 0;
     const char* value = nullptr;
-    const char* style = nullptr;
-    bool seenStyle = false;
-    for (const char* name = e.tag->GetFirstAttribute(cursor, value); name;
-         name = e.tag->GetNextAttribute(cursor, value)) {
-      if (!seenStyle && IsNamed(name, "style")) {
-        seenStyle = true;
-        style = value;
-      }
-      if (value && IsPresentationalName(name)) {
-        signature += name;
-        signature += '=';
-        signature += value;
-        signature += '\0';
-      }
-    }
+    const char* style = build.styles[i];
+    if (build.presentational[i])
+      for (const char* name = e.tag->GetFirstAttribute(cursor, value); name;
+           name = e.tag->GetNextAttribute(cursor, value))
+        if (value && IsPresentationalName(name)) {
+          signature += name;
+          signature += '=';
+          signature += value;
+          signature += '\0';
+        }
     const char* cellBorder = nullptr;
     const char* cellPadding = nullptr;
     if (e.tagId == T::emTagIdTd || e.tagId == T::emTagIdTh) {

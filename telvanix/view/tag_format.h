@@ -8,6 +8,7 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 
 #include "telvanix/css/style_combine.h"
 #include "telvanix/foundation/rgl_object.h"
@@ -60,6 +61,7 @@ class TELVANIX_API CHtmlTagFormat : public CRglObject {
 
   void SetLine(int line) { m_nLine = line; }
   void SetTagName(const char* name) { m_strTagName = name; }
+  void SetTagName(CString&& name) { m_strTagName = std::move(name); }
 
  private:
   enum EmValueType : unsigned char { kPx, kPercent, kColor, kKeyword, kNumber, kFamily };
