@@ -1,6 +1,7 @@
 #include "telvanix/css/style_collector.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <strings.h>
 
@@ -412,7 +413,34 @@ CCssStyleCollector::CRuleSet::CRuleSet(std::unique_ptr<CCssPack> pack, const cha
                   !only.link && !only.firstChild;
   }
   m_byTag.assign(std::make_move_iterator(byTag.begin()), std::make_move_iterator(byTag.end()));
-  std::sort(m_byTag.begin(), m_byTag.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  // Open addressing over a table at most a quarter full: most look-ups end
+  // at the first slot, without the mispredicted steps of a binary search.
+  size_t slots = 16;
+  while (slots < 4 * m_byTag.size())
+    slots *= 2;
+  m_tagSlots.assign(slots, {0, -1});
+  for (size_t i = 0; i < m_byTag.size(); ++i) {
+    size_t at = TagSlot(m_byTag[i].first, slots);
+    while (m_tagSlots[at].second >= 0)
+      at = (at + 1) & (slots - 1);
+    m_tagSlots[at] = {m_byTag[i].first, static_cast<int>(i)};
+  }
+}
+
+size_t CCssStyleCollector::CRuleSet::TagSlot(int tagId, size_t slots) {
+  return static_cast<size_t>((static_cast<std::uint64_t>(static_cast<DWORD>(tagId)) * 0x9E3779B97F4A7C15ull) >> 40) &
+         (slots - 1);
+}
+
+const std::vector<int>* CCssStyleCollector::CRuleSet::FindTagRules(int tagId) const {
+  const size_t slots = m_tagSlots.size();
+  for (size_t at = TagSlot(tagId, slots);; at = (at + 1) & (slots - 1)) {
+    const std::pair<int, int>& slot = m_tagSlots[at];
+    if (slot.second < 0)
+      return nullptr;
+    if (slot.first == tagId)
+      return &m_byTag[static_cast<size_t>(slot.second)].second;
+  }
 }
 
 CCssStyleCollector::CRuleSet::~CRuleSet() = default;
@@ -461,13 +489,19 @@ void CCssStyleCollector::Collect(const CElement& element, std::vector<CMatch>& o
   }
   for (size_t s = 0; s < m_sets.size(); ++s) {
     const CRuleSet& set = *m_sets[s];
-    candidates.clear();
-    int lists = 0;
+    // The lists of rules the element's keys name; each is in rule order.
+    const std::vector<int>* first = nullptr;
+    int count = 0;
     auto take = [&](const std::vector<int>* list) {
-      if (list && !list->empty()) {
+      if (!list || list->empty())
+        return;
+      if (count == 1)
+        candidates.assign(first->begin(), first->end());
+      if (count >= 1)
         candidates.insert(candidates.end(), list->begin(), list->end());
-        ++lists;
-      }
+      else
+        first = list;
+      ++count;
     };
     auto findIn = [](const auto& map, const auto& key) -> const std::vector<int>* {
       if (map.empty())
@@ -479,43 +513,41 @@ void CCssStyleCollector::Collect(const CElement& element, std::vector<CMatch>& o
       take(m_bQuirks ? findIn(set.m_byIdLower, lowerId) : findIn(set.m_byId, element.id));
     for (size_t i = 0; i < element.classes.size(); ++i)
       take(m_bQuirks ? findIn(set.m_byClassLower, lowerClasses[i]) : findIn(set.m_byClass, element.classes[i]));
-    auto tagRules = std::lower_bound(set.m_byTag.begin(), set.m_byTag.end(), element.tagId,
-                                     [](const auto& entry, int id) { return entry.first < id; });
-    if (tagRules != set.m_byTag.end() && tagRules->first == element.tagId)
-      take(&tagRules->second);
+    take(set.FindTagRules(element.tagId));
     take(&set.m_universal);
-    // Each list is in rule order; merged lists are sorted, and a class named
-    // twice on the element would find a rule twice.
-    if (lists > 1) {
+    if (count == 0)
+      continue;
+    // Merged lists are sorted, and a class named twice on the element would
+    // find a rule twice; a single list is walked where it is.
+    if (count > 1) {
       std::sort(candidates.begin(), candidates.end());
       candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
     }
-    for (int index : candidates) {
+    const std::vector<int>& walk = count > 1 ? candidates : *first;
+    for (int index : walk) {
       const CRuleSet::CHead& head = set.m_heads[index];
       if (!head.always &&
           !ChainMatches(*head.chain, static_cast<int>(head.chain->size()) - 1, &element, m_bQuirks))
         continue;
       const CRuleSet::CRule& rule = set.m_rules[index];
-      CMatch match;
-      match.specificity = head.specificity;
-      match.order = static_cast<DWORD>(s) << 20 | static_cast<DWORD>(index);
-      match.file = set.m_strFile;
-      match.line = head.line;
-      if (head.normal) {
-        match.format = &rule.normal;
-        if (head.inherits)
-          match.inherit = rule.inheritNormal;
-        match.level = set.m_level;
-        out.push_back(match);
-      }
-      if (head.important) {
-        match.format = &rule.important;
-        match.inherit.reset();
-        if (head.inherits)
-          match.inherit = rule.inheritImportant;
-        match.level = set.m_level == emLevelDefault ? emLevelDefaultImportant : emLevelAuthorImportant;
-        out.push_back(match);
-      }
+      // Filled in place: a match copied in from a local would be read back
+      // before its stores have landed.
+      auto add = [&](const CCssStyleFormat* format, const CInheritMask* inherit, EmLevel level) {
+        CMatch& match = out.emplace_back();
+        match.format = format;
+        if (inherit)
+          match.inherit = *inherit;
+        match.level = level;
+        match.specificity = head.specificity;
+        match.order = static_cast<DWORD>(s) << 20 | static_cast<DWORD>(index);
+        match.file = set.m_strFile;
+        match.line = head.line;
+      };
+      if (head.normal)
+        add(&rule.normal, head.inherits ? &rule.inheritNormal : nullptr, set.m_level);
+      if (head.important)
+        add(&rule.important, head.inherits ? &rule.inheritImportant : nullptr,
+            set.m_level == emLevelDefault ? emLevelDefaultImportant : emLevelAuthorImportant);
     }
   }
 }

@@ -93,8 +93,13 @@ class TELVANIX_API CCssStyleCollector {
     // The same by lower-case name, for quirks mode.
     std::unordered_map<std::string, std::vector<int>> m_byIdLower;
     std::unordered_map<std::string, std::vector<int>> m_byClassLower;
-    // By tag id, sorted: a look-up every element makes, kept in one block.
+    // By tag id; every element looks here, through m_tagSlots.
     std::vector<std::pair<int, std::vector<int>>> m_byTag;
+    // (tag id, index into m_byTag) by TagSlot of the id; -1: an empty slot.
+    std::vector<std::pair<int, int>> m_tagSlots;
+    static size_t TagSlot(int tagId, size_t slots);
+    // The rules whose last compound names the tag; null when none.
+    const std::vector<int>* FindTagRules(int tagId) const;
     std::vector<int> m_universal;
   };
 
