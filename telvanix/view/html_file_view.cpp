@@ -89,6 +89,14 @@ void SplitClasses(const char* text, std::vector<std::string>& out) {
   }
 }
 
+// A name against a lower-case word of letters, without regard to case.
+bool IsNamed(const char* name, const char* word) {
+  for (; *word; ++name, ++word)
+    if ((*name | 0x20) != *word)
+      return false;
+  return *name == 0;
+}
+
 // Attribute names AnalyseHtmlAttribute reads (and a few it refuses), so
 // that the many others (href, name, onclick...) cost one look at a byte.
 bool IsPresentationalName(const char* name) {
@@ -96,17 +104,9 @@ bool IsPresentationalName(const char* name) {
                                        "valign", "border", "nowrap", "noshade", "hspace",     "vspace",  "type"};
   const char first = static_cast<char>(name[0] | 0x20);
   for (const char* known : kNames)
-    if (known[0] == first && strcasecmp(known, name) == 0)
+    if (known[0] == first && IsNamed(name, known))
       return true;
   return false;
-}
-
-// A name against a lower-case word of letters, without regard to case.
-bool IsNamed(const char* name, const char* word) {
-  for (; *word; ++name, ++word)
-    if ((*name | 0x20) != *word)
-      return false;
-  return *name == 0;
 }
 
 // Lines of tokens asked for in document order: a cursor walks the list
