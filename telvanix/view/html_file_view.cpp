@@ -100,13 +100,18 @@ bool IsNamed(const char* name, const char* word) {
 // Attribute names AnalyseHtmlAttribute reads (and a few it refuses), so
 // that the many others (href, name, onclick...) cost one look at a byte.
 bool IsPresentationalName(const char* name) {
-  static const char* const kNames[] = {"color",  "face",   "size",   "text",    "background", "bgcolor", "align",
-                                       "valign", "border", "nowrap", "noshade", "hspace",     "vspace",  "type"};
-  const char first = static_cast<char>(name[0] | 0x20);
-  for (const char* known : kNames)
-    if (known[0] == first && IsNamed(name, known))
-      return true;
-  return false;
+  switch (name[0] | 0x20) {
+    case 'a': return IsNamed(name, "align");
+    case 'b': return IsNamed(name, "background") || IsNamed(name, "bgcolor") || IsNamed(name, "border");
+    case 'c': return IsNamed(name, "color");
+    case 'f': return IsNamed(name, "face");
+    case 'h': return IsNamed(name, "hspace");
+    case 'n': return IsNamed(name, "nowrap") || IsNamed(name, "noshade");
+    case 's': return IsNamed(name, "size");
+    case 't': return IsNamed(name, "text") || IsNamed(name, "type");
+    case 'v': return IsNamed(name, "valign") || IsNamed(name, "vspace");
+    default: return false;
+  }
 }
 
 // Lines of tokens asked for in document order: a cursor walks the list
@@ -411,9 +416,6 @@ int CHtmlFileView::Build() {
     CHtmlTagItem* tag = leaf->GetTagItem(list);
     if (!IsElementTag(tag))
       return -1;
-    Collector::CElement e;
-    e.tagId = tag->GetTagId();
-    e.tag = tag;
     // One walk over the attributes; the first of a name counts.
     const char *id = nullptr, *classes = nullptr, *href = nullptr, *style = nullptr;
     bool seenId = false, seenClass = false, seenHref = false, seenStyle = false, presentational = false;
@@ -435,12 +437,14 @@ int CHtmlFileView::Build() {
       }
       presentational = presentational || (value && IsPresentationalName(name));
     }
+    const int index = static_cast<int>(build.elements.size());
+    Collector::CElement& e = build.elements.emplace_back();
+    e.tagId = tag->GetTagId();
+    e.tag = tag;
     if (id)
       e.id = id;
     SplitClasses(classes, e.classes);
     e.link = e.tagId == T::emTagIdA && href != nullptr;
-    const int index = static_cast<int>(build.elements.size());
-    build.elements.push_back(std::move(e));
     build.leaves.push_back(leaf);
     build.parents.push_back(parent);
     build.parents.push_back(previous);  // parents[2i], previous[2i+1]
@@ -518,6 +522,9 @@ int CHtmlFileView::Build() {
   std::vector<Collector::CMatch> matches;
   CCssStyleCombine combine;
   std::string signature;
+  const Collector::CElement* lastTable = nullptr;
+  const char* lastBorder = nullptr;
+  const char* lastPadding = nullptr;
   m_arrElements.reserve(static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) {
     const Collector::CElement& e = build.elements[i];
@@ -548,8 +555,14 @@ int CHtmlFileView::Build() {
     const char* cellPadding = nullptr;
     if (e.tagId == T::emTagIdTd || e.tagId == T::emTagIdTh) {
       if (const Collector::CElement* table = EnclosingTable(e)) {
-        cellBorder = table->tag->GetAttributeValue("border");
-        cellPadding = table->tag->GetAttributeValue("cellpadding");
+        // The cells of a table come together: its attributes are read once.
+        if (table != lastTable) {
+          lastTable = table;
+          lastBorder = table->tag->GetAttributeValue("border");
+          lastPadding = table->tag->GetAttributeValue("cellpadding");
+        }
+        cellBorder = lastBorder;
+        cellPadding = lastPadding;
         signature += cellBorder ? '\1' : '\2';
         if (cellBorder)
           signature += cellBorder;
