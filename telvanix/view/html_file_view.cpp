@@ -195,19 +195,17 @@ const Collector::CElement* EnclosingTable(const Collector::CElement& element) {
 }
 
 // Keys are whole words; a word-wise mix hashes them faster than bytes.
-struct CKeyHash {
-  size_t operator()(const std::string& key) const {
-    std::uint64_t h = 1469598103934665603ull;
-    const char* p = key.data();
-    for (size_t i = 0; i + 8 <= key.size(); i += 8) {
-      std::uint64_t word;
-      std::memcpy(&word, p + i, 8);
-      h = (h ^ word) * 1099511628211ull;
-      h ^= h >> 29;
-    }
-    return static_cast<size_t>(h);
+std::uint64_t KeyHash(const std::string& key) {
+  std::uint64_t h = 1469598103934665603ull;
+  const char* p = key.data();
+  for (size_t i = 0; i + 8 <= key.size(); i += 8) {
+    std::uint64_t word;
+    std::memcpy(&word, p + i, 8);
+    h = (h ^ word) * 1099511628211ull;
+    h ^= h >> 29;
   }
-};
+  return (h ^ h >> 32) * 0x9E3779B97F4A7C15ull;
+}
 
 void AppendWord(std::string& key, std::uint64_t value) { key.append(reinterpret_cast<const char*>(&value), 8); }
 
@@ -219,21 +217,48 @@ void AppendWord(std::string& key, std::uint64_t value) { key.append(reinterpret_
 // other content while a key names it.
 struct CComputedCache {
   struct CEntry {
+    std::string key;
     std::unique_ptr<CHtmlTagFormat> format;
     std::unique_ptr<CHtmlTagFormat> parent;  // holds the parent's values
   };
+  // At most this many formats; the table of slots is twice as large, so a
+  // look-up mostly ends at its first slot.
+  static constexpr size_t kMaxEntries = 4096;
+  static constexpr size_t kSlots = 2 * kMaxEntries;
   std::vector<std::shared_ptr<const Collector::CRuleSet>> sets;
   std::unordered_map<std::string, std::unique_ptr<CCssStyleFormat>> attributeFormats;
-  std::unordered_map<std::string, CEntry, CKeyHash> formats;
+  std::vector<std::unique_ptr<CEntry>> entries;
+  std::vector<std::pair<std::uint64_t, CEntry*>> slots;  // (hash, entry) by hash; null: empty
 
   // Starts over when the sheets differ from the last build's or the cache
-  // grew past its bound.
+  // is full.
   void Begin(const std::vector<std::shared_ptr<const Collector::CRuleSet>>& now) {
-    if (now != sets || formats.size() > 4096 || attributeFormats.size() > 4096) {
-      formats.clear();
+    if (slots.empty() || now != sets || entries.size() >= kMaxEntries || attributeFormats.size() > kMaxEntries) {
+      entries.clear();
+      slots.assign(kSlots, {0, nullptr});
       attributeFormats.clear();
       sets = now;
     }
+  }
+  const CEntry* Find(const std::string& key, std::uint64_t hash) const {
+    for (size_t at = hash & (kSlots - 1);; at = (at + 1) & (kSlots - 1)) {
+      const std::pair<std::uint64_t, CEntry*>& slot = slots[at];
+      if (!slot.second)
+        return nullptr;
+      if (slot.first == hash && slot.second->key == key)
+        return slot.second;
+    }
+  }
+  // A full cache takes no more until the next build starts it over.
+  void Add(const std::string& key, std::uint64_t hash, const CHtmlTagFormat& format, const CHtmlTagFormat* parent) {
+    if (entries.size() >= kMaxEntries)
+      return;
+    entries.push_back(std::make_unique<CEntry>(CEntry{key, std::make_unique<CHtmlTagFormat>(format),
+                                                      parent ? std::make_unique<CHtmlTagFormat>(*parent) : nullptr}));
+    size_t at = hash & (kSlots - 1);
+    while (slots[at].second)
+      at = (at + 1) & (kSlots - 1);
+    slots[at] = {hash, entries.back().get()};
   }
 };
 
@@ -249,6 +274,8 @@ CComputedCache& ComputedCache() {
 struct CHtmlFileView::CBuild {
   std::vector<Collector::CElement> elements;
   std::vector<CHtmlTokenNode*> leaves;
+  std::vector<POSITION> positions;  // the leaves' tokens
+  std::vector<const CHtmlTagFormat*> formats;  // as they are made
   std::vector<int> parents;
   // Per element: its style attribute (null: none), and whether it has a
   // presentational attribute.
@@ -319,6 +346,7 @@ int CHtmlFileView::Build() {
   const size_t expected = static_cast<size_t>(list->GetCount()) / 2 + 16;
   build.elements.reserve(expected);
   build.leaves.reserve(expected);
+  build.positions.reserve(expected);
   build.parents.reserve(2 * expected);
   build.styles.reserve(expected);
   build.presentational.reserve(expected);
@@ -406,12 +434,14 @@ int CHtmlFileView::Build() {
   // The elements in document order, walked without recursion.
   struct CStep {
     CHtmlEntityNode* node;
+    CHtmlTokenNode* start;  // the node's start leaf
     POSITION child;
     int element;  // its index, -1 for the root
     int lastChild;
   };
   std::vector<CStep> stack;
-  stack.push_back({tree->GetRootNode(), tree->GetRootNode()->GetFirstChildPosition(), -1, -1});
+  stack.emplace_back(tree->GetRootNode(), tree->GetRootNode()->GetStartTagNode(),
+                     tree->GetRootNode()->GetFirstChildPosition(), -1, -1);
   auto addElement = [&](CHtmlTokenNode* leaf, int parent, int& previous) -> int {
     CHtmlTagItem* tag = leaf->GetTagItem(list);
     if (!IsElementTag(tag))
@@ -446,6 +476,7 @@ int CHtmlFileView::Build() {
     SplitClasses(classes, e.classes);
     e.link = e.tagId == T::emTagIdA && href != nullptr;
     build.leaves.push_back(leaf);
+    build.positions.push_back(leaf->GetTokenPosition());
     build.parents.push_back(parent);
     build.parents.push_back(previous);  // parents[2i], previous[2i+1]
     build.styles.push_back(style);
@@ -468,15 +499,18 @@ int CHtmlFileView::Build() {
       int index = -1;
       if (start)
         index = addElement(start, step.element, step.lastChild);
-      CStep next{element, element->GetFirstChildPosition(), index >= 0 ? index : step.element, -1};
+      POSITION first = element->GetFirstChildPosition();
       if (start)
-        element->GetNextChild(next.child);  // the start leaf is the element itself
-      if (index < 0)
-        next.lastChild = step.lastChild;  // an element of no tag: its children stand for it
-      stack.push_back(next);
+        element->GetNextChild(first);  // the start leaf is the element itself
+      // An element of no tag: its children stand for it. The step is made
+      // in place, from values at hand (a copy of a step just written
+      // would wait for its stores).
+      const int parent = index >= 0 ? index : step.element;
+      const int lastChild = index >= 0 ? -1 : step.lastChild;
+      stack.emplace_back(element, start, first, parent, lastChild);
     } else {
       auto* leaf = static_cast<CHtmlTokenNode*>(child);
-      if (leaf->IsTagNode() && leaf != step.node->GetStartTagNode())
+      if (leaf->IsTagNode() && leaf != step.start)
         addElement(leaf, step.element, step.lastChild);
     }
   }
@@ -519,6 +553,7 @@ int CHtmlFileView::Build() {
   // earlier result, as siblings and rows of a table mostly do.
   CLineCursor lines(list);
   std::string key;
+  std::uint64_t hash = 0;
   std::vector<Collector::CMatch> matches;
   CCssStyleCombine combine;
   std::string signature;
@@ -526,6 +561,7 @@ int CHtmlFileView::Build() {
   const char* lastBorder = nullptr;
   const char* lastPadding = nullptr;
   m_arrElements.reserve(static_cast<size_t>(count));
+  build.formats.reserve(static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) {
     const Collector::CElement& e = build.elements[i];
     matches.clear();
@@ -602,19 +638,20 @@ int CHtmlFileView::Build() {
     const bool plain = !style;
     const int parentIndex = build.parents[2 * i];
     const CHtmlTagFormat* parentFormat =
-        parentIndex >= 0 ? static_cast<CHtmlTagFormat*>(build.leaves[parentIndex]->GetTagFormat()) : nullptr;
+        parentIndex >= 0 ? build.formats[static_cast<size_t>(parentIndex)] : nullptr;
     if (plain) {
       key.clear();
       AppendWord(key, static_cast<std::uint64_t>(e.tagId) << 1 | (m_bQuirks ? 1 : 0));
       AppendWord(key, reinterpret_cast<std::uintptr_t>(parentFormat ? parentFormat->GetSharedSource() : nullptr));
       for (const Collector::CMatch& m : matches)
         AppendWord(key, reinterpret_cast<std::uintptr_t>(m.format) ^ static_cast<std::uint64_t>(m.level) << 56);
-      auto found = cache.formats.find(key);
-      if (found != cache.formats.end()) {
-        auto* format = new CHtmlTagFormat(*found->second.format);
+      hash = KeyHash(key);
+      if (const CComputedCache::CEntry* found = cache.Find(key, hash)) {
+        auto* format = new CHtmlTagFormat(*found->format);
         format->SetTagName(e.tag->GetTagName());
-        format->SetLine(lines.LineOf(build.leaves[i]->GetTokenPosition()));
+        format->SetLine(lines.LineOf(build.positions[i]));
         build.leaves[i]->SetTagFormat(format);
+        build.formats.push_back(format);
         m_arrElements.push_back(build.leaves[i]);
         continue;
       }
@@ -658,13 +695,12 @@ int CHtmlFileView::Build() {
     combine.Combine(matches, m_bQuirks);
     auto* format = new CHtmlTagFormat();
     format->SetTagName(e.tag->GetTagName());
-    format->SetLine(lines.LineOf(build.leaves[i]->GetTokenPosition()));
+    format->SetLine(lines.LineOf(build.positions[i]));
     format->Compute(combine, parentFormat, m_bQuirks);
     if (plain)
-      cache.formats.emplace(key, CComputedCache::CEntry{std::make_unique<CHtmlTagFormat>(*format),
-                                                        parentFormat ? std::make_unique<CHtmlTagFormat>(*parentFormat)
-                                                                     : nullptr});
+      cache.Add(key, hash, *format, parentFormat);
     build.leaves[i]->SetTagFormat(format);
+    build.formats.push_back(format);
     m_arrElements.push_back(build.leaves[i]);
   }
   m_arrRecords = std::move(build.elements);
