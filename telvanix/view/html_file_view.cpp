@@ -186,6 +186,25 @@ CString LinkedSheetPath(const CString& page, const CString& href) {
   return last.path;
 }
 
+// Names a format after its start tag (as GetTagName writes it). A format
+// copied from the cache mostly has the name already: then no text is made.
+void NameFormat(CHtmlTagFormat& format, CHtmlTagItem* tag) {
+  const unsigned char* data = tag->GetOriginalData();
+  const int length = tag->GetOriginalLength();
+  if (data && length >= 2) {
+    CHtmlTagItem::TagNameInfo info;
+    CHtmlTagItem::ScanTagName(data + 1, data + length - 1, info);
+    if (info.m_pName && !info.m_bEndTag) {
+      const int n = std::min(info.m_nLength, 62);
+      const CString& have = format.GetTagName();
+      if (have.GetLength() != n || std::memcmp(have.GetString(), info.m_pName, static_cast<size_t>(n)) != 0)
+        format.SetTagName(CString(reinterpret_cast<const char*>(info.m_pName), n));
+      return;
+    }
+  }
+  format.SetTagName(tag->GetTagName());
+}
+
 // The nearest TABLE around an element; null when none.
 const Collector::CElement* EnclosingTable(const Collector::CElement& element) {
   for (const Collector::CElement* e = element.parent; e; e = e->parent)
@@ -648,7 +667,7 @@ int CHtmlFileView::Build() {
       hash = KeyHash(key);
       if (const CComputedCache::CEntry* found = cache.Find(key, hash)) {
         auto* format = new CHtmlTagFormat(*found->format);
-        format->SetTagName(e.tag->GetTagName());
+        NameFormat(*format, e.tag);
         format->SetLine(lines.LineOf(build.positions[i]));
         build.leaves[i]->SetTagFormat(format);
         build.formats.push_back(format);
@@ -694,7 +713,7 @@ int CHtmlFileView::Build() {
     }
     combine.Combine(matches, m_bQuirks);
     auto* format = new CHtmlTagFormat();
-    format->SetTagName(e.tag->GetTagName());
+    NameFormat(*format, e.tag);
     format->SetLine(lines.LineOf(build.positions[i]));
     format->Compute(combine, parentFormat, m_bQuirks);
     if (plain)
