@@ -452,6 +452,8 @@ int CHtmlFileView::Build() {
 
   // The elements in document order, walked without recursion.
   struct CStep {
+    CStep(CHtmlEntityNode* n, CHtmlTokenNode* s, POSITION c, int e, int last)
+        : node(n), start(s), child(c), element(e), lastChild(last) {}
     CHtmlEntityNode* node;
     CHtmlTokenNode* start;  // the node's start leaf
     POSITION child;
