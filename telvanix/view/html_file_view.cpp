@@ -581,6 +581,8 @@ int CHtmlFileView::Build() {
   const Collector::CElement* lastTable = nullptr;
   const char* lastBorder = nullptr;
   const char* lastPadding = nullptr;
+  bool cellKnown[2] = {false, false};
+  const CCssStyleFormat* cellAttributes[2] = {nullptr, nullptr};
   m_arrElements.reserve(static_cast<size_t>(count));
   build.formats.reserve(static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) {
@@ -588,10 +590,9 @@ int CHtmlFileView::Build() {
     matches.clear();
     collector.Collect(e, matches);
     if (e.link && linkFormat) {
-      Collector::CMatch m;
+      Collector::CMatch& m = matches.emplace_back();
       m.format = linkFormat;
       m.level = Collector::emLevelDefaultLink;
-      matches.push_back(m);
     }
     // Presentational attributes, and what a table's attributes give its
     // cells: one format per distinct set of them, kept for the build.
@@ -610,6 +611,11 @@ int CHtmlFileView::Build() {
         }
     const char* cellBorder = nullptr;
     const char* cellPadding = nullptr;
+    const CCssStyleFormat* attributes = nullptr;
+    // A cell without presentational attributes of its own: the table's
+    // attributes alone decide, so it takes what the last such cell of the
+    // same table and tag took.
+    int plainCell = -1;  // 0 TD, 1 TH
     if (e.tagId == T::emTagIdTd || e.tagId == T::emTagIdTh) {
       if (const Collector::CElement* table = EnclosingTable(e)) {
         // The cells of a table come together: its attributes are read once.
@@ -617,19 +623,25 @@ int CHtmlFileView::Build() {
           lastTable = table;
           lastBorder = table->tag->GetAttributeValue("border");
           lastPadding = table->tag->GetAttributeValue("cellpadding");
+          cellKnown[0] = cellKnown[1] = false;
         }
+        if (!build.presentational[i])
+          plainCell = e.tagId == T::emTagIdTh ? 1 : 0;
         cellBorder = lastBorder;
         cellPadding = lastPadding;
-        signature += cellBorder ? '\1' : '\2';
-        if (cellBorder)
-          signature += cellBorder;
-        signature += cellPadding ? '\1' : '\2';
-        if (cellPadding)
-          signature += cellPadding;
+        if (plainCell < 0 || !cellKnown[plainCell]) {
+          signature += cellBorder ? '\1' : '\2';
+          if (cellBorder)
+            signature += cellBorder;
+          signature += cellPadding ? '\1' : '\2';
+          if (cellPadding)
+            signature += cellPadding;
+        }
       }
     }
-    const CCssStyleFormat* attributes = nullptr;
-    if (!signature.empty()) {
+    if (plainCell >= 0 && cellKnown[plainCell]) {
+      attributes = cellAttributes[plainCell];
+    } else if (!signature.empty()) {
       signature += std::to_string(e.tagId);
       std::unique_ptr<CCssStyleFormat>& made = attributeFormats[signature];
       if (!made) {
@@ -649,12 +661,15 @@ int CHtmlFileView::Build() {
       }
       if (!made->IsDefault())
         attributes = made.get();
+      if (plainCell >= 0) {
+        cellKnown[plainCell] = true;
+        cellAttributes[plainCell] = attributes;
+      }
     }
     if (attributes) {
-      Collector::CMatch m;
+      Collector::CMatch& m = matches.emplace_back();
       m.format = attributes;
       m.level = Collector::emLevelAttribute;
-      matches.push_back(m);
     }
     const bool plain = !style;
     const int parentIndex = build.parents[2 * i];
