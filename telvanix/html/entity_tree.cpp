@@ -179,6 +179,7 @@ void CHtmlEntityTree::ReleaseNodes() {
 }
 
 void CHtmlEntityTree::Resume() {
+  if (m_pTokenList != nullptr) ++m_pTokenList->m_nTreeReleases;
   ReleaseNodes();
   for (CHtmlEntityNode*& pNode : m_pRegisteredEntities) pNode = nullptr;
   for (OutlineRecord& rec : m_OutlineRecords) rec = OutlineRecord{nullptr, nullptr, 0, 0};
@@ -550,6 +551,7 @@ int CHtmlEntityTree::BuildTree(int nFlags) {
   CSuspendList suspend(10);
   SuspendListGuard guard{*this, suspend};
 
+  ++list.m_nTreeReleases;
   ReleaseNodes();
   m_bNoNodes = (nFlags & emBuildNoNodes) != 0;
   if (!m_bNoNodes) {

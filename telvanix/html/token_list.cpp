@@ -92,6 +92,7 @@ int CHtmlTokenList::CommitNewToken(CHtmlTokenItem* pToken) {
 void CHtmlTokenList::DeleteToken(CHtmlTokenItem* pToken) { delete pToken; }
 
 int CHtmlTokenList::ClearAll() {
+  if (m_pEntityTree != nullptr) ++m_nTreeReleases;
   delete m_pEntityTree;
   m_pEntityTree = nullptr;
   // Any token may have taken heap memory since it was read (a host edits
@@ -380,6 +381,7 @@ int CHtmlTokenList::AnalyseList(int nFlags) {
 }
 
 int CHtmlTokenList::BuildEntityTree(int nFlags) {
+  if (m_pEntityTree != nullptr) ++m_nTreeReleases;
   delete m_pEntityTree;
   m_pEntityTree = nullptr;
   m_pEntityTree = new CHtmlEntityTree;

@@ -50,6 +50,10 @@ class TELVANIX_API CHtmlTokenList : public CRglObject {
   CHtmlTextItem* GetTextItem(POSITION pos) const;
 
   CHtmlEntityTree* GetEntityTree() const { return m_pEntityTree; }
+  // How many times the nodes of this list's tree went (the tree rebuilt,
+  // replaced or deleted): a holder of node pointers that saw the same count
+  // knows they still stand.
+  unsigned int GetTreeReleaseCount() const { return m_nTreeReleases; }
   // Analyse(nFlags) on every token when nFlags holds 2. Returns 1.
   int AnalyseList(int nFlags);
   // Replaces the tree by one built over this list; the build's result.
@@ -106,6 +110,7 @@ class TELVANIX_API CHtmlTokenList : public CRglObject {
   std::size_t GetArenaUsedBytes() const { return m_Arena.GetUsedBytes(); }
 
  protected:
+  friend class CHtmlEntityTree;  // counts the releases of its nodes
   // One commit step of the tokenizer each; they return the position just
   // after what they consumed.
   const unsigned char* CommitNormalTag(const unsigned char* p, const CHtmlTagItem::TagNameInfo* pInfo,
@@ -121,6 +126,7 @@ class TELVANIX_API CHtmlTokenList : public CRglObject {
   CTokenItemList m_TokenList;
   CHtmlEntityTree* m_pEntityTree;
   int m_bPendingWhitespace;
+  unsigned int m_nTreeReleases = 0;  // counted by the tree (CHtmlEntityTree::ReleaseNodes)
 
  private:
   CHtmlTokenArena m_Arena;

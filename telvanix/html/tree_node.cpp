@@ -128,6 +128,14 @@ int CHtmlTokenNode::RemoveTagFormat() {
   return 1;
 }
 
+int CHtmlTokenNode::ReleaseTagFormat() {
+  if (m_pTagFormat == nullptr) return 1;
+  RemoveTagFormat();
+  CNodeStore* store = GetNodeStore();
+  if (store != nullptr && store->m_nOwningNodes > 0) --store->m_nOwningNodes;
+  return 1;
+}
+
 // ---- CHtmlEntityNode ----
 
 void CHtmlEntityNode::CChildList::GrantNodes() {

@@ -146,6 +146,10 @@ class TELVANIX_API CHtmlTokenNode : public CHtmlTreeNode {
   int SetTagFormat(CRglObject* pFormat);
   CRglObject* GetTagFormat() const { return m_pTagFormat; }
   int RemoveTagFormat();
+  // RemoveTagFormat that also takes back the owning mark SetTagFormat made,
+  // for a holder that drops formats it set: a tree whose nodes then own
+  // nothing goes with its arena, without a walk over its nodes. Returns 1.
+  int ReleaseTagFormat();
 
  private:
   CRglObject* m_pTagFormat;

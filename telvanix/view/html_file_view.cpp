@@ -324,13 +324,21 @@ CHtmlFileView::CHtmlFileView(CByteString& source, const char* path, CCssPackExMa
   }
 }
 
-CHtmlFileView::~CHtmlFileView() = default;
+CHtmlFileView::~CHtmlFileView() {
+  // The formats go before the pack, while the tree built on still stands,
+  // so that its nodes, owning nothing then, go without a walk.
+  CHtmlTokenList* list = GetTokenList();
+  if (list && list->GetTreeReleaseCount() == m_nBuiltReleases)
+    for (CHtmlTokenNode* node : m_arrElements)
+      node->ReleaseTagFormat();
+}
 
 bool CHtmlFileView::IsCurrent() {
   if (m_bStale)
     return false;
   CHtmlEntityTree* tree = GetEntityTree();
-  return tree && tree->GetRootNode() == m_pBuiltRoot && GetTokenList()->GetCount() == m_nBuiltTokens;
+  return tree && tree->GetRootNode() == m_pBuiltRoot && GetTokenList()->GetCount() == m_nBuiltTokens &&
+         GetTokenList()->GetTreeReleaseCount() == m_nBuiltReleases;
 }
 
 int CHtmlFileView::BuildView() {
@@ -743,6 +751,7 @@ int CHtmlFileView::Build() {
   m_bStale = false;
   m_pBuiltRoot = tree->GetRootNode();
   m_nBuiltTokens = list->GetCount();
+  m_nBuiltReleases = list->GetTreeReleaseCount();
   return 1;
 }
 

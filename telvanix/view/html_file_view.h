@@ -90,6 +90,7 @@ class TELVANIX_API CHtmlFileView : public CHtmlPack {
   bool m_bQuirks = false;
   const void* m_pBuiltRoot = nullptr;
   int m_nBuiltTokens = -1;
+  unsigned int m_nBuiltReleases = 0;  // the list's tree release count at the build
 };
 
 }  // namespace telvanix

@@ -85,6 +85,11 @@ TEST(HtmlFileViewTest, RebuiltAfterAnEdit) {
   EXPECT_EQ(ValueOf(view, "h1", C::emFontSize), "32px");
   EXPECT_EQ(ValueOf(view, "p.x", C::emColor), "rgb(255, 0, 0)");
   EXPECT_EQ(view.SetElementAttribute(view.GetElementCount(), "style", "x: y"), 0);
+  // A tree the host rebuilds holds other nodes: the view is made again on
+  // them (and lets go of them when it goes).
+  ASSERT_TRUE(view.RebuildEntityTree());
+  EXPECT_EQ(ValueOf(view, "p.x", C::emColor), "rgb(255, 0, 0)");
+  EXPECT_EQ(view.GetTagFormat(view.GetElementNode(0)->GetTokenPosition()), view.GetTagFormat(0));
 }
 
 TEST(HtmlFileViewTest, SheetsLoadedOncePerProject) {
