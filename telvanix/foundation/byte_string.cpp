@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "telvanix/platform/file.h"
 
@@ -88,7 +89,7 @@ CString LowBytes(const Unit* content, int length) {
   std::string text(static_cast<std::size_t>(length), '\0');
   for (int i = 0; i < length; ++i)
     text[static_cast<std::size_t>(i)] = static_cast<char>(content[i] & 0xFF);
-  return CString(text);
+  return CString(std::move(text));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <new>
+#include <thread>
 
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -111,10 +112,21 @@ bool KeepSpare(void* block, std::size_t size) {
 }
 }  // namespace
 
+struct CHtmlTokenArena::CPrefault {
+  std::thread thread;
+};
+
 CHtmlTokenArena::CHtmlTokenArena()
-    : m_nUsedBefore(0), m_pBlocks(nullptr), m_pFree(nullptr), m_pNext(nullptr), m_pEnd(nullptr), m_nReserved(0) {}
+    : m_nUsedBefore(0),
+      m_pBlocks(nullptr),
+      m_pFree(nullptr),
+      m_pPrefault(nullptr),
+      m_pNext(nullptr),
+      m_pEnd(nullptr),
+      m_nReserved(0) {}
 
 CHtmlTokenArena::~CHtmlTokenArena() {
+  JoinPrefault();
   for (Block* list : {m_pBlocks, m_pFree})
     while (list) {
       Block* next = list->pNext;
@@ -180,8 +192,10 @@ void CHtmlTokenArena::NewBlock(std::size_t minSize) {
     raw = std::malloc(kHeader + size);
     if (!raw)
       throw std::bad_alloc();
-    if (size >= kHugeBlock || m_nReserved >= kHugeBlock)
+    if (size >= kHugeBlock || m_nReserved >= kHugeBlock) {
       AdviseHugePages(raw, kHeader + size);
+      StartPrefault(raw, kHeader + size);
+    }
   }
   Block* block = static_cast<Block*>(raw);
   block->nSize = size;
@@ -190,6 +204,37 @@ void CHtmlTokenArena::NewBlock(std::size_t minSize) {
   m_nReserved += size;
   m_pNext = static_cast<char*>(raw) + kHeader;
   m_pEnd = m_pNext + size;
+}
+
+void CHtmlTokenArena::StartPrefault(void* block, std::size_t size) {
+#if defined(__linux__) && defined(MADV_POPULATE_WRITE)
+  JoinPrefault();
+  // Populating changes no byte, so the writer may fill the block meanwhile;
+  // a kernel without it refuses the advice and the writer faults as usual.
+  const std::uintptr_t page = 4096;
+  const auto first = reinterpret_cast<std::uintptr_t>(block);
+  const std::uintptr_t begin = (first + page - 1) & ~(page - 1);
+  const std::uintptr_t end = (first + size) & ~(page - 1);
+  if (end <= begin)
+    return;
+  try {
+    m_pPrefault = new CPrefault{std::thread(
+        [begin, end] { madvise(reinterpret_cast<void*>(begin), end - begin, MADV_POPULATE_WRITE); })};
+  } catch (...) {
+    m_pPrefault = nullptr;  // no thread to spare: the writer faults as usual
+  }
+#else
+  (void)block;
+  (void)size;
+#endif
+}
+
+void CHtmlTokenArena::JoinPrefault() {
+  if (!m_pPrefault)
+    return;
+  m_pPrefault->thread.join();
+  delete m_pPrefault;
+  m_pPrefault = nullptr;
 }
 
 void* CHtmlTokenArena::AllocateSlow(std::size_t size) {

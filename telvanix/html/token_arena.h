@@ -56,10 +56,16 @@ class TELVANIX_API CHtmlTokenArena {
   // The smallest block of the free list with at least minSize bytes, unlinked; or null.
   Block* TakeFree(std::size_t minSize);
   static void FreeBlock(Block* block);
+  // A block of a large page is faulted in by a second thread ahead of the
+  // writer, so that the kernel clears its memory on another core.
+  struct CPrefault;
+  void StartPrefault(void* block, std::size_t size);
+  void JoinPrefault();
 
   std::size_t m_nUsedBefore;  // handed out from blocks before the current one
   Block* m_pBlocks;  // current block first
   Block* m_pFree;    // blocks left from before the last Reset
+  CPrefault* m_pPrefault;
   char* m_pNext;
   char* m_pEnd;
   std::size_t m_nReserved;

@@ -5,6 +5,7 @@
 
 #include <cstdarg>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "telvanix/platform/types.h"
@@ -18,6 +19,7 @@ class TELVANIX_API CString {
   CString(const char* text, int length);
   CString(char ch, int count = 1);
   CString(const std::string& text) : m_str(text) {}
+  CString(std::string&& text) noexcept : m_str(std::move(text)) {}
   CString(const CString&) = default;
   CString(CString&&) noexcept = default;
   CString& operator=(const CString&) = default;

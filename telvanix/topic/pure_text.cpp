@@ -427,7 +427,7 @@ CString CHtmlFileEx::GetPureText(int option, HWND window, const char* name) {
     std::string text = CollectPureText(m_TokenList, option, HiddenObjects());
     if (text.empty() && name)
       return CString(name);
-    return CString(text);
+    return CString(std::move(text));
   } catch (...) {
     return CString();
   }

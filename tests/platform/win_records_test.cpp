@@ -87,7 +87,8 @@ TEST(PointFontTest, ObjectLifetime) {
   EXPECT_EQ(part[4], 0x7F);
   EXPECT_EQ(font.DeleteObject(), TRUE);
   EXPECT_EQ(font.DeleteObject(), FALSE);
-  EXPECT_EQ(font.GetObject(60, part), 0);
+  LOGFONTA whole;
+  EXPECT_EQ(font.GetObject(static_cast<int>(sizeof(whole)), &whole), 0);
 }
 
 // Release 2 of libpaper reads its own configuration places (not PAPERCONF)

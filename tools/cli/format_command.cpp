@@ -109,12 +109,12 @@ std::vector<std::string> PreformattedContents(CHtmlPack& pack) {
 }
 
 // The words a reader sees, on one line, as the indexer would read them.
-std::string VisibleWords(CHtmlFileEx& doc) { return doc.GetPureText(emPureTextOneLine, nullptr, nullptr).str(); }
+CString VisibleWords(CHtmlFileEx& doc) { return doc.GetPureText(emPureTextOneLine, nullptr, nullptr); }
 
 // What a reader sees of a parsed page, taken while its document is at hand:
 // its words and its preformatted text.
 struct SeenText {
-  std::string words;
+  CString words;
   std::vector<std::string> preformatted;
   void Take(CHtmlFileEx& doc) {
     words = VisibleWords(doc);
