@@ -308,35 +308,16 @@ int CCssStyleCollector::ReadInheritDeclaration(const char* name, const char* val
   word.Trim();
   if (word.CompareNoCase("inherit") != 0)
     return 0;
-  using N = CCssPropertyNames;
-  const N::EmPropertyNameId id = N::GetPropertyNameId(name);
-  // Shorthands by their parts: the first and last identifier of a run.
-  struct CParts {
-    N::EmPropertyNameId id;
-    int from, to, step;
-  };
-  static constexpr CParts kShorthands[] = {
-      {N::emPropertyMargin, N::emPropertyMarginTop, N::emPropertyMarginBottom, 1},
-      {N::emPropertyPadding, N::emPropertyPaddingTop, N::emPropertyPaddingLeft, 1},
-      {N::emPropertyBorderWidth, N::emPropertyBorderTopWidth, N::emPropertyBorderLeftWidth, 1},
-      {N::emPropertyBorderColor, N::emPropertyBorderTopColor, N::emPropertyBorderLeftColor, 1},
-      {N::emPropertyBorderStyle, N::emPropertyBorderTopStyle, N::emPropertyBorderLeftStyle, 1},
-      {N::emPropertyBorder, N::emPropertyBorderTopWidth, N::emPropertyBorderLeftStyle, 1},
-      {N::emPropertyBorderTop, N::emPropertyBorderTopWidth, N::emPropertyBorderTopStyle, 4},
-      {N::emPropertyBorderRight, N::emPropertyBorderRightWidth, N::emPropertyBorderRightStyle, 4},
-      {N::emPropertyBorderBottom, N::emPropertyBorderBottomWidth, N::emPropertyBorderBottomStyle, 4},
-      {N::emPropertyBorderLeft, N::emPropertyBorderLeftWidth, N::emPropertyBorderLeftStyle, 4},
-      {N::emPropertyFont, N::emPropertyFontSize, N::emPropertyFontVariant, 1},
-      {N::emPropertyListStyle, N::emPropertyListStyleType, N::emPropertyListStylePosition, 1},
-  };
+  const int id = CCssPropertyNames::GetPropertyNameId(name);
   if (id <= 0 || id >= static_cast<int>(mask.size()))
     return 0;
-  for (const CParts& parts : kShorthands)
-    if (parts.id == id) {
-      for (int part = parts.from; part <= parts.to; part += parts.step)
-        mask.set(static_cast<size_t>(part));
-      return 1;
-    }
+  // A shorthand inherits through its parts, as the format stores them.
+  int parts[16];
+  const int count = CCssStyleFormat::GetPropertyParts(id, parts, 16);
+  for (int i = 0; i < count && i < 16; ++i)
+    mask.set(static_cast<size_t>(parts[i]));
+  if (count > 0)
+    return 1;
   mask.set(static_cast<size_t>(id));
   return 1;
 }

@@ -127,6 +127,12 @@ class TELVANIX_API CCssStyleFormat : public CRglObject, public CCssPropertyNames
   int ParsePropertyToValueAndNumber(EmPropertyValue& value, CSttNumber& number, const char* text,
                                     QuickMapStringToValueItem* table, int tableBytes);
 
+  // The stored properties a value of property id sets: the property itself,
+  // or a shorthand's parts, parts of parts included ("border" gives the
+  // twelve side properties). Their count (at most `capacity` are written);
+  // 0 for an identifier the format stores nothing under.
+  static int GetPropertyParts(int id, int* parts, int capacity);
+
   // 1 when the property (a shorthand, or any part of one) was given.
   int IsPropertySet(EmPropertyNameId id) const {
     return id >= 0 && id < kPropertyIdCapacity && m_setFlags.test(static_cast<size_t>(id)) ? 1 : 0;

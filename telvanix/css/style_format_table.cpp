@@ -162,6 +162,26 @@ const F::CPropertyRow* F::FindPropertyRow(int id) {
   return &rows[kIndex[id]];
 }
 
+int F::GetPropertyParts(int id, int* parts, int capacity) {
+  const CPropertyRow* row = FindPropertyRow(id);
+  if (!row)
+    return 0;
+  int count = 0;
+  auto walk = [&](auto& self, const CPropertyRow& r) -> void {
+    if (r.place) {
+      if (parts && count < capacity)
+        parts[count] = r.id;
+      ++count;
+      return;
+    }
+    for (EmPropertyNameId part : r.parts)
+      if (const CPropertyRow* p = part ? FindPropertyRow(part) : nullptr)
+        self(self, *p);
+  };
+  walk(walk, *row);
+  return count;
+}
+
 F::CSlot F::SlotOf(const CPropertyRow& row) { return row.place ? row.place(*this) : CSlot{}; }
 
 }  // namespace telvanix
