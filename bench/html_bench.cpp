@@ -47,6 +47,7 @@ using bench::GetPageCorpus;
 using bench::PageCorpus;
 using bench::BestPass;
 using bench::Buffers;
+using bench::RunParsePasses;
 using bench::RunPasses;
 using bench::ThreadSeconds;
 
@@ -57,26 +58,10 @@ constexpr const char* kXmlRead = "libxml2 read";
 constexpr const char* kXmlReadDump = "libxml2 read + dump";
 constexpr const char* kGumbo = "gumbo";
 
-void BM_TelvanixLevel2(benchmark::State& state) {
-  std::vector<CByteString>& buffers = Buffers();
-  RunPasses(state, kLevel2, [&](const PageCorpus&) {
-    for (CByteString& source : buffers) {
-      CHtmlPack pack(source, nullptr);
-      benchmark::DoNotOptimize(pack.Parse(CHtmlPack::emParseAttributes));
-    }
-  });
-}
+void BM_TelvanixLevel2(benchmark::State& state) { RunParsePasses(state, kLevel2, CHtmlPack::emParseAttributes); }
 BENCHMARK(BM_TelvanixLevel2)->Unit(benchmark::kMillisecond)->Iterations(5);
 
-void BM_TelvanixLevel4(benchmark::State& state) {
-  std::vector<CByteString>& buffers = Buffers();
-  RunPasses(state, kLevel4, [&](const PageCorpus&) {
-    for (CByteString& source : buffers) {
-      CHtmlPack pack(source, nullptr);
-      benchmark::DoNotOptimize(pack.Parse(CHtmlPack::emParseHtmlTree));
-    }
-  });
-}
+void BM_TelvanixLevel4(benchmark::State& state) { RunParsePasses(state, kLevel4, CHtmlPack::emParseHtmlTree); }
 BENCHMARK(BM_TelvanixLevel4)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 void BM_TelvanixLevel2Save(benchmark::State& state) {

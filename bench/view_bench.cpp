@@ -31,21 +31,14 @@ using bench::GetPageCorpus;
 using bench::PageCorpus;
 using bench::BestPass;
 using bench::Buffers;
+using bench::RunParsePasses;
 using bench::RunPasses;
 
 constexpr const char* kLevel4 = "telvanix level 4";
 constexpr const char* kView = "telvanix view";
 constexpr const char* kXmlRead = "libxml2 read";
 
-void BM_Level4(benchmark::State& state) {
-  std::vector<CByteString>& buffers = Buffers();
-  RunPasses(state, kLevel4, [&](const PageCorpus&) {
-    for (CByteString& source : buffers) {
-      CHtmlPack pack(source, nullptr);
-      benchmark::DoNotOptimize(pack.Parse(CHtmlPack::emParseHtmlTree));
-    }
-  });
-}
+void BM_Level4(benchmark::State& state) { RunParsePasses(state, kLevel4, CHtmlPack::emParseHtmlTree); }
 BENCHMARK(BM_Level4)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 void BM_View(benchmark::State& state) {
