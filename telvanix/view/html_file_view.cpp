@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <unordered_map>
 
@@ -214,18 +215,6 @@ const Collector::CElement* EnclosingTable(const Collector::CElement& element) {
 }
 
 // Keys are whole words; a word-wise mix hashes them faster than bytes.
-std::uint64_t KeyHash(const std::string& key) {
-  std::uint64_t h = 1469598103934665603ull;
-  const char* p = key.data();
-  for (size_t i = 0; i + 8 <= key.size(); i += 8) {
-    std::uint64_t word;
-    std::memcpy(&word, p + i, 8);
-    h = (h ^ word) * 1099511628211ull;
-    h ^= h >> 29;
-  }
-  return (h ^ h >> 32) * 0x9E3779B97F4A7C15ull;
-}
-
 void AppendWord(std::string& key, std::uint64_t value) { key.append(reinterpret_cast<const char*>(&value), 8); }
 
 // Computed formats of elements without a style attribute, kept per thread
@@ -689,7 +678,7 @@ int CHtmlFileView::Build() {
       AppendWord(key, reinterpret_cast<std::uintptr_t>(parentFormat ? parentFormat->GetSharedSource() : nullptr));
       for (const Collector::CMatch& m : matches)
         AppendWord(key, reinterpret_cast<std::uintptr_t>(m.format) ^ static_cast<std::uint64_t>(m.level) << 56);
-      hash = KeyHash(key);
+      hash = std::hash<std::string>{}(key);
       if (const CComputedCache::CEntry* found = cache.Find(key, hash)) {
         auto* format = new CHtmlTagFormat(*found->format);
         NameFormat(*format, e.tag);
