@@ -275,5 +275,28 @@ TEST(FormatCommand, WritesOnlyPagesWhoseBytesChangeAndSettles) {
   EXPECT_EQ(Json::parse(check.out).at("problems"), 4) << check;
 }
 
+// Pages of several megabytes take their words while they save: the outcome
+// must be that of a small page of the same kind (and, under the thread
+// sanitizer, free of races).
+TEST(FormatCommand, LargePagesKeepWhatAReaderSees) {
+  ScratchDir dir;
+  auto large = [&](const std::string& name, const std::string& unit) {
+    std::string page = "<html><head><title>t</title></head><body>\n";
+    while (page.size() < (5u << 20)) page += unit;
+    WriteFile(dir / name, page + "</body></html>\n");
+  };
+  large("joins.htm", "<p>Read <b>this</b> now</p>\n");
+  large("pre.htm", "<p>code</p>\n<pre>\n  indented;\n</pre>\n");
+  large("plain.htm", "<div>\n<p>one</p>\n      <p>two</p></div>\n");
+  ToolRun r = RunTool({"format", dir.path(), "--dry-run"}, 300);
+  ASSERT_EQ(r.status, 0) << r;
+  EXPECT_NE(r.out.find("kept " + (dir / "joins.htm") + ": the layout would join words"), std::string::npos) << r;
+  EXPECT_NE(r.out.find("kept " + (dir / "pre.htm") + ": the layout would change preformatted text"),
+            std::string::npos)
+      << r;
+  EXPECT_NE(r.out.find("would format " + (dir / "plain.htm") + "\n"), std::string::npos) << r;
+  EXPECT_NE(r.out.find("1 of 3 pages would change, 2 kept"), std::string::npos) << r;
+}
+
 }  // namespace
 }  // namespace telvanix::tool_test

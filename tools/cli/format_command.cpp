@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <functional>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "cli/command_line.h"
@@ -116,11 +117,34 @@ CString VisibleWords(CHtmlFileEx& doc) { return doc.GetPureText(emPureTextOneLin
 struct SeenText {
   CString words;
   std::vector<std::string> preformatted;
+  bool taken = false;
   void Take(CHtmlFileEx& doc) {
     words = VisibleWords(doc);
     preformatted = PreformattedContents(doc);
+    taken = true;
+  }
+  // Takes them on a thread of its own, beside a save of the same page: the
+  // page was parsed with its attributes, so neither walk analyses a tag and
+  // both only read the tokens. No thread (none to be had) leaves the taking
+  // to the caller, as does a failed one.
+  std::thread TakeAside(CHtmlFileEx& doc) {
+    try {
+      return std::thread([this, &doc] {
+        try {
+          Take(doc);
+        } catch (...) {
+          taken = false;
+        }
+      });
+    } catch (...) {
+      return std::thread();
+    }
   }
 };
+
+// From this size on, a page's words are taken while it saves: the walk then
+// costs a large page no time of its own.
+constexpr int kSeenAsideBytes = 4 << 20;
 
 // 0 when the formatted page shows what the source showed; else 2 (words
 // would join) or 3 (preformatted text would change). The formatted page is
@@ -154,9 +178,15 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool 
   const size_t sourceDigest = Digest(source);
   CByteString formatted;
   CHtmlFileEx doc(source, path.c_str());
-  const int parsed = doc.Parse(CHtmlPack::emParseAttributes);
+  int saved = doc.Parse(CHtmlPack::emParseAttributes);
   source.Empty();
-  if (!parsed || !doc.Save(&formatted, layout ? CHtmlPack::emSaveLayoutObject : CHtmlPack::emSaveLayout)) {
+  SeenText seen;
+  if (saved) {
+    std::thread aside = !force && sourceLength >= kSeenAsideBytes ? seen.TakeAside(doc) : std::thread();
+    saved = doc.Save(&formatted, layout ? CHtmlPack::emSaveLayoutObject : CHtmlPack::emSaveLayout);
+    if (aside.joinable()) aside.join();
+  }
+  if (!saved) {
     if (sourceLength == 0) return r;
     r.written = -1;
     r.error = path + ": could not be parsed";
@@ -164,8 +194,7 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool 
   }
   if (formatted.GetLength() == sourceLength && Digest(formatted) == sourceDigest) return r;
   if (!force) {
-    SeenText seen;
-    seen.Take(doc);
+    if (!seen.taken) seen.Take(doc);
     r.written = KeepReason(seen, doc, formatted);
     if (r.written) return r;
   }
