@@ -92,15 +92,47 @@ void PlaceReferences(bool html, CHtmlProjectIndex::CFileEntry& s) {
   }
 }
 
+// The places of a page's or sitemap's references as the rewrite walk finds
+// them; false (and none) when the walk fails.
+bool CollectPositions(CHtmlFileEx& doc, CHtmlProjectIndex::CFileEntry& s) {
+  if (doc.ForEachFileReference([&](CFileReference& f) { AddPosition(f, s); }) >= 0) return true;
+  s.m_positions.clear();
+  return false;
+}
+
 // The references of a page or sitemap as the rewrite walk finds them.
 void PlacePageReferences(CHtmlFileEx& doc, CHtmlProjectIndex::CFileEntry& s) {
   // About one place a reference already listed: room made once, not by
   // doubling, which on a page of 100,000 links holds three copies at a time.
   s.m_positions.reserve(s.m_refs.size() + s.m_refs.size() / 8);
-  if (doc.ForEachFileReference([&](CFileReference& f) { AddPosition(f, s); }) >= 0)
-    PlaceReferences(true, s);
-  else
-    s.m_positions.clear();
+  if (CollectPositions(doc, s)) PlaceReferences(true, s);
+}
+
+// From this size on, a page's reference walk runs on a second thread beside
+// the enumerators: a large page then waits for one of them, not both.
+constexpr int kWalkAsideBytes = 4 << 20;
+
+// The reference walk of an analysed page on a thread of its own. The walk
+// and the enumerators only read the tokens (every tag analysed as it was
+// read) and the page's own lists fill none that the walk reads. Without a
+// thread the walk is left to the caller.
+std::jthread WalkAside(CHtmlFileEx& doc, CHtmlProjectIndex::CFileEntry& s, int& walked) {
+  walked = -1;
+  try {
+    // At most a place a tag, but for url() lists: room that stays untouched
+    // costs address space, not memory, and the walk never copies its places.
+    s.m_positions.reserve(static_cast<size_t>(doc.GetTokenList()->GetCount()) / 2 + 16);
+    return std::jthread([&doc, &s, &walked] {
+      try {
+        walked = CollectPositions(doc, s) ? 1 : 0;
+      } catch (...) {
+        s.m_positions.clear();
+        walked = -1;
+      }
+    });
+  } catch (...) {
+    return std::jthread();
+  }
 }
 
 // A dropped token that holds nothing a reader sees and no part of the
@@ -208,7 +240,8 @@ CHtmlProjectIndex::CFileEntry ScanTopic(const std::string& root, const std::stri
   }
   std::string full = JoinRoot(root, rel);
   CHtmlFileEx doc(bytes, full.c_str());
-  if (bytes.GetLength() > 0) {
+  const int pageBytes = bytes.GetLength();
+  if (pageBytes > 0) {
     // The repairs a tree build makes, without the tree: its nodes would
     // take twice the memory of the tokens, and the topic walk does not
     // use them. The tokens hold their own copy of the page from here on.
@@ -219,6 +252,8 @@ CHtmlProjectIndex::CFileEntry ScanTopic(const std::string& root, const std::stri
     s.m_nCodePage = doc.GetPageCodePage();
   }
   doc.Analyse();
+  int walked = -1;
+  std::jthread walk = pageBytes >= kWalkAsideBytes ? WalkAside(doc, s, walked) : std::jthread();
 
   auto add = [&](std::string text, const char* what, bool topicLink = false) {
     if (!text.empty()) s.m_refs.push_back({std::move(text), what, 0, topicLink ? unsigned{CHtmlProjectIndex::emRefTopicLink} : 0u});
@@ -249,7 +284,11 @@ CHtmlProjectIndex::CFileEntry ScanTopic(const std::string& root, const std::stri
     add(Decoded(v), "contents or index file");
   for (const char* v = doc.GetFirstAnchorHref(i); v; v = doc.GetNextAnchorHref(i)) add(Decoded(v), "link", true);
   for (const char* v = doc.GetFirstFrameSource(i); v; v = doc.GetNextFrameSource(i)) add(Decoded(v), "frame", true);
-  PlacePageReferences(doc, s);
+  if (walk.joinable()) walk.join();
+  if (walked < 0)
+    PlacePageReferences(doc, s);
+  else if (walked)
+    PlaceReferences(true, s);
   s.m_bookmarks = PageBookmarks(doc);
 
   CString tags;

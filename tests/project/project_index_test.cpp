@@ -39,5 +39,39 @@ TEST(ProjectIndex, GivesEveryReferenceItsLineAndTag) {
   EXPECT_EQ(index.GetReferencePlaces("C&D.GIF").size(), 1u);
 }
 
+// A page of several megabytes is walked for its places on a second thread:
+// its places must be those of one copy of its repeated part, copy after copy
+// in file order, and every reference must still find its place.
+TEST(ProjectIndex, PlacesTheReferencesOfALargePageAsOfASmallOne) {
+  const std::string unit =
+      "<p><img src=\"b.gif\"> <a href=\"b.htm#x\">x</a> <span style=\"background: url(c.gif)\">y</span>\n"
+      "<table background=\"t.gif\"><tr><td background=\"u.gif\">z</td></tr></table>"
+      "<object data=\"m.swf\"></object><!-- <v:imagedata src=\"e.gif\"> --></p>\n";
+  const std::string head = "<html><head><link rel=\"stylesheet\" href=\"s.css\"></head><body>\n";
+  std::string large = head;
+  size_t copies = 0;
+  for (; large.size() < (5u << 20); ++copies) large += unit;
+  test::TempDir dir;
+  dir.Write("small.htm", head + unit + "</body></html>\n");
+  dir.Write("large.htm", large + "</body></html>\n");
+  CHtmlProjectIndex index;
+  ASSERT_EQ(index.Build(dir.path().c_str()), 1);
+  const auto& small = index.GetEntries()[index.FindFile("small.htm")];
+  const auto& big = index.GetEntries()[index.FindFile("large.htm")];
+  const size_t perUnit = small.m_positions.size() - 1;  // the LINK stands before the copies
+  ASSERT_GE(perUnit, 7u);
+  ASSERT_EQ(big.m_positions.size(), 1 + copies * perUnit);
+  for (size_t j = 1; j < big.m_positions.size(); ++j) {
+    const auto& got = big.m_positions[j];
+    const auto& want = small.m_positions[1 + (j - 1) % perUnit];
+    const int line = want.m_nLine + 2 * static_cast<int>((j - 1) / perUnit);
+    ASSERT_EQ(got.m_strWritten.str() + " " + got.m_strElement.str() + ":" + std::to_string(got.m_nLine),
+              want.m_strWritten.str() + " " + want.m_strElement.str() + ":" + std::to_string(line))
+        << "place " << j;
+  }
+  ASSERT_EQ(big.m_refs.size(), 1 + copies * (small.m_refs.size() - 1));
+  for (const auto& r : big.m_refs) ASSERT_NE(r.m_nPosition, CHtmlProjectIndex::kNoPosition) << r.m_strText;
+}
+
 }  // namespace
 }  // namespace telvanix

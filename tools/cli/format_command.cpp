@@ -127,9 +127,9 @@ struct SeenText {
   // page was parsed with its attributes, so neither walk analyses a tag and
   // both only read the tokens. No thread (none to be had) leaves the taking
   // to the caller, as does a failed one.
-  std::thread TakeAside(CHtmlFileEx& doc) {
+  std::jthread TakeAside(CHtmlFileEx& doc) {
     try {
-      return std::thread([this, &doc] {
+      return std::jthread([this, &doc] {
         try {
           Take(doc);
         } catch (...) {
@@ -137,7 +137,7 @@ struct SeenText {
         }
       });
     } catch (...) {
-      return std::thread();
+      return std::jthread();
     }
   }
 };
@@ -182,7 +182,7 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool 
   source.Empty();
   SeenText seen;
   if (saved) {
-    std::thread aside = !force && sourceLength >= kSeenAsideBytes ? seen.TakeAside(doc) : std::thread();
+    std::jthread aside = !force && sourceLength >= kSeenAsideBytes ? seen.TakeAside(doc) : std::jthread();
     saved = doc.Save(&formatted, layout ? CHtmlPack::emSaveLayoutObject : CHtmlPack::emSaveLayout);
     if (aside.joinable()) aside.join();
   }
