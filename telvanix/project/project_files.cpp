@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <set>
 #include <utility>
 
@@ -126,9 +127,9 @@ std::string ReadFailure(int err) {
   return err == ENOENT ? std::strerror(err) : "unreadable (" + std::string(std::strerror(err)) + ")";
 }
 
-}  // namespace
-
-bool ReadWholeFile(const std::string& path, CByteString& bytes, std::string& error) {
+// The first `limit` bytes of a regular file, refused as ReadWholeFile
+// refuses.
+bool ReadFileUpTo(const std::string& path, std::size_t limit, CByteString& bytes, std::string& error) {
   bytes.Empty();
   // Non-blocking, so that opening a pipe without a writer returns at once;
   // it is then turned away as not a regular file.
@@ -157,10 +158,10 @@ bool ReadWholeFile(const std::string& path, CByteString& bytes, std::string& err
   }
   // Room for the whole file at once (and the terminating zero), so that a
   // large page is not copied as its buffer grows.
-  if (st.st_size > 0) bytes.Allocate(static_cast<int>(st.st_size) + 64);
+  if (st.st_size > 0) bytes.Allocate(static_cast<int>(std::min<unsigned long long>(st.st_size, limit)) + 64);
   char buf[1 << 16];
-  for (;;) {
-    ssize_t n = ::read(fd, buf, sizeof buf);
+  for (std::size_t left = limit; left > 0;) {
+    ssize_t n = ::read(fd, buf, std::min(sizeof buf, left));
     if (n == 0) break;
     if (n < 0) {
       if (errno == EINTR) continue;
@@ -178,24 +179,39 @@ bool ReadWholeFile(const std::string& path, CByteString& bytes, std::string& err
       ::close(fd);
       return false;
     }
+    left -= static_cast<std::size_t>(n);
   }
   ::close(fd);
   return true;
 }
 
-bool LoadWholeFile(const std::string& path, CByteString& bytes, std::string& error) {
+bool LoadFileUpTo(const std::string& path, std::size_t limit, CByteString& bytes, std::string& error) {
   std::error_code ec;
   if (fs::is_directory(path, ec)) {
     error = path + ": is a folder, not a page";
     return false;
   }
   std::string why;
-  if (!ReadWholeFile(path, bytes, why)) {
+  if (!ReadFileUpTo(path, limit, bytes, why)) {
     bytes.Empty();
     error = path + ": " + why;
     return false;
   }
   return true;
+}
+
+}  // namespace
+
+bool ReadWholeFile(const std::string& path, CByteString& bytes, std::string& error) {
+  return ReadFileUpTo(path, std::numeric_limits<std::size_t>::max(), bytes, error);
+}
+
+bool LoadWholeFile(const std::string& path, CByteString& bytes, std::string& error) {
+  return LoadFileUpTo(path, std::numeric_limits<std::size_t>::max(), bytes, error);
+}
+
+bool LoadFileStart(const std::string& path, std::size_t limit, CByteString& bytes, std::string& error) {
+  return LoadFileUpTo(path, limit, bytes, error);
 }
 
 bool LooksBinary(const CByteString& bytes) {

@@ -3,6 +3,7 @@
 // command reports in the same order on every run.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,10 @@ TELVANIX_API bool ReadWholeFile(const std::string& path, CByteString& bytes, std
 
 // ReadWholeFile with `error` as "PATH: reason"; a folder is refused as one.
 TELVANIX_API bool LoadWholeFile(const std::string& path, CByteString& bytes, std::string& error);
+
+// LoadWholeFile of at most the first `limit` bytes: enough to tell what a
+// file is (and why it cannot be read) without reading all of it.
+TELVANIX_API bool LoadFileStart(const std::string& path, std::size_t limit, CByteString& bytes, std::string& error);
 
 // A zero byte among the first 8 KB: the file is not a page of text.
 TELVANIX_API bool LooksBinary(const CByteString& bytes);

@@ -37,13 +37,22 @@ bool LoadPage(const std::string& path, CByteString& bytes, std::string& error) {
 
 bool LooksBinary(const CByteString& bytes) { return project::LooksBinary(bytes); }
 
+namespace {
+
+bool RefuseBinary(const std::string& path, const CByteString& bytes, std::string& error) {
+  if (!LooksBinary(bytes)) return true;
+  error = path + ": holds binary data (a zero byte), not a page";
+  return false;
+}
+
+}  // namespace
+
 bool LoadTopicBytes(const std::string& path, CByteString& bytes, std::string& error) {
-  if (!LoadPage(path, bytes, error)) return false;
-  if (LooksBinary(bytes)) {
-    error = path + ": holds binary data (a zero byte), not a page";
-    return false;
-  }
-  return true;
+  return LoadPage(path, bytes, error) && RefuseBinary(path, bytes, error);
+}
+
+bool ProbeTopicFile(const std::string& path, CByteString& start, std::string& error) {
+  return project::LoadFileStart(path, 8192, start, error) && RefuseBinary(path, start, error);
 }
 
 bool SameBytes(const CByteString& a, const CByteString& b) {

@@ -28,6 +28,10 @@ bool LooksBinary(const CByteString& bytes);
 // LoadPage for a topic that is to be parsed: binary data is refused.
 bool LoadTopicBytes(const std::string& path, CByteString& bytes, std::string& error);
 
+// LoadTopicBytes of the file's first 8 KB only, for a command whose parser
+// reads the page itself: false with the reason the page cannot be read.
+bool ProbeTopicFile(const std::string& path, CByteString& start, std::string& error);
+
 // True when both hold the same bytes.
 bool SameBytes(const CByteString& a, const CByteString& b);
 

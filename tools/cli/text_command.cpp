@@ -39,13 +39,13 @@ struct TextResult {
 
 TextResult Extract(const std::string& path, bool oneLine) {
   TextResult r;
-  // Read first for a precise reason when the file is no page (missing,
-  // unreadable, a pipe, binary); an empty page simply has no text. The
-  // parser reads the file itself, so these bytes go before it does.
+  // Its start read first for a precise reason when the file is no page
+  // (missing, unreadable, a pipe, binary); an empty page simply has no
+  // text. The parser reads the file itself.
   {
-    CByteString bytes;
-    if (!LoadTopicBytes(path, bytes, r.error)) return r;
-    if (bytes.GetLength() == 0) {
+    CByteString start;
+    if (!ProbeTopicFile(path, start, r.error)) return r;
+    if (start.GetLength() == 0) {
       nlohmann::json j = {{"file", FileNameToUtf8(path)}, {"title", ""}, {"text", ""},
                           {"keywords", nlohmann::json::array()}};
       r.line = j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
