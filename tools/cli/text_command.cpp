@@ -2,7 +2,10 @@
 // JSON lines, for a search indexer.
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
+#include <string_view>
 
 #include "cli/attribute_text.h"
 #include "cli/command_line.h"
@@ -31,6 +34,83 @@ const char kHelp[] =
     "               by default each block and BR ends a line (\"\\r\\n\")\n"
     "\n"
     "Exit status: 0 done, 2 some page could not be read (the others are printed).\n";
+
+// True when s is UTF-8 as RFC 3629 has it (no overlong form, surrogate or
+// code point past U+10FFFF).
+bool IsValidUtf8(std::string_view s) {
+  const auto* p = reinterpret_cast<const unsigned char*>(s.data());
+  const unsigned char* end = p + s.size();
+  while (p < end) {
+    if (end - p >= 8) {
+      std::uint64_t eight;
+      std::memcpy(&eight, p, 8);
+      if (!(eight & 0x8080808080808080ull)) {
+        p += 8;
+        continue;
+      }
+    }
+    const unsigned char c = *p;
+    if (c < 0x80) {
+      ++p;
+      continue;
+    }
+    int n;
+    unsigned char low = 0x80, high = 0xBF;  // the second byte's range
+    if (c >= 0xC2 && c <= 0xDF) {
+      n = 2;
+    } else if (c >= 0xE0 && c <= 0xEF) {
+      n = 3;
+      if (c == 0xE0) low = 0xA0;
+      if (c == 0xED) high = 0x9F;
+    } else if (c >= 0xF0 && c <= 0xF4) {
+      n = 4;
+      if (c == 0xF0) low = 0x90;
+      if (c == 0xF4) high = 0x8F;
+    } else {
+      return false;
+    }
+    if (end - p < n || p[1] < low || p[1] > high) return false;
+    for (int i = 2; i < n; ++i)
+      if ((p[i] & 0xC0) != 0x80) return false;
+    p += n;
+  }
+  return true;
+}
+
+// A page's text as a JSON string, byte for byte as the JSON library writes
+// valid UTF-8 (characters kept, the short escapes, \u00xx for the other
+// control bytes) but a run at a time rather than a character at a time;
+// text that is not valid UTF-8 is left to the library and its replacements.
+std::string TextAsJson(const std::string& text) {
+  if (!IsValidUtf8(text)) return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  std::string out;
+  out.reserve(text.size() + text.size() / 16 + 2);
+  out += '"';
+  size_t run = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const unsigned char c = static_cast<unsigned char>(text[i]);
+    if (c >= 0x20 && c != '"' && c != '\\') continue;
+    out.append(text, run, i - run);
+    run = i + 1;
+    switch (c) {
+      case '"': out += "\\\""; break;
+      case '\\': out += "\\\\"; break;
+      case '\b': out += "\\b"; break;
+      case '\f': out += "\\f"; break;
+      case '\n': out += "\\n"; break;
+      case '\r': out += "\\r"; break;
+      case '\t': out += "\\t"; break;
+      default: {
+        char escape[8];
+        std::snprintf(escape, sizeof escape, "\\u%04x", c);
+        out += escape;
+      }
+    }
+  }
+  out.append(text, run, std::string::npos);
+  out += '"';
+  return out;
+}
 
 struct TextResult {
   std::string line;
@@ -71,16 +151,15 @@ TextResult Extract(const std::string& path, bool oneLine) {
       for (int i = 0; i < keywords.GetSize(); ++i) keywordsUtf8.push_back(AttributeValueToUtf8(keywords[i], codePage));
     }
   }
-  // The document is gone; the text is escaped with as few copies of it
-  // alive at once as can be.
-  nlohmann::json j = nlohmann::json::object();
-  j["file"] = FileNameToUtf8(path);
-  j["title"] = title.str();
-  j["keywords"] = keywordsUtf8;
-  std::string utf8 = text.str();
+  // The document is gone; the line is the object the JSON library would
+  // write (keys in its order), the text escaped apart.
+  auto dump = [](const nlohmann::json& value) {
+    return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  };
+  r.line = "{\"file\":" + dump(FileNameToUtf8(path)) + ",\"keywords\":" + dump(keywordsUtf8) + ",\"text\":";
+  r.line += TextAsJson(text.str());
   text.Empty();
-  j["text"] = std::move(utf8);
-  r.line = j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  r.line += ",\"title\":" + dump(title.str()) + "}";
   return r;
 }
 
