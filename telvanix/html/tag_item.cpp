@@ -336,7 +336,9 @@ void CHtmlTagItem::Identify(const TagNameInfo& info) {
 int CHtmlTagItem::Analyse(int nFlags) { return AnalyseIn(nFlags, nullptr, nullptr); }
 
 int CHtmlTagItem::AnalyseIn(int nFlags, CHtmlTokenArena* pArena, const TagNameInfo* pInfo) {
-  if (nFlags & emAnalyseMark)
+  // Written only when it changes: a page analysed again (or read for its
+  // words on another thread meanwhile) sees no write to a token it had.
+  if ((nFlags & emAnalyseMark) && !(m_nTokenFlags & emTokenAnalyseMark))
     m_nTokenFlags |= emTokenAnalyseMark;
   if (!(nFlags & (emAnalyseIdentify | emAnalyseFull)))
     return 1;

@@ -1,6 +1,7 @@
 // The topic text parser and its exported factory.
 #include "telvanix/topic/topic_text.h"
 
+#include <memory>
 #include <new>
 
 #include "telvanix/foundation/path_utils.h"
@@ -43,29 +44,45 @@ int CHtmlTopicText::OpenDocument(const char* path, HWND window, DWORD flags, int
   if (!path)
     return 0;
   try {
-    m_dwFlags = flags;
     // The caller is meant to close first; a document still open is not
     // reachable after this call, so it goes now rather than leak.
     CloseDocument();
-    m_pDocument = new CHtmlFileEx(path);
+    m_dwFlags = flags;
+    auto document = std::make_unique<CHtmlFileEx>(path);
     // Attributes read with the tokens go into the page's own storage; the
     // analysis would otherwise read those of every tag one by one onto the
     // heap, which takes more memory and time than reading them all at once.
-    m_pDocument->Parse(CHtmlPack::emParseAttributes);
-    if (!m_pDocument->Analyse()) {
-      CloseDocument();
+    document->Parse(CHtmlPack::emParseAttributes);
+    if (!document->Analyse())
       return 0;
-    }
-    char name[kMaxFname];
-    char ext[kMaxExt];
-    SplitPath(path, nullptr, nullptr, name, ext);
-    m_strFileName = CString(name) + ext;
+    AttachDocument(document.release(), path, flags);
     m_hWnd = (window && IsWindow(window)) ? window : nullptr;
     return 1;
   } catch (...) {
     CloseDocument();
     return 0;
   }
+}
+
+int CHtmlTopicText::AttachDocument(CHtmlFileEx* pDocument, const char* path, DWORD flags) {
+  if (pDocument != m_pDocument)
+    CloseDocument();
+  m_pDocument = pDocument;
+  m_dwFlags = flags;
+  m_hWnd = nullptr;
+  m_strFileName.Empty();
+  if (!pDocument)
+    return 0;
+  try {
+    if (path) {
+      char name[kMaxFname];
+      char ext[kMaxExt];
+      SplitPath(path, nullptr, nullptr, name, ext);
+      m_strFileName = CString(name) + ext;
+    }
+  } catch (...) {
+  }
+  return 1;
 }
 
 int CHtmlTopicText::GetFirstTopicText(CString& text, CString& second, CString& third, CStringArray* keywords) {

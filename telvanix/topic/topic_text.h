@@ -42,6 +42,11 @@ class TELVANIX_API CHtmlTopicText : public CHtmlTopicTextParser {
   // empty, unreadable); the window is kept only when IsWindow accepts it.
   int OpenDocument(const char* path, HWND window, DWORD flags, int* unused1, const char* unused2,
                    CWnd* unused3) override;
+  // OpenDocument for a page the host has already read and analysed
+  // (CHtmlFileEx::Analyse): the parser takes it over and deletes it on
+  // CloseDocument. `path` names the page as in OpenDocument. 0 for a null
+  // document.
+  int AttachDocument(CHtmlFileEx* pDocument, const char* path, DWORD flags);
   // Does nothing: 0.
   int GetFirstTopicText(CString& text, CString& second, CString& third, CStringArray* keywords) override;
   int GetFirstTopicText(CString& text, CString& second, CStringArray* keywords) override;

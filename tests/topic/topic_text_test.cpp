@@ -91,6 +91,31 @@ TEST_F(TopicTextTest, FirstTextIsThePagesPlainTextAndThereIsNoNext) {
   EXPECT_EQ(0, keywords.GetSize());
 }
 
+TEST_F(TopicTextTest, AttachedDocumentReadsAsAnOpenedOne) {
+  const std::string html =
+      "<html><head><meta name=\"keywords\" content=\"a, b\"></head><body><p>Attached &amp; read</p></body></html>";
+  ASSERT_EQ(1, Open(html, nullptr, 1, "opened.htm"));
+  const std::string opened = First();
+  CStringArray openedKeywords;
+  ASSERT_EQ(1, m_parser.GetTopicKeywords(&openedKeywords));
+
+  auto* doc = new CHtmlFileEx((m_dir / "opened.htm").c_str());
+  ASSERT_EQ(1, doc->Parse(CHtmlPack::emParseAttributes));
+  ASSERT_EQ(1, doc->Analyse());
+  ASSERT_EQ(1, m_parser.AttachDocument(doc, (m_dir / "Other.HTM").c_str(), 1));  // the opened page goes
+  EXPECT_EQ(doc, m_parser.GetDocument());
+  EXPECT_EQ("Other.HTM", m_parser.GetFileName());
+  EXPECT_EQ(1u, m_parser.GetFlags());
+  EXPECT_EQ(opened, First());
+  CStringArray keywords;
+  ASSERT_EQ(1, m_parser.GetTopicKeywords(&keywords));
+  ASSERT_EQ(openedKeywords.GetSize(), keywords.GetSize());
+  for (int i = 0; i < keywords.GetSize(); ++i) EXPECT_EQ(openedKeywords[i], keywords[i]);
+  // Attaching none closes what was open.
+  EXPECT_EQ(0, m_parser.AttachDocument(nullptr, nullptr, 0));
+  EXPECT_EQ(nullptr, m_parser.GetDocument());
+}
+
 TEST_F(TopicTextTest, WindowIsKeptOnlyWhenItIsAWindow) {
   const std::string noWords = "<html><head><title>T</title></head><body></body></html>";
   {

@@ -142,9 +142,6 @@ struct SeenText {
   }
 };
 
-// From this size on, a page's words are taken while it saves: the walk then
-// costs a large page no time of its own.
-constexpr int kSeenAsideBytes = 4 << 20;
 
 // 0 when the formatted page shows what the source showed; else 2 (words
 // would join) or 3 (preformatted text would change). The formatted page is
@@ -182,7 +179,7 @@ FormatResult FormatPage(const std::string& path, bool layout, bool dryRun, bool 
   source.Empty();
   SeenText seen;
   if (saved) {
-    std::jthread aside = !force && sourceLength >= kSeenAsideBytes ? seen.TakeAside(doc) : std::jthread();
+    std::jthread aside = !force && sourceLength >= kPageAsideBytes ? seen.TakeAside(doc) : std::jthread();
     saved = doc.Save(&formatted, layout ? CHtmlPack::emSaveLayoutObject : CHtmlPack::emSaveLayout);
     if (aside.joinable()) aside.join();
   }

@@ -5,7 +5,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <memory>
 #include <string_view>
+#include <thread>
 
 #include "cli/attribute_text.h"
 #include "cli/command_line.h"
@@ -136,20 +139,44 @@ TextResult Extract(const std::string& path, bool oneLine) {
   CStringArray keywords;
   std::vector<std::string> keywordsUtf8;
   {
+    auto doc = std::make_unique<CHtmlFileEx>(path.c_str());
+    // Attributes read with the tokens (see CHtmlTopicText::OpenDocument).
+    doc->Parse(CHtmlPack::emParseAttributes);
+    const int option = oneLine ? emPureTextOneLine : emPureTextLineBreaks;
+    int analysed = 0;
+    bool taken = false;
+    {
+      // The words of a large page are taken while it is analysed: the
+      // analysis writes no token of a page read with its attributes, and
+      // the words walk only reads them.
+      std::jthread words;
+      std::error_code ec;
+      if (std::filesystem::file_size(path, ec) >= static_cast<std::uintmax_t>(kPageAsideBytes) && !ec) {
+        try {
+          words = std::jthread([&] {
+            try {
+              text = doc->GetPureTextUtf8(option);
+              taken = true;
+            } catch (...) {
+            }
+          });
+        } catch (...) {
+        }
+      }
+      analysed = doc->Analyse();
+    }
+    if (!taken) text = doc->GetPureTextUtf8(option);
     CHtmlTopicText parser;
-    // Bit 0 of the flags selects the plain option 0 instead of the indexer's 2.
-    if (!parser.OpenDocument(path.c_str(), nullptr, oneLine ? 1 : 0, nullptr, nullptr, nullptr)) {
+    if (!analysed || !parser.AttachDocument(doc.release(), path.c_str(), oneLine ? 1 : 0)) {
       r.error = path + ": cannot be read as a topic page";
       return r;
     }
     parser.GetTopicKeywords(&keywords);
-    if (CHtmlFileEx* doc = parser.GetDocument()) {
-      // Each page in its own charset, every reference as its character.
-      const UINT codePage = doc->GetPageCodePage();
-      text = doc->GetPureTextUtf8(oneLine ? emPureTextOneLine : emPureTextLineBreaks);
-      title = doc->GetHtmlTitleUtf8();
-      for (int i = 0; i < keywords.GetSize(); ++i) keywordsUtf8.push_back(AttributeValueToUtf8(keywords[i], codePage));
-    }
+    CHtmlFileEx* page = parser.GetDocument();
+    // Each page in its own charset, every reference as its character.
+    const UINT codePage = page->GetPageCodePage();
+    title = page->GetHtmlTitleUtf8();
+    for (int i = 0; i < keywords.GetSize(); ++i) keywordsUtf8.push_back(AttributeValueToUtf8(keywords[i], codePage));
   }
   // The document is gone; the line is the object the JSON library would
   // write (keys in its order), the text escaped apart.
