@@ -142,7 +142,6 @@ struct SeenText {
   }
 };
 
-
 // 0 when the formatted page shows what the source showed; else 2 (words
 // would join) or 3 (preformatted text would change). The formatted page is
 // read once, into the source's document (its memory is already at hand),
