@@ -17,17 +17,18 @@ inputs=$("$top/scripts/make-big-page.sh" 2>/dev/null)
 log=$(mktemp)
 one=$(mktemp)
 trap 'rm -f "$log" "$one"' EXIT
+declare -A bytes
+for input in big split; do bytes[$input]=$(cat "$inputs/$input"/*.htm | wc -c); done
 for cmd in check "format --dry-run" text; do
   for ((i = 0; i < runs; i++)); do
     for input in big split split-1job; do
       dir=$inputs/${input%-1job}
       jobs=${TELVANIX_JOBS:-}
       [ "$input" = split-1job ] && jobs=1
-      bytes=$(cat "$dir"/*.htm | wc -c)
       # shellcheck disable=SC2086
       TELVANIX_JOBS=$jobs /usr/bin/time -o "$one" -f '%M %e %U %S' "$tool" $cmd "$dir" >/dev/null 2>&1 || true
       # time says first when the command exits non-zero (check does, on findings)
-      printf '%s|%s|%s|%s\n' "$cmd" "$input" "$bytes" "$(tail -n 1 "$one")" >> "$log"
+      printf '%s|%s|%s|%s\n' "$cmd" "$input" "${bytes[${input%-1job}]}" "$(tail -n 1 "$one")" >> "$log"
     done
   done
 done

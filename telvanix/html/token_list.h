@@ -126,7 +126,7 @@ class TELVANIX_API CHtmlTokenList : public CRglObject {
   CTokenItemList m_TokenList;
   CHtmlEntityTree* m_pEntityTree;
   int m_bPendingWhitespace;
-  unsigned int m_nTreeReleases = 0;  // counted by the tree (CHtmlEntityTree::ReleaseNodes)
+  unsigned int m_nTreeReleases = 0;  // counted where nodes go: here and in the tree's Resume and BuildTree
 
  private:
   CHtmlTokenArena m_Arena;

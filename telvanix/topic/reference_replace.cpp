@@ -12,25 +12,16 @@
 #include "telvanix/css/style_values.h"
 #include "telvanix/html/reference_text.h"
 #include "telvanix/topic/html_file_ex.h"
+#include "telvanix/html/internal/markup_scan.h"
 #include "telvanix/topic/internal/reference_sites.h"
 #include "telvanix/topic/internal/topic_helpers.h"
 
 namespace telvanix {
 
 using namespace topic_detail;
+using markup::CountLines;
 
 namespace {
-
-// By memchr: the walk counts every byte of the page, and line breaks are sparse.
-int CountLines(const unsigned char* p, int n) {
-  int lines = 0;
-  for (const unsigned char* end = p + (n > 0 ? n : 0); p && p < end; ++lines, ++p) {
-    p = static_cast<const unsigned char*>(std::memchr(p, '\n', static_cast<size_t>(end - p)));
-    if (!p)
-      break;
-  }
-  return lines;
-}
 
 // Attributes that name a file, by tag, and what unlinking them does.
 struct AttributeRule {

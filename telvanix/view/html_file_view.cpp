@@ -17,6 +17,7 @@
 #include "telvanix/css/style_property.h"
 #include "telvanix/foundation/path_utils.h"
 #include "telvanix/html/entity_tree.h"
+#include "telvanix/html/internal/markup_scan.h"
 #include "telvanix/html/tag_item.h"
 #include "telvanix/html/token_list.h"
 #include "telvanix/html/tree_node.h"
@@ -129,15 +130,8 @@ class CLineCursor {
         const int line = m_line;
         if (token && !(token->GetTokenFlag() &
                        (CHtmlTokenItem::emTokenInserted | CHtmlTokenItem::emTokenRecoveryInserted))) {
-          const unsigned char* data = token->GetOriginalData();
-          const int length = token->GetOriginalLength() + token->GetIndentAfterLength();
-          // memchr leaps over the long runs without a line end.
-          if (data && length > 0)
-            for (const unsigned char *p = data, *end = data + length;
-                 p < end && (p = static_cast<const unsigned char*>(
-                                 std::memchr(p, '\n', static_cast<size_t>(end - p)))) != nullptr;
-                 ++p)
-              ++m_line;
+          m_line += markup::CountLines(token->GetOriginalData(),
+                                       token->GetOriginalLength() + token->GetIndentAfterLength());
         }
         if (here == target)
           return line;

@@ -120,6 +120,19 @@ struct TextResult {
   std::string error;
 };
 
+// A page's line: the object the JSON library would write (keys in its
+// order), the text escaped apart.
+std::string TextLine(const std::string& path, const std::vector<std::string>& keywords, const std::string& text,
+                     const std::string& title) {
+  auto dump = [](const nlohmann::json& value) {
+    return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  };
+  std::string line = "{\"file\":" + dump(FileNameToUtf8(path)) + ",\"keywords\":" + dump(keywords) + ",\"text\":";
+  line += TextAsJson(text);
+  line += ",\"title\":" + dump(title) + "}";
+  return line;
+}
+
 TextResult Extract(const std::string& path, bool oneLine) {
   TextResult r;
   // Its start read first for a precise reason when the file is no page
@@ -129,9 +142,7 @@ TextResult Extract(const std::string& path, bool oneLine) {
     CByteString start;
     if (!ProbeTopicFile(path, start, r.error)) return r;
     if (start.GetLength() == 0) {
-      nlohmann::json j = {{"file", FileNameToUtf8(path)}, {"title", ""}, {"text", ""},
-                          {"keywords", nlohmann::json::array()}};
-      r.line = j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+      r.line = TextLine(path, {}, "", "");
       return r;
     }
   }
@@ -178,15 +189,8 @@ TextResult Extract(const std::string& path, bool oneLine) {
     title = page->GetHtmlTitleUtf8();
     for (int i = 0; i < keywords.GetSize(); ++i) keywordsUtf8.push_back(AttributeValueToUtf8(keywords[i], codePage));
   }
-  // The document is gone; the line is the object the JSON library would
-  // write (keys in its order), the text escaped apart.
-  auto dump = [](const nlohmann::json& value) {
-    return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-  };
-  r.line = "{\"file\":" + dump(FileNameToUtf8(path)) + ",\"keywords\":" + dump(keywordsUtf8) + ",\"text\":";
-  r.line += TextAsJson(text.str());
-  text.Empty();
-  r.line += ",\"title\":" + dump(title.str()) + "}";
+  // The document is gone.
+  r.line = TextLine(path, keywordsUtf8, text.str(), title.str());
   return r;
 }
 

@@ -1,5 +1,6 @@
-// Byte scans shared by the tokenizer and the tag item: comment and CDATA
-// closings and case-blind prefixes. Internal to the HTML document classes.
+// Byte scans shared by the tokenizer, the tag item and the walks over a
+// page's tokens: comment and CDATA closings, case-blind prefixes and line
+// counts. Internal to the library.
 #pragma once
 
 #include <cstddef>
@@ -12,6 +13,20 @@
 namespace telvanix::markup {
 
 inline bool IsBlank(unsigned char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+// The line feeds in [p, p + n), by memchr: a walk over a whole page counts
+// every byte, and line ends are sparse.
+inline int CountLines(const unsigned char* p, int n) {
+  if (!p || n <= 0)
+    return 0;
+  int lines = 0;
+  for (const unsigned char* end = p + n; p < end; ++lines, ++p) {
+    p = static_cast<const unsigned char*>(std::memchr(p, '\n', static_cast<std::size_t>(end - p)));
+    if (!p)
+      break;
+  }
+  return lines;
+}
 
 // "]]" (more "]" allowed) directly followed by ">", searched in [p, end).
 // Returns the first "]" of that run, or null; *pClose gets the ">".
